@@ -1,0 +1,218 @@
+// The windowing layer. The rest of the program sees only this header: opaque windows, timers and canvases, a plain
+// event record, free functions. Everything else is inside the folder, which alone knows the toolkit.
+//
+// Windows, dialogs and menu bars are Qt Designer files, numbered, compiled in as ":/windows/NUMBER.ui" and
+// ":/menus/NUMBER.ui". In such a file
+//   - a window names its menu bar by a dynamic property `menuBar` (a number),
+//   - a control has a dynamic property `number`,
+//   - a menu item has a dynamic property `command`,
+//   - the drawing area is a widget of class ClientArea.
+// Lengths are logical pixels. Texts are UTF-8; file names are bytes as the system has them.
+#pragma once
+
+#include "base/notice.h"
+#include "base/pixel_image.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct Window;
+struct Timer;
+struct Canvas;
+
+struct GuiPoint {
+    double x = 0;
+    double y = 0;
+};
+struct GuiSize {
+    int width = 0;
+    int height = 0;
+};
+struct GuiRect {
+    int left = 0;
+    int top = 0;
+    int width = 0;
+    int height = 0;
+};
+
+// --- Events -------------------------------------------------------------------------------------------------------
+
+enum class EventType {
+    Create,   // before the window is first shown; returning other than 0 refuses it
+    Destroy,  // the last event; the window's data may be freed
+    Close,    // the user asks to close; the window stays unless the handler destroys it
+    Size,     // the client area has another size
+    Update,   // draw `area` on `canvas`
+    MouseDown,
+    MouseUp,
+    MouseDouble,
+    MouseMove,  // over the client area, whether or not a button is down
+    MouseLeave,
+    Wheel,  // with Control held; without, the client area scrolls
+    Key,    // that no menu item takes
+    FocusIn,
+    FocusOut,
+    Scroll,   // the client area was scrolled to another position
+    Control,  // a control was used
+    Command,  // a menu item was chosen
+    Timer,
+    FileDrop,  // files were dropped on the window
+    Quit,      // the task window alone: the session ends (`query`: may it?); other than 0 refuses a query
+};
+
+enum GuiModifiers : unsigned { GUI_SHIFT = 1, GUI_CONTROL = 2, GUI_ALT = 4 };
+
+enum class GuiKey { Character, Left, Right, Up, Down, PageUp, PageDown, Home, End, Enter, Escape, Delete, Other };
+
+struct Event {
+    EventType type = EventType::Create;
+    GuiPoint position;       // mouse and wheel: in the client area
+    int button = 0;          // mouse: 1 left, 2 middle, 3 right
+    unsigned modifiers = 0;  // GuiModifiers
+    int wheel_steps = 0;     // notches, positive away from the user
+    GuiKey key = GuiKey::Other;
+    char32_t character = 0;    // of GuiKey::Character
+    int number = 0;            // of the control or command
+    Canvas *canvas = nullptr;  // Update; valid during the event
+    GuiRect area;              // Update: the part to draw, in the client area
+    Timer *timer = nullptr;
+    std::vector<std::string> files;
+    bool query = false;
+};
+
+// Returns 0 unless the event's comment says otherwise.
+using EventHandler = long (*)(Window *window, const Event &event);
+
+// --- Application --------------------------------------------------------------------------------------------------
+
+// Runs `program` with the process's arguments and one more of the platform's own behind them.
+int gui_main(int argc, char **argv, int (*program)(int argc, char **argv));
+
+// Makes the application with its task window (definition `resource`) and runs the event loop until gui_quit. Returns
+// the process's exit status; 1 after a message on standard error when there is no display or no such definition.
+int gui_run(const char *application_name, int resource, EventHandler task_handler);
+
+// Destroys all windows, the task window last, and ends the event loop.
+void gui_quit();
+
+Window *gui_task_window();
+
+// Severity 3 is a remark; a graver message that the handler answers with 0 is shown by the toolkit itself.
+struct ToolkitError {
+    int severity = 1;
+    uint32_t identifier = 0;  // bits 20-23 major, bits 16-19 minor; (5, 1) is memory
+    std::string text;
+};
+using ToolkitErrorHandler = int (*)(const ToolkitError &message);
+void gui_set_error_handler(ToolkitErrorHandler handler);
+
+// While one exists the pointer shows that the program is busy.
+class BusyCursor {
+  public:
+    BusyCursor();
+    ~BusyCursor();
+    BusyCursor(const BusyCursor &) = delete;
+    BusyCursor &operator=(const BusyCursor &) = delete;
+};
+
+// --- Windows ------------------------------------------------------------------------------------------------------
+
+// Makes a window from a definition and shows it after its Create event. `owner` may be null; destroying an owner
+// destroys what it owns first. Null when there is no such definition or the handler refused.
+Window *gui_create_window(int resource, Window *owner, EventHandler handler, void *data);
+// Sends Destroy and frees the window, at once.
+void gui_destroy_window(Window *window);
+bool gui_window_exists(const Window *window);
+// All document windows (task window and dialogs excluded), oldest first.
+std::vector<Window *> gui_windows();
+
+void *gui_window_data(const Window *window);
+void gui_set_window_data(Window *window, void *data);
+std::string gui_title(const Window *window);
+void gui_set_title(Window *window, const std::string &title);
+void gui_raise(Window *window);
+GuiSize gui_client_size(const Window *window);
+// Gives the client area this size, scroll bars excluded, where the screen allows.
+void gui_set_client_size(Window *window, GuiSize size);
+GuiSize gui_screen_size(const Window *window);  // without task bars
+void gui_invalidate(Window *window);            // asks for an Update of the whole client area
+
+// Runs a modal dialog from a definition until gui_end_dialog or its closing (0). -1 when there is no such definition or
+// the handler refused it.
+int gui_run_dialog(int resource, Window *owner, EventHandler handler, void *data);
+void gui_end_dialog(Window *dialog, int result);
+
+// --- Scrolling the client area ------------------------------------------------------------------------------------
+
+// The client area shows part of a content of this size; wheel, scroll bars and page keys move it in steps of `step`.
+void gui_set_content_size(Window *window, GuiSize content, int step);
+GuiPoint gui_scroll_position(const Window *window);     // content pixel at the client area's top left
+void gui_scroll_to(Window *window, GuiPoint position);  // as far as the content reaches; sends Scroll when it moved
+
+// --- Controls and menu items --------------------------------------------------------------------------------------
+// By number; a number that the window does not have is ignored (empty, false).
+
+std::string gui_text(const Window *window, int control);
+void gui_set_text(Window *window, int control, const std::string &text);
+void gui_show_control(Window *window, int control, bool shown);
+bool gui_control_shown(const Window *window, int control);
+void gui_move_control(Window *window, int control, GuiRect place);  // in the client area
+GuiSize gui_wanted_size(const Window *window, int control);         // that its present text needs
+void gui_enable_control(Window *window, int control, bool enabled);
+void gui_focus_control(Window *window, int control);
+
+std::vector<int> gui_commands(const Window *window);  // of its menu bar
+void gui_enable_command(Window *window, int command, bool enabled);
+bool gui_command_enabled(const Window *window, int command);
+void gui_check_command(Window *window, int command, bool checked);
+
+// --- Drawing ------------------------------------------------------------------------------------------------------
+
+void gui_clear(Canvas *canvas, const GuiRect &area);  // with the desktop's background for documents
+// Draws the image with its top-left corner at (left, top), each pixel `zoom` x `zoom`, or (zoom 1) every `shrink`-th
+// pixel of every `shrink`-th row. Converts only what is exposed. Too large an image raises a toolkit error (5, 1).
+void gui_draw_image(Canvas *canvas, const PixelImage &image, int left, int top, int zoom, int shrink);
+// A one-pixel frame that stands out on any background.
+void gui_draw_marker(Canvas *canvas, const GuiRect &place);
+
+// --- Timers -------------------------------------------------------------------------------------------------------
+
+// Sends Timer to the window every `milliseconds` until stopped or the window goes.
+Timer *gui_start_timer(Window *window, int milliseconds);
+void gui_stop_timer(Timer *timer);
+
+// --- Questions to the user ----------------------------------------------------------------------------------------
+
+// Answers of the file dialogs.
+enum class FileAnswer { Bad = 0, Cancel = 1, Ok = 2 };
+struct FileSpec {
+    std::string directory;
+    std::string name;
+};
+struct FileRequest {
+    std::string prompt;
+    FileSpec proposed;      // directory to start in, and for saving the proposed name
+    std::string file_type;  // extension to filter by, without point; empty: all files
+};
+
+// Every message box and file dialog goes through the installed responder. The ordinary one asks the user; unattended
+// work and tests install their own, which must outlive its use.
+class Responder {
+  public:
+    virtual ~Responder() = default;
+    virtual void message(NoticeKind kind, const std::string &text) = 0;
+    // Index of the button chosen; -1 when the question was closed without one.
+    virtual int question(const std::string &text, const std::vector<std::string> &buttons) = 0;
+    virtual FileAnswer open_file(const FileRequest &request, FileSpec *chosen) = 0;
+    virtual FileAnswer save_file(const FileRequest &request, FileSpec *chosen) = 0;
+};
+// Returns the one installed before; null restores the ordinary one.
+Responder *gui_set_responder(Responder *responder);
+
+void gui_note(const std::string &text);
+void gui_warning(const std::string &text);
+void gui_error(const std::string &text);
+int gui_question(const std::string &text, const std::vector<std::string> &buttons);
+FileAnswer gui_open_file(const FileRequest &request, FileSpec *chosen);
+FileAnswer gui_save_file(const FileRequest &request, FileSpec *chosen);

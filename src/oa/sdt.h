@@ -1,0 +1,109 @@
+// The slot descriptor tree: the plan that turns the bytes of a described object into native memory, built as a
+// decoration of a private copy of the object's label.
+//
+//   copy the label      OaCopyTree
+//   plan                OalCreateSDT                          one slot for every label node that carries data
+//   simplify            OalCompressSDT                        on a second copy: copies fold into runs
+//   start               OalInitializeSDT                      on the output buffer
+//   feed                OalProcessSDT, chunk after chunk      scatters and converts
+//   describe the result OalSDTtoODLTree                       on the first copy: native types, sizes, offsets
+//
+// Chunks may be cut anywhere. One reader drives a tree.
+#pragma once
+
+#include "oa/binrep.h"
+#include "oa/data_type.h"
+#include "oa/oa.h"
+
+#include <cstdint>
+#include <string>
+
+enum OaConversion : uint8_t {
+    OA_SKIP = 0,
+    OA_BINARY_TO_BINARY = 1,
+    OA_COPY = 2,
+    OA_ASCII_TO_BINARY = 3,
+    OA_BINARY_TO_ASCII = 4,
+};
+
+// One side of a slot.
+struct OaSlotSide {
+    int64_t start_offset = 0;  // from the start of the parent's slot, bytes
+    int64_t progress = 0;      // source: bytes of the current item already received
+    int64_t size = 0;          // bytes of one item
+    uint8_t *data = nullptr;   // source: the item being converted; destination: where the next one goes
+    OaDataType data_type = OA_NO_DATA_TYPE;
+    const BinrepDescrip *binrep = nullptr;  // leaves that convert
+    std::string ascii_format;               // printf format of the ASCII form
+    int alignment_req = 1;                  // 1, 2, 4 or 8
+};
+
+struct OaSlot {
+    int64_t total_repetitions = 0;  // within one repetition of the parent
+    int64_t count = 0;              // while processing: 0 .. total_repetitions - 1
+    OaSlotSide src;
+    OaSlotSide dst;
+    OaConversion conversion_type = OA_SKIP;
+    OaDataType complex_type = OA_NO_DATA_TYPE;  // source type of an item that was split into its two halves
+    bool inserted = false;                      // a SPARE that the plan added
+    int64_t partial_bytes = 0;                  // of an item split between chunks, gathered so far
+    uint8_t *partial_item = nullptr;
+    BinrepPlan plan;                // conversion 1
+    uint8_t *buffer_end = nullptr;  // root: end of the output buffer
+};
+
+// The slot of a label node, or null.
+inline OaSlot *OalSlotOf(const ObjDesc *node) {
+    return static_cast<OaSlot *>(node->appl1);
+}
+
+// A zero-filled slot attached to the node.
+OaSlot *OalNewSDTNode(ObjDesc *node);
+
+// Returns `object` (a root) with its slots, or null after reporting; free it with OalFreeSDT either way.
+ObjDesc *OalCreateSDT(ObjDesc *object, OaInterchangeFormat src_interchange_format);
+// Bytes of the whole object on either side: repetitions x size of the root; -1 when that is no size.
+int64_t OalSourceSize(const ObjDesc *sdt);
+int64_t OalDestinationSize(const ObjDesc *sdt);
+// A simplified copy; the given tree is not changed. Free it with OalFreeSDT.
+ObjDesc *OalCompressSDT(const ObjDesc *sdt);
+// Sets the output buffer and its size; returns the first leaf, or null for a null tree or buffer or a tree without
+// data.
+ObjDesc *OalInitializeSDT(ObjDesc *sdt, void *buffer, int64_t buffer_size);
+// Consumes a chunk: 0 when it is used up, 1 when the last data were passed. `leaf` is the position, updated.
+int OalProcessSDT(const void *source_bytes, int64_t byte_count, ObjDesc **leaf);
+ObjDesc *OalPositionToNextDataNode(ObjDesc *leaf);
+// Converts the item at src.data to dst.data. 0, or 1 after reporting.
+int OalConvert(OaSlot *slot);
+// Rewrites the keywords so that they describe the converted data, removes what the plan inserted and all slots.
+void OalSDTtoODLTree(ObjDesc *sdt, OaInterchangeFormat dst_interchange_format);
+// Frees the label tree with its slots; null is allowed. Returns null.
+ObjDesc *OalFreeSDT(ObjDesc *tree);
+void OalFreeSDTStruct(OaSlot *slot);
+
+// The steps of OalCreateSDT.
+enum OaTraverseMode { OA_BUILD_SLOTS = 0, OA_ADJUST_KEYWORDS = 1 };
+int OalPostOrderTraverse(ObjDesc *node, int mode, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
+int OalBuildSDTNode(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
+int OalDetermineConvertParameters(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
+void OalDetermineRepNodeAlignment(ObjDesc *node);
+int OalCheckForGapInSrcData(ObjDesc *node);
+void OalAdjustKwdstoMatchSDT(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
+
+inline ObjDesc *LeftmostSDTChild(const ObjDesc *node) {
+    return node->first_child;
+}
+inline ObjDesc *RightmostSDTChild(const ObjDesc *node) {
+    return node->last_child;
+}
+inline ObjDesc *LeftSDTSibling(const ObjDesc *node) {
+    return node->left_sibling;
+}
+inline ObjDesc *RightSDTSibling(const ObjDesc *node) {
+    return node->right_sibling;
+}
+
+struct OaSdtDeleter {
+    void operator()(ObjDesc *tree) const { OalFreeSDT(tree); }
+};
+using OaSdt = std::unique_ptr<ObjDesc, OaSdtDeleter>;
