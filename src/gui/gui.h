@@ -39,9 +39,10 @@ struct GuiRect {
 // --- Events -------------------------------------------------------------------------------------------------------
 
 enum class EventType {
-    Create,   // before the window is first shown; returning other than 0 refuses it
+    Create,   // before the window is first shown; returning other than 0 refuses it (Destroy still follows)
     Destroy,  // the last event; the window's data may be freed
-    Close,    // the user asks to close; the window stays unless the handler destroys it
+    Close,    // the user asks to close; the window stays unless the handler destroys it, a dialog goes unless the
+              // handler returns other than 0
     Size,     // the client area has another size
     Update,   // draw `area` on `canvas`
     MouseDown,
@@ -49,17 +50,19 @@ enum class EventType {
     MouseDouble,
     MouseMove,  // over the client area, whether or not a button is down
     MouseLeave,
-    Wheel,  // with Control held; without, the client area scrolls
-    Key,    // that no menu item takes
-    FocusIn,
-    FocusOut,
-    Scroll,   // the client area was scrolled to another position
-    Control,  // a control was used
-    Command,  // a menu item was chosen
+    Wheel,     // with Control held; without, the client area scrolls
+    Key,       // that no menu item and no control takes; returning 0 lets the client area scroll by it (arrows, pages,
+               // Home, End) and a dialog close (Escape) or press its default button (Enter)
+    FocusIn,   // the window became the active one
+    FocusOut,  // or another did
+    Scroll,    // the client area was scrolled to another position
+    Control,   // a control was used
+    Command,   // a menu item was chosen
     Timer,
     FileDrop,  // files were dropped on the window
     Quit,      // the task window alone: the session ends (`query`: may it?); other than 0 refuses a query
 };
+// All other events come between Create and Destroy. In any event a handler may destroy any window, its own too.
 
 enum GuiModifiers : unsigned { GUI_SHIFT = 1, GUI_CONTROL = 2, GUI_ALT = 4 };
 
@@ -86,14 +89,16 @@ using EventHandler = long (*)(Window *window, const Event &event);
 
 // --- Application --------------------------------------------------------------------------------------------------
 
-// Runs `program` with the process's arguments and one more of the platform's own behind them.
+// Runs `program` with the process's arguments, without the options that the toolkit takes (-platform, -style ...), and
+// with one more of the platform's own behind them.
 int gui_main(int argc, char **argv, int (*program)(int argc, char **argv));
 
 // Makes the application with its task window (definition `resource`) and runs the event loop until gui_quit. Returns
-// the process's exit status; 1 after a message on standard error when there is no display or no such definition.
+// the process's exit status; 1 after a message on standard error when there is no display or no such definition, or
+// when the handler refused.
 int gui_run(const char *application_name, int resource, EventHandler task_handler);
 
-// Destroys all windows, the task window last, and ends the event loop.
+// Destroys all windows, the task window last, and ends the event loop. Destroying the task window does the same.
 void gui_quit();
 
 Window *gui_task_window();
@@ -119,9 +124,9 @@ class BusyCursor {
 // --- Windows ------------------------------------------------------------------------------------------------------
 
 // Makes a window from a definition and shows it after its Create event. `owner` may be null; destroying an owner
-// destroys what it owns first. Null when there is no such definition or the handler refused.
+// destroys what it owns first. Null when there is no such definition, the handler refused, or the program is ending.
 Window *gui_create_window(int resource, Window *owner, EventHandler handler, void *data);
-// Sends Destroy and frees the window, at once.
+// Sends Destroy and ends the window, at once. Nothing happens to a window that does not exist.
 void gui_destroy_window(Window *window);
 bool gui_window_exists(const Window *window);
 // All document windows (task window and dialogs excluded), oldest first.
@@ -133,7 +138,8 @@ std::string gui_title(const Window *window);
 void gui_set_title(Window *window, const std::string &title);
 void gui_raise(Window *window);
 GuiSize gui_client_size(const Window *window);
-// Gives the client area this size, scroll bars excluded, where the screen allows.
+// Gives the client area this size, scroll bars excluded, or as much of it as the screen has less 64 pixels. The bars
+// that the content needs then are added to the window, so set the content's size first.
 void gui_set_client_size(Window *window, GuiSize size);
 GuiSize gui_screen_size(const Window *window);  // without task bars
 void gui_invalidate(Window *window);            // asks for an Update of the whole client area
@@ -145,7 +151,8 @@ void gui_end_dialog(Window *dialog, int result);
 
 // --- Scrolling the client area ------------------------------------------------------------------------------------
 
-// The client area shows part of a content of this size; wheel, scroll bars and page keys move it in steps of `step`.
+// The client area shows part of a content of this size, at the top left when it is smaller. Scroll bars, arrow keys and
+// the lines of the wheel move it by `step`, page keys by the client area.
 void gui_set_content_size(Window *window, GuiSize content, int step);
 GuiPoint gui_scroll_position(const Window *window);     // content pixel at the client area's top left
 void gui_scroll_to(Window *window, GuiPoint position);  // as far as the content reaches; sends Scroll when it moved
@@ -165,20 +172,22 @@ void gui_focus_control(Window *window, int control);
 std::vector<int> gui_commands(const Window *window);  // of its menu bar
 void gui_enable_command(Window *window, int command, bool enabled);
 bool gui_command_enabled(const Window *window, int command);
-void gui_check_command(Window *window, int command, bool checked);
+void gui_check_command(Window *window, int command, bool checked);  // choosing the item leaves its mark as it is
 
 // --- Drawing ------------------------------------------------------------------------------------------------------
 
 void gui_clear(Canvas *canvas, const GuiRect &area);  // with the desktop's background for documents
 // Draws the image with its top-left corner at (left, top), each pixel `zoom` x `zoom`, or (zoom 1) every `shrink`-th
-// pixel of every `shrink`-th row. Converts only what is exposed. Too large an image raises a toolkit error (5, 1).
+// pixel of every `shrink`-th row. Converts only what is exposed. Raises a toolkit error (5, 1) when memory for that is
+// out or the image has no pixels.
 void gui_draw_image(Canvas *canvas, const PixelImage &image, int left, int top, int zoom, int shrink);
 // A one-pixel frame that stands out on any background.
 void gui_draw_marker(Canvas *canvas, const GuiRect &place);
 
 // --- Timers -------------------------------------------------------------------------------------------------------
 
-// Sends Timer to the window every `milliseconds` until stopped or the window goes.
+// Sends Timer to the window every `milliseconds` until stopped or the window goes; not again while the handler still
+// works on the last one.
 Timer *gui_start_timer(Window *window, int milliseconds);
 void gui_stop_timer(Timer *timer);
 

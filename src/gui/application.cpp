@@ -1,0 +1,203 @@
+#include "gui/application.h"
+
+#include "gui/arguments.h"
+#include "gui/window.h"
+
+#include <QApplication>
+#include <QSessionManager>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace {
+
+// The argument that the platform adds behind the user's own.
+char platform_argument[] = "-toolkit=qt6";
+char unnamed_program[] = "program";
+
+struct State {
+    Arguments arguments;
+    Window *task = nullptr;
+    bool quitting = false;
+    ToolkitErrorHandler error_handler = nullptr;
+    bool error_shown = false;
+    int busy = 0;  // BusyCursors that count
+};
+State g_state;
+
+bool may_quit() {
+    Event event;
+    event.type = EventType::Quit;
+    event.query = true;
+    return send_event(g_state.task, event) == 0;
+}
+
+class Application final : public QApplication {
+  public:
+    Application(int &argc, char **argv) : QApplication(argc, argv) {
+        setQuitOnLastWindowClosed(false);
+        connect(this, &QGuiApplication::commitDataRequest, this, [](QSessionManager &session) {
+            if (!may_quit())
+                session.cancel();
+        });
+    }
+
+    bool event(QEvent *source) override {
+        if (source->type() != QEvent::Quit || !g_state.task)
+            return QApplication::event(source);
+        source->setAccepted(may_quit());
+        if (source->isAccepted()) {
+            Event event;
+            event.type = EventType::Quit;
+            send_event(g_state.task, event);
+        }
+        return true;
+    }
+};
+
+// --- Display ------------------------------------------------------------------------------------------------------
+
+bool is_set(const char *variable) {
+    const char *value = getenv(variable);
+    return value && *value;
+}
+
+// Qt ends the process with a core dump where there is none.
+bool has_display(const Arguments &arguments) {
+    std::string_view platform = arguments.toolkit_value("platform");
+    if (platform.empty() && is_set("QT_QPA_PLATFORM"))
+        platform = getenv("QT_QPA_PLATFORM");
+    const bool needs_one = platform.empty() || platform.starts_with("xcb") || platform.starts_with("wayland");
+    return !needs_one || is_set("DISPLAY") || is_set("WAYLAND_DISPLAY") || is_set("WAYLAND_SOCKET") ||
+           !arguments.toolkit_value("display").empty();
+}
+
+// While the application is made: a display that does not answer ends the process, but with a message and status 1.
+void report_start_message(QtMsgType type, const QMessageLogContext &, const QString &text) {
+    if (type != QtFatalMsg)
+        return;
+    fprintf(stderr, "%s\n", qPrintable(text));
+    fflush(nullptr);
+    std::_Exit(1);
+}
+
+}  // namespace
+
+// --- Running ------------------------------------------------------------------------------------------------------
+
+int gui_main(int argc, char **argv, int (*program)(int argc, char **argv)) {
+    g_state.arguments = split_arguments(argc, argv);
+    std::vector<char *> arguments = g_state.arguments.program;
+    arguments.insert(arguments.end() - 1, platform_argument);
+    return program(static_cast<int>(arguments.size()) - 1, arguments.data());
+}
+
+int gui_run(const char *application_name, int resource, EventHandler task_handler) {
+    if (g_state.arguments.toolkit.empty())
+        g_state.arguments.toolkit = {unnamed_program, nullptr};
+    if (!has_display(g_state.arguments)) {
+        fprintf(stderr, "%s: there is no display: neither DISPLAY nor WAYLAND_DISPLAY is set\n", application_name);
+        return 1;
+    }
+    int argc = g_state.arguments.toolkit_count();
+    const QtMessageHandler ordinary = qInstallMessageHandler(report_start_message);
+    Application application(argc, g_state.arguments.toolkit.data());
+    qInstallMessageHandler(ordinary);
+    application.setApplicationName(QString::fromUtf8(application_name));
+
+    g_state.quitting = false;
+    g_state.task = build_window(resource, nullptr, task_handler, nullptr);
+    if (!g_state.task) {
+        fprintf(stderr, "%s: there is no window definition %d\n", application_name, resource);
+        return 1;
+    }
+    const bool accepted = announce_window(g_state.task);
+    int status = accepted || g_state.quitting ? 0 : 1;
+    if (accepted) {
+        show_window(g_state.task);
+        // The product named on the command line is to be seen, not hidden behind the task window.
+        for (Window *window : gui_windows())
+            gui_raise(window);
+        status = QApplication::exec();
+    }
+    gui_quit();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return status;
+}
+
+void gui_quit() {
+    if (g_state.quitting)
+        return;
+    g_state.quitting = true;
+    const std::vector<Window *> windows = all_windows();
+    for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
+        if (*window != g_state.task)
+            end_window(*window);
+    }
+    end_window(g_state.task);
+    g_state.task = nullptr;
+    QCoreApplication::exit(0);
+}
+
+bool is_quitting() {
+    return g_state.quitting;
+}
+
+Window *gui_task_window() {
+    return g_state.task;
+}
+
+// --- Errors -------------------------------------------------------------------------------------------------------
+
+void gui_set_error_handler(ToolkitErrorHandler handler) {
+    g_state.error_handler = handler;
+}
+
+void raise_toolkit_error(const ToolkitError &message) {
+    const bool handled = g_state.error_handler && g_state.error_handler(message) != 0;
+    if (handled || message.severity == 3 || g_state.error_shown)
+        return;
+    // Not here, where a window may be half painted; and not once more for every repaint while the box is shown.
+    g_state.error_shown = true;
+    QTimer::singleShot(0, qApp, [text = message.text] {
+        gui_error(text);
+        g_state.error_shown = false;
+    });
+}
+
+// --- Pointer ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+void update_cursor() {
+    if (!qApp)
+        return;
+    const bool busy = g_state.busy > 0;
+    if (busy && !QGuiApplication::overrideCursor())
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    else if (!busy && QGuiApplication::overrideCursor())
+        QGuiApplication::restoreOverrideCursor();
+}
+
+}  // namespace
+
+BusyCursor::BusyCursor() {
+    ++g_state.busy;
+    update_cursor();
+}
+
+BusyCursor::~BusyCursor() {
+    --g_state.busy;
+    update_cursor();
+}
+
+OrdinaryCursor::OrdinaryCursor() : suspended_(std::exchange(g_state.busy, 0)) {
+    update_cursor();
+}
+
+OrdinaryCursor::~OrdinaryCursor() {
+    g_state.busy += suspended_;
+    update_cursor();
+}

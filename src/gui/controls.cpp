@@ -1,0 +1,176 @@
+// Controls and menu items, by number.
+#include "gui/client_area.h"
+#include "gui/window.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+
+#include <algorithm>
+
+namespace {
+
+QWidget *find_control(const Window *window, int number) {
+    const auto found = window->controls.find(number);
+    return found == window->controls.end() ? nullptr : found->second;
+}
+
+int command_of(const QAction &action) {
+    return action.property("command").toInt();
+}
+
+// All items of the number: a command may stand in more than one menu.
+template <typename Function>
+void for_each_item(const Window *window, int command, Function function) {
+    for (QAction *action : window->commands) {
+        if (command_of(*action) == command)
+            function(action);
+    }
+}
+
+void send_number(Window *window, EventType type, int number) {
+    Event event;
+    event.type = type;
+    event.number = number;
+    send_event(window, event);
+}
+
+}  // namespace
+
+void connect_controls(Window *window) {
+    const QList<QWidget *> widgets = window->frame->findChildren<QWidget *>();
+    for (QWidget *widget : widgets) {
+        const QVariant property = widget->property("number");
+        if (!property.isValid())
+            continue;
+        const int number = property.toInt();
+        window->controls.emplace(number, widget);
+        const auto used = [window, number] { send_number(window, EventType::Control, number); };
+        if (auto *button = qobject_cast<QAbstractButton *>(widget))
+            QObject::connect(button, &QAbstractButton::clicked, window, used);
+        else if (auto *line = qobject_cast<QLineEdit *>(widget))
+            QObject::connect(line, &QLineEdit::textEdited, window, used);
+    }
+}
+
+void connect_commands(Window *window) {
+    auto *main_window = qobject_cast<QMainWindow *>(window->frame);
+    const QWidget *menu_bar = main_window ? main_window->menuWidget() : nullptr;
+    if (!menu_bar)
+        return;
+    const QList<QAction *> actions = menu_bar->findChildren<QAction *>();
+    for (QAction *action : actions) {
+        if (!action->property("command").isValid())
+            continue;
+        window->commands.push_back(action);
+        QObject::connect(action, &QAction::triggered, window, [window, action](bool checked) {
+            // Whether the item is checked is for the program alone to say.
+            if (action->isCheckable())
+                action->setChecked(!checked);
+            send_number(window, EventType::Command, command_of(*action));
+        });
+    }
+}
+
+// --- Controls -----------------------------------------------------------------------------------------------------
+
+std::string gui_text(const Window *window, int control) {
+    const QWidget *widget = find_control(window, control);
+    if (const auto *label = qobject_cast<const QLabel *>(widget))
+        return label->text().toStdString();
+    if (const auto *button = qobject_cast<const QAbstractButton *>(widget))
+        return button->text().toStdString();
+    if (const auto *line = qobject_cast<const QLineEdit *>(widget))
+        return line->text().toStdString();
+    if (const auto *lines = qobject_cast<const QPlainTextEdit *>(widget))
+        return lines->toPlainText().toStdString();
+    return {};
+}
+
+void gui_set_text(Window *window, int control, const std::string &text) {
+    QWidget *widget = find_control(window, control);
+    const QString shown = QString::fromStdString(text);
+    if (auto *label = qobject_cast<QLabel *>(widget)) {
+        // What the program shows is never markup: it may come from a file.
+        label->setTextFormat(Qt::PlainText);
+        label->setText(shown);
+    } else if (auto *button = qobject_cast<QAbstractButton *>(widget)) {
+        button->setText(shown);
+    } else if (auto *line = qobject_cast<QLineEdit *>(widget)) {
+        line->setText(shown);
+    } else if (auto *lines = qobject_cast<QPlainTextEdit *>(widget)) {
+        lines->setPlainText(shown);
+    }
+}
+
+void gui_show_control(Window *window, int control, bool shown) {
+    if (QWidget *widget = find_control(window, control))
+        widget->setVisible(shown);
+}
+
+bool gui_control_shown(const Window *window, int control) {
+    const QWidget *widget = find_control(window, control);
+    return widget && !widget->isHidden();
+}
+
+void gui_move_control(Window *window, int control, GuiRect place) {
+    QWidget *widget = find_control(window, control);
+    if (!widget)
+        return;
+    QPoint corner(place.left, place.top);
+    const QWidget *area = window->client ? window->client->viewport() : nullptr;
+    if (area && widget->parentWidget() != area)
+        corner = widget->parentWidget()->mapFromGlobal(area->mapToGlobal(corner));
+    widget->setGeometry(QRect(corner, QSize(place.width, place.height)));
+}
+
+GuiSize gui_wanted_size(const Window *window, int control) {
+    QWidget *widget = find_control(window, control);
+    if (!widget)
+        return {};
+    widget->ensurePolished();
+    const QSize size = widget->sizeHint();
+    return {size.width(), size.height()};
+}
+
+void gui_enable_control(Window *window, int control, bool enabled) {
+    if (QWidget *widget = find_control(window, control))
+        widget->setEnabled(enabled);
+}
+
+void gui_focus_control(Window *window, int control) {
+    if (QWidget *widget = find_control(window, control))
+        widget->setFocus();
+}
+
+// --- Menu items ---------------------------------------------------------------------------------------------------
+
+std::vector<int> gui_commands(const Window *window) {
+    std::vector<int> numbers;
+    for (const QAction *action : window->commands) {
+        if (std::find(numbers.begin(), numbers.end(), command_of(*action)) == numbers.end())
+            numbers.push_back(command_of(*action));
+    }
+    return numbers;
+}
+
+void gui_enable_command(Window *window, int command, bool enabled) {
+    for_each_item(window, command, [enabled](QAction *action) { action->setEnabled(enabled); });
+}
+
+bool gui_command_enabled(const Window *window, int command) {
+    bool enabled = false;
+    for_each_item(window, command, [&enabled](const QAction *action) { enabled = action->isEnabled(); });
+    return enabled;
+}
+
+void gui_check_command(Window *window, int command, bool checked) {
+    for_each_item(window, command, [checked](QAction *action) {
+        action->setCheckable(true);
+        action->setChecked(checked);
+    });
+}

@@ -1,0 +1,97 @@
+#include "gui/definition.h"
+
+#include "gui/client_area.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QDebug>
+#include <QDialog>
+#include <QFile>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QUiLoader>
+
+namespace {
+
+// Knows our drawing area, and remembers the classes that nobody knows: Qt would put their base class in their place and
+// say nothing.
+class DefinitionLoader final : public QUiLoader {
+  public:
+    DefinitionLoader() { clearPluginPaths(); }
+
+    QWidget *createWidget(const QString &class_name, QWidget *parent, const QString &name) override {
+        if (class_name == QLatin1String("ClientArea")) {
+            auto *area = new ClientArea(parent);
+            area->setObjectName(name);
+            return area;
+        }
+        QWidget *widget = QUiLoader::createWidget(class_name, parent, name);
+        if (!widget)
+            unknown_ = class_name;
+        return widget;
+    }
+
+    std::unique_ptr<QWidget> load_file(const QString &path) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) {
+            qWarning().noquote() << path << "is absent";
+            return nullptr;
+        }
+        std::unique_ptr<QWidget> root(load(&file));
+        if (!root) {
+            qWarning().noquote() << path << "is broken:" << errorString();
+        } else if (!unknown_.isEmpty()) {
+            qWarning().noquote() << path << "holds a widget of the unknown class" << unknown_;
+            root.reset();
+        }
+        return root;
+    }
+
+  private:
+    QString unknown_;
+};
+
+bool take_menu_bar(QWidget *window) {
+    const QVariant number = window->property("menuBar");
+    if (!number.isValid())
+        return true;
+    auto *main_window = qobject_cast<QMainWindow *>(window);
+    std::unique_ptr<QMenuBar> menu_bar = main_window ? load_menu_bar(number.toInt()) : nullptr;
+    if (!menu_bar)
+        return false;
+    main_window->setMenuBar(menu_bar.release());
+    return true;
+}
+
+}  // namespace
+
+std::unique_ptr<QWidget> load_window_definition(int resource) {
+    const QString path = QStringLiteral(":/windows/%1.ui").arg(resource);
+    std::unique_ptr<QWidget> root = DefinitionLoader().load_file(path);
+    if (root && !qobject_cast<QMainWindow *>(root.get()) && !qobject_cast<QDialog *>(root.get())) {
+        qWarning().noquote() << path << "is neither a main window nor a dialog";
+        return nullptr;
+    }
+    if (root && !take_menu_bar(root.get()))
+        return nullptr;
+    return root;
+}
+
+std::unique_ptr<QMenuBar> load_menu_bar(int resource) {
+    const QString path = QStringLiteral(":/menus/%1.ui").arg(resource);
+    const std::unique_ptr<QWidget> root = DefinitionLoader().load_file(path);
+    auto *menu_bar = root ? root->findChild<QMenuBar *>(QString(), Qt::FindDirectChildrenOnly) : nullptr;
+    if (!menu_bar) {
+        if (root)
+            qWarning().noquote() << path << "has no menu bar";
+        return nullptr;
+    }
+    // The items belong to the definition's root, which goes.
+    const QObjectList children = root->children();
+    for (QObject *child : children) {
+        if (qobject_cast<QAction *>(child) || qobject_cast<QActionGroup *>(child))
+            child->setParent(menu_bar);
+    }
+    menu_bar->setParent(nullptr);
+    return std::unique_ptr<QMenuBar>(menu_bar);
+}

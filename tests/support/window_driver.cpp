@@ -1,0 +1,329 @@
+#include "support/window_driver.h"
+
+#include "gui/client_area.h"
+#include "gui/window.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+#include <QWheelEvent>
+#include <gtest/gtest.h>
+
+namespace {
+
+QWidget *drawing_area(const Window *window) {
+    return window->client ? window->client->viewport() : window->frame;
+}
+
+QPoint whole(GuiPoint position) {
+    return QPointF(position.x, position.y).toPoint();
+}
+
+Qt::KeyboardModifiers modifiers_of(unsigned modifiers) {
+    return (modifiers & GUI_SHIFT ? Qt::ShiftModifier : Qt::NoModifier) |
+           (modifiers & GUI_CONTROL ? Qt::ControlModifier : Qt::NoModifier) |
+           (modifiers & GUI_ALT ? Qt::AltModifier : Qt::NoModifier);
+}
+
+Qt::MouseButton button_of(int button) {
+    return button == 1 ? Qt::LeftButton : button == 2 ? Qt::MiddleButton : Qt::RightButton;
+}
+
+Qt::Key key_of(GuiKey key) {
+    switch (key) {
+        case GuiKey::Left:
+            return Qt::Key_Left;
+        case GuiKey::Right:
+            return Qt::Key_Right;
+        case GuiKey::Up:
+            return Qt::Key_Up;
+        case GuiKey::Down:
+            return Qt::Key_Down;
+        case GuiKey::PageUp:
+            return Qt::Key_PageUp;
+        case GuiKey::PageDown:
+            return Qt::Key_PageDown;
+        case GuiKey::Home:
+            return Qt::Key_Home;
+        case GuiKey::End:
+            return Qt::Key_End;
+        case GuiKey::Enter:
+            return Qt::Key_Return;
+        case GuiKey::Escape:
+            return Qt::Key_Escape;
+        case GuiKey::Delete:
+            return Qt::Key_Delete;
+        default:
+            return Qt::Key_F9;
+    }
+}
+
+// As the application delivers keys: to what has the focus in the window.
+QWidget *key_receiver(Window *window) {
+    QWidget *focused = window->frame->focusWidget();
+    return focused ? focused : window->frame;
+}
+
+QAction *find_action(const Window *window, int command) {
+    for (QAction *action : window->commands) {
+        if (action->property("command").toInt() == command)
+            return action;
+    }
+    return nullptr;
+}
+
+template <typename Box>
+Box *shown_box() {
+    return qobject_cast<Box *>(QApplication::activeModalWidget());
+}
+
+QImage grab(Window *window) {
+    settle();
+    return drawing_area(window)->grab().toImage();
+}
+
+}  // namespace
+
+int run_gui_test(int task_resource, EventHandler task_handler, std::function<void()> body) {
+    static std::function<void()> running_body;
+    static EventHandler handler;
+    running_body = std::move(body);
+    handler = task_handler;
+    const auto start = [](Window *window, const Event &event) -> long {
+        if (event.type == EventType::Create) {
+            QTimer::singleShot(0, qApp, [] {
+                running_body();
+                gui_quit();
+            });
+        }
+        return handler ? handler(window, event) : 0;
+    };
+    return gui_run("Window test", task_resource, start);
+}
+
+void settle() {
+    for (int round = 0; round < 3; ++round) {
+        QApplication::processEvents();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+bool settle_until(const std::function<bool()> &condition) {
+    return QTest::qWaitFor(condition, 5000);
+}
+
+Window *find_window(const std::string &title) {
+    for (auto window = all_windows().rbegin(); window != all_windows().rend(); ++window) {
+        if ((*window)->title == title)
+            return *window;
+    }
+    return nullptr;
+}
+
+// --- Input --------------------------------------------------------------------------------------------------------
+
+void mouse_move(Window *window, GuiPoint position) {
+    QMouseEvent event(QEvent::MouseMove, QPointF(position.x, position.y),
+                      drawing_area(window)->mapToGlobal(QPointF(position.x, position.y)), Qt::NoButton, Qt::NoButton,
+                      Qt::NoModifier);
+    QApplication::sendEvent(drawing_area(window), &event);
+}
+
+void mouse_press(Window *window, GuiPoint position, int button, unsigned modifiers) {
+    QTest::mousePress(drawing_area(window), button_of(button), modifiers_of(modifiers), whole(position));
+}
+
+void mouse_release(Window *window, GuiPoint position, int button, unsigned modifiers) {
+    QTest::mouseRelease(drawing_area(window), button_of(button), modifiers_of(modifiers), whole(position));
+}
+
+void mouse_click(Window *window, GuiPoint position, int button, unsigned modifiers) {
+    QTest::mouseClick(drawing_area(window), button_of(button), modifiers_of(modifiers), whole(position));
+}
+
+void mouse_double_click(Window *window, GuiPoint position) {
+    QTest::mouseDClick(drawing_area(window), Qt::LeftButton, Qt::NoModifier, whole(position));
+}
+
+void mouse_leave(Window *window) {
+    QEvent event(QEvent::Leave);
+    QApplication::sendEvent(drawing_area(window), &event);
+}
+
+void turn_wheel(Window *window, GuiPoint position, int angle, unsigned modifiers) {
+    const QPointF place(position.x, position.y);
+    QWheelEvent event(place, drawing_area(window)->mapToGlobal(place), QPoint(), QPoint(0, angle), Qt::NoButton,
+                      modifiers_of(modifiers), Qt::NoScrollPhase, false);
+    QApplication::sendEvent(drawing_area(window), &event);
+}
+
+void press_key(Window *window, GuiKey key, unsigned modifiers) {
+    QTest::keyClick(key_receiver(window), key_of(key), modifiers_of(modifiers));
+}
+
+void press_character(Window *window, char character, unsigned modifiers) {
+    QTest::keyClick(key_receiver(window), character, modifiers_of(modifiers));
+}
+
+void drop_files(Window *window, const std::vector<std::string> &files) {
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const std::string &file : files)
+        urls.append(QUrl::fromEncoded("file://" + QByteArray::fromStdString(file).toPercentEncoding("/")));
+    data.setUrls(urls);
+    const QPoint place(1, 1);
+    QDragEnterEvent enter(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window->frame, &enter);
+    if (!enter.isAccepted())
+        return;
+    QDropEvent drop(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window->frame, &drop);
+    EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+    settle();
+}
+
+bool choose_command(Window *window, int command) {
+    QAction *action = find_action(window, command);
+    if (!action || !action->isEnabled())
+        return false;
+    action->trigger();
+    return true;
+}
+
+bool command_checked(const Window *window, int command) {
+    const QAction *action = find_action(window, command);
+    return action && action->isChecked();
+}
+
+bool use_control(Window *window, int control) {
+    const auto found = window->controls.find(control);
+    auto *button = found == window->controls.end() ? nullptr : qobject_cast<QAbstractButton *>(found->second);
+    if (!button || !button->isEnabled() || button->isHidden())
+        return false;
+    button->click();
+    return true;
+}
+
+void close_window(Window *window) {
+    window->frame->close();
+}
+
+void resize_window(Window *window, int width, int height) {
+    window->frame->resize(width, height);
+    settle();
+}
+
+bool window_shown(const Window *window) {
+    return window->frame->isVisible();
+}
+
+void ask_to_quit() {
+    QCoreApplication::quit();
+}
+
+// --- Output -------------------------------------------------------------------------------------------------------
+
+unsigned shown_pixel(Window *window, int x, int y) {
+    return grab(window).pixel(x, y) & 0xffffff;
+}
+
+std::vector<unsigned> shown_row(Window *window, int x, int y, int count) {
+    const QImage image = grab(window);
+    std::vector<unsigned> row;
+    for (int i = 0; i < count; ++i)
+        row.push_back(image.pixel(x + i, y) & 0xffffff);
+    return row;
+}
+
+void expose(Window *window, GuiRect area) {
+    settle();
+    drawing_area(window)->repaint(area.left, area.top, area.width, area.height);
+}
+
+unsigned document_background(const Window *window) {
+    return drawing_area(window)->palette().color(QPalette::Base).rgb() & 0xffffff;
+}
+
+// --- Boxes --------------------------------------------------------------------------------------------------------
+
+std::string shown_box_text() {
+    const auto *box = shown_box<QMessageBox>();
+    return box ? box->text().toStdString() : std::string();
+}
+
+bool press_box_button(const std::string &text) {
+    const auto *box = shown_box<QMessageBox>();
+    for (QAbstractButton *button : box ? box->buttons() : QList<QAbstractButton *>()) {
+        if (button->text().remove('&').toStdString() == text) {
+            button->click();
+            return true;
+        }
+    }
+    return false;
+}
+
+bool close_box() {
+    QWidget *box = QApplication::activeModalWidget();
+    if (box)
+        QTest::keyClick(box, Qt::Key_Escape);
+    return box != nullptr;
+}
+
+bool answer_file_dialog(const std::string &path) {
+    auto *dialog = shown_box<QFileDialog>();
+    auto *line = dialog ? dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")) : nullptr;
+    if (!line)
+        return false;
+    line->setText(QString::fromStdString(path));
+    QTest::keyClick(line, Qt::Key_Return);
+    return true;
+}
+
+void when_idle(std::function<void()> action) {
+    QTimer::singleShot(0, qApp, std::move(action));
+}
+
+// --- Responder ----------------------------------------------------------------------------------------------------
+
+void ScriptedResponder::message(NoticeKind kind, const std::string &text) {
+    const char *name = kind == NoticeKind::Note ? "note: " : kind == NoticeKind::Warning ? "warning: " : "error: ";
+    shown.push_back(name + text);
+}
+
+int ScriptedResponder::question(const std::string &text, const std::vector<std::string> &buttons) {
+    std::string names;
+    for (const std::string &button : buttons)
+        names += (names.empty() ? "" : "|") + button;
+    shown.push_back("question: " + text + " [" + names + "]");
+    if (answers.empty())
+        return -1;
+    const int answer = answers.front();
+    answers.erase(answers.begin());
+    return answer;
+}
+
+FileAnswer ScriptedResponder::next_file(const char *what, const FileRequest &request, FileSpec *chosen) {
+    shown.push_back(what + request.prompt);
+    requests.push_back(request);
+    if (files.empty())
+        return FileAnswer::Cancel;
+    *chosen = files.front();
+    files.erase(files.begin());
+    return chosen->name.empty() ? FileAnswer::Bad : FileAnswer::Ok;
+}
+
+FileAnswer ScriptedResponder::open_file(const FileRequest &request, FileSpec *chosen) {
+    return next_file("open: ", request, chosen);
+}
+
+FileAnswer ScriptedResponder::save_file(const FileRequest &request, FileSpec *chosen) {
+    return next_file("save: ", request, chosen);
+}

@@ -1,0 +1,85 @@
+// Drives real windows on the offscreen platform: real events in, pixels and state out.
+#pragma once
+
+#include "base/pixel_image.h"
+#include "gui/gui.h"
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+// Runs `body` in the event loop of an application with this task window, then quits. Returns gui_run's answer.
+int run_gui_test(int task_resource, EventHandler task_handler, std::function<void()> body);
+
+// Handles what has been posted: paint, size, deferred destruction.
+void settle();
+// The same for as long as `condition` does not hold, at most five seconds; returns whether it held.
+bool settle_until(const std::function<bool()> &condition);
+
+// The newest window with this title; null when there is none.
+Window *find_window(const std::string &title);
+
+// Positions are in the client area.
+void mouse_move(Window *window, GuiPoint position);
+void mouse_press(Window *window, GuiPoint position, int button = 1, unsigned modifiers = 0);
+void mouse_release(Window *window, GuiPoint position, int button = 1, unsigned modifiers = 0);
+void mouse_click(Window *window, GuiPoint position, int button = 1, unsigned modifiers = 0);
+void mouse_double_click(Window *window, GuiPoint position);
+void mouse_leave(Window *window);
+// 120 units of `angle` are one notch, positive away from the user.
+void turn_wheel(Window *window, GuiPoint position, int angle, unsigned modifiers = 0);
+void press_key(Window *window, GuiKey key, unsigned modifiers = 0);
+void press_character(Window *window, char character, unsigned modifiers = 0);
+void drop_files(Window *window, const std::vector<std::string> &files);
+
+// False when the window has no such item or it is disabled.
+bool choose_command(Window *window, int command);
+bool command_checked(const Window *window, int command);
+bool use_control(Window *window, int control);
+
+void close_window(Window *window);
+void resize_window(Window *window, int width, int height);
+bool window_shown(const Window *window);
+
+// What the window shows, as the user would see it; as 0xRRGGBB.
+unsigned shown_pixel(Window *window, int x, int y);
+std::vector<unsigned> shown_row(Window *window, int x, int y, int count);
+// Repaints just this part.
+void expose(Window *window, GuiRect area);
+unsigned document_background(const Window *window);
+
+// Asks the application to quit, as the session does.
+void ask_to_quit();
+
+// The text of the message box or dialog that is shown, and a press on its button; empty and false when there is none.
+std::string shown_box_text();
+bool press_box_button(const std::string &text);
+bool close_box();
+// Types a path into the file dialog that is shown and accepts it.
+bool answer_file_dialog(const std::string &path);
+// Calls `action` in the event loop that a box or dialog runs.
+void when_idle(std::function<void()> action);
+
+// Answers from a script and records what was shown. A question or dialog that the script does not foresee is closed
+// without an answer and recorded too.
+class ScriptedResponder final : public Responder {
+  public:
+    ScriptedResponder() : previous_(gui_set_responder(this)) {}
+    ~ScriptedResponder() override { gui_set_responder(previous_); }
+
+    std::vector<std::string> shown;     // "error: text", "question: text [Cancel|Replace]", "open: prompt" ...
+    std::vector<int> answers;           // to the questions to come
+    std::vector<FileSpec> files;        // for the file dialogs to come
+    std::vector<FileRequest> requests;  // of the file dialogs so far
+
+    void message(NoticeKind kind, const std::string &text) override;
+    int question(const std::string &text, const std::vector<std::string> &buttons) override;
+    FileAnswer open_file(const FileRequest &request, FileSpec *chosen) override;
+    FileAnswer save_file(const FileRequest &request, FileSpec *chosen) override;
+
+  private:
+    FileAnswer next_file(const char *what, const FileRequest &request, FileSpec *chosen);
+
+    Responder *const previous_;
+};
