@@ -1,6 +1,7 @@
 #include "gui/definition.h"
 
 #include "gui/client_area.h"
+#include "gui/gui.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -51,6 +52,10 @@ class DefinitionLoader final : public QUiLoader {
     QString unknown_;
 };
 
+QString window_path(int resource) {
+    return QStringLiteral(":/windows/%1.ui").arg(resource);
+}
+
 bool take_menu_bar(QWidget *window) {
     const QVariant number = window->property("menuBar");
     if (!number.isValid())
@@ -65,8 +70,12 @@ bool take_menu_bar(QWidget *window) {
 
 }  // namespace
 
+bool gui_has_definition(int resource) {
+    return QFile::exists(window_path(resource));
+}
+
 std::unique_ptr<QWidget> load_window_definition(int resource) {
-    const QString path = QStringLiteral(":/windows/%1.ui").arg(resource);
+    const QString path = window_path(resource);
     std::unique_ptr<QWidget> root = DefinitionLoader().load_file(path);
     if (root && !qobject_cast<QMainWindow *>(root.get()) && !qobject_cast<QDialog *>(root.get())) {
         qWarning().noquote() << path << "is neither a main window nor a dialog";

@@ -123,6 +123,9 @@ class BusyCursor {
 
 // --- Windows ------------------------------------------------------------------------------------------------------
 
+// Whether a window or dialog definition of that number was compiled in.
+bool gui_has_definition(int resource);
+
 // Makes a window from a definition and shows it after its Create event. `owner` may be null; destroying an owner
 // destroys what it owns first. Null when there is no such definition, the handler refused, or the program is ending.
 Window *gui_create_window(int resource, Window *owner, EventHandler handler, void *data);
