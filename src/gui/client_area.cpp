@@ -37,7 +37,8 @@ ClientArea::ClientArea(QWidget *parent) : QAbstractScrollArea(parent) {
 
 void ClientArea::attach(Window *window) {
     window_ = window;
-    // What the definition puts into the area belongs into the part without scroll bars, and lets the mouse through.
+    // What the definition puts into the area belongs into the part without scroll bars. It covers the drawing there, so
+    // that it can be read, and lets the mouse through.
     const QList<QWidget *> children = findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
     for (QWidget *child : children) {
         if (!child->property("number").isValid())
@@ -45,6 +46,9 @@ void ClientArea::attach(Window *window) {
         const QRect place = child->geometry();
         child->setParent(viewport());
         child->setGeometry(place);
+        child->setBackgroundRole(QPalette::Window);
+        child->setForegroundRole(QPalette::WindowText);
+        child->setAutoFillBackground(true);
         child->setAttribute(Qt::WA_TransparentForMouseEvents, child->focusPolicy() == Qt::NoFocus);
     }
 }

@@ -14,8 +14,8 @@
 
 namespace {
 
-// Knows our drawing area, and remembers the classes that nobody knows: Qt would put their base class in their place and
-// say nothing.
+// Knows our drawing area, and remembers the classes that nobody knows: Qt puts their base class in their place, and the
+// definition loads all the same.
 class DefinitionLoader final : public QUiLoader {
   public:
     DefinitionLoader() { clearPluginPaths(); }
@@ -27,7 +27,8 @@ class DefinitionLoader final : public QUiLoader {
             return area;
         }
         QWidget *widget = QUiLoader::createWidget(class_name, parent, name);
-        if (!widget)
+        const bool is_line = class_name == QLatin1String("Line");
+        if (widget && !is_line && class_name != QLatin1String(widget->metaObject()->className()))
             unknown_ = class_name;
         return widget;
     }

@@ -66,6 +66,20 @@ Event wheel_event(const QWheelEvent &source, int steps) {
     return event;
 }
 
+bool is_modifier_key(const QKeyEvent &event) {
+    switch (event.key()) {
+        case Qt::Key_Shift:
+        case Qt::Key_Control:
+        case Qt::Key_Alt:
+        case Qt::Key_AltGr:
+        case Qt::Key_Meta:
+        case Qt::Key_CapsLock:
+            return true;
+        default:
+            return false;
+    }
+}
+
 Event key_event(const QKeyEvent &source) {
     Event event;
     event.type = EventType::Key;

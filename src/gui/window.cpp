@@ -49,6 +49,8 @@ void close_by_user(Window *window) {
 
 // True when nothing more is to be done with the key.
 bool take_key(Window *window, const QKeyEvent &key) {
+    if (is_modifier_key(key))
+        return false;
     if (send_event(window, key_event(key)) != 0 || window->stage != WindowStage::Live)
         return true;
     if (window->is_dialog() && key.key() == Qt::Key_Escape) {

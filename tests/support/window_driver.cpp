@@ -11,10 +11,12 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
 #include <QWheelEvent>
+#include <QWindow>
 #include <gtest/gtest.h>
 
 namespace {
@@ -83,11 +85,6 @@ QAction *find_action(const Window *window, int command) {
 template <typename Box>
 Box *shown_box() {
     return qobject_cast<Box *>(QApplication::activeModalWidget());
-}
-
-QImage grab(Window *window) {
-    settle();
-    return drawing_area(window)->grab().toImage();
 }
 
 }  // namespace
@@ -225,34 +222,53 @@ bool window_shown(const Window *window) {
     return window->frame->isVisible();
 }
 
+std::string title_on_screen(const Window *window) {
+    return window->frame->windowHandle()->title().toStdString();
+}
+
 void ask_to_quit() {
     QCoreApplication::quit();
 }
 
 // --- Output -------------------------------------------------------------------------------------------------------
 
-unsigned shown_pixel(Window *window, int x, int y) {
-    return grab(window).pixel(x, y) & 0xffffff;
-}
-
-std::vector<unsigned> shown_row(Window *window, int x, int y, int count) {
-    const QImage image = grab(window);
-    std::vector<unsigned> row;
-    for (int i = 0; i < count; ++i)
-        row.push_back(image.pixel(x + i, y) & 0xffffff);
-    return row;
-}
-
-void expose(Window *window, GuiRect area) {
+std::vector<unsigned> shown_pixels(Window *window, GuiRect area) {
     settle();
-    drawing_area(window)->repaint(area.left, area.top, area.width, area.height);
+    const QImage image = drawing_area(window)->grab(QRect(area.left, area.top, area.width, area.height)).toImage();
+    std::vector<unsigned> pixels;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            pixels.push_back(image.pixel(x, y) & 0xffffff);
+    }
+    return pixels;
+}
+
+unsigned shown_pixel(Window *window, int x, int y) {
+    return shown_pixels(window, {x, y, 1, 1}).at(0);
 }
 
 unsigned document_background(const Window *window) {
     return drawing_area(window)->palette().color(QPalette::Base).rgb() & 0xffffff;
 }
 
+bool has_scroll_bars(const Window *window) {
+    return window->client->horizontalScrollBar()->isVisible() || window->client->verticalScrollBar()->isVisible();
+}
+
+GuiRect place_on_screen(const Window *window) {
+    const QRect place = window->frame->frameGeometry();
+    return {place.x(), place.y(), place.width(), place.height()};
+}
+
+bool pointer_is_busy() {
+    return QGuiApplication::overrideCursor() != nullptr;
+}
+
 // --- Boxes --------------------------------------------------------------------------------------------------------
+
+void when_idle(std::function<void()> action) {
+    QTimer::singleShot(0, qApp, std::move(action));
+}
 
 std::string shown_box_text() {
     const auto *box = shown_box<QMessageBox>();
@@ -277,18 +293,14 @@ bool close_box() {
     return box != nullptr;
 }
 
-bool answer_file_dialog(const std::string &path) {
+bool answer_file_dialog(const std::string &name) {
     auto *dialog = shown_box<QFileDialog>();
     auto *line = dialog ? dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")) : nullptr;
     if (!line)
         return false;
-    line->setText(QString::fromStdString(path));
+    line->setText(QString::fromStdString(name));
     QTest::keyClick(line, Qt::Key_Return);
     return true;
-}
-
-void when_idle(std::function<void()> action) {
-    QTimer::singleShot(0, qApp, std::move(action));
 }
 
 // --- Responder ----------------------------------------------------------------------------------------------------

@@ -1,12 +1,10 @@
 // Drives real windows on the offscreen platform: real events in, pixels and state out.
 #pragma once
 
-#include "base/pixel_image.h"
 #include "gui/gui.h"
 
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 // Runs `body` in the event loop of an application with this task window, then quits. Returns gui_run's answer.
@@ -41,25 +39,28 @@ bool use_control(Window *window, int control);
 void close_window(Window *window);
 void resize_window(Window *window, int width, int height);
 bool window_shown(const Window *window);
+std::string title_on_screen(const Window *window);
 
-// What the window shows, as the user would see it; as 0xRRGGBB.
+// Repaints this part of the client area, no more, and returns its pixels row by row as 0xRRGGBB.
+std::vector<unsigned> shown_pixels(Window *window, GuiRect area);
 unsigned shown_pixel(Window *window, int x, int y);
-std::vector<unsigned> shown_row(Window *window, int x, int y, int count);
-// Repaints just this part.
-void expose(Window *window, GuiRect area);
 unsigned document_background(const Window *window);
+bool has_scroll_bars(const Window *window);
+GuiRect place_on_screen(const Window *window);
+bool pointer_is_busy();
 
 // Asks the application to quit, as the session does.
 void ask_to_quit();
 
-// The text of the message box or dialog that is shown, and a press on its button; empty and false when there is none.
+// Calls `action` from the event loop, which is the one that a box or dialog runs when one is shown next.
+void when_idle(std::function<void()> action);
+// The text of the message box that is shown, and a press on one of its buttons; empty and false when there is none.
 std::string shown_box_text();
 bool press_box_button(const std::string &text);
+// Escape in the box or dialog that is shown; false when there is none.
 bool close_box();
-// Types a path into the file dialog that is shown and accepts it.
-bool answer_file_dialog(const std::string &path);
-// Calls `action` in the event loop that a box or dialog runs.
-void when_idle(std::function<void()> action);
+// Types a name into the file dialog that is shown and accepts it; false when there is none.
+bool answer_file_dialog(const std::string &name);
 
 // Answers from a script and records what was shown. A question or dialog that the script does not foresee is closed
 // without an answer and recorded too.

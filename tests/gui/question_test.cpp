@@ -1,0 +1,136 @@
+#include "gui/arguments.h"
+#include "gui/long_text.h"
+#include "support/scratch.h"
+#include "support/window_driver.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace {
+
+constexpr int TASK = 9001;
+using Buttons = std::vector<std::string>;
+
+void run(std::function<void()> body) {
+    EXPECT_EQ(run_gui_test(TASK, nullptr, std::move(body)), 0);
+}
+
+TEST(Questions, TheButtonChosenIsReturned) {
+    run([] {
+        const auto ask = [](const Buttons &buttons, const std::function<bool()> &use) {
+            when_idle([&] { EXPECT_TRUE(use()); });
+            return gui_question("Replace <b>a & b</b>?", buttons);
+        };
+        const auto press = [](const char *text) { return [=] { return press_box_button(text); }; };
+        EXPECT_EQ(ask({"Cancel", "Replace"}, press("Replace")), 1);
+        EXPECT_EQ(ask({"Cancel", "Replace"}, press("Cancel")), 0);
+        EXPECT_EQ(ask({"Replace", "Cancel"}, close_box), 1) << "Escape declines where a button does";
+        EXPECT_EQ(ask({"Yes", "No", "Later"}, close_box), 1);
+        EXPECT_EQ(ask({"Display", "Skip"}, close_box), -1);
+        EXPECT_EQ(ask({"One"}, close_box), -1);
+        when_idle([] {
+            EXPECT_EQ(shown_box_text(), "<b>bold?</b>\nsecond line");
+            EXPECT_TRUE(close_box());
+        });
+        gui_error("<b>bold?</b>\nsecond line");
+    });
+}
+
+TEST(Questions, LongTextsAreCutAndBrokenToFit) {
+    const auto fitted = [](const QString &text) { return fit_text(text); };
+    EXPECT_EQ(fitted("short\ntext").text, "short\ntext");
+    EXPECT_FALSE(fitted("short\ntext").cut);
+    const QString path = QString(200, 'x');
+    EXPECT_FALSE(fitted(path).cut);
+    EXPECT_EQ(fitted(path).text.count(QChar(0x200b)), 2) << "places to break at";
+    EXPECT_EQ(fitted(path).text.remove(QChar(0x200b)), path);
+    EXPECT_TRUE(fitted(QString("line\n").repeated(1000)).cut);
+    EXPECT_LE(fitted(QString("line\n").repeated(1000)).text.count('\n'), 30);
+    EXPECT_TRUE(fitted(QString("word ").repeated(10000)).cut);
+}
+
+TEST(Questions, FileDialogsNameFiles) {
+    const ScratchFolder scratch;
+    scratch.write("a b.lbl", "");
+    const std::string folder = scratch.path().string();
+    run([&] {
+        FileSpec chosen;
+        const FileRequest request{"Open file:", {folder, ""}, ""};
+        when_idle([] { EXPECT_TRUE(answer_file_dialog("a b.lbl")); });
+        EXPECT_EQ(gui_open_file(request, &chosen), FileAnswer::Ok);
+        EXPECT_EQ(chosen.directory, folder);
+        EXPECT_EQ(chosen.name, "a b.lbl");
+        when_idle([] { EXPECT_TRUE(close_box()); });
+        EXPECT_EQ(gui_open_file(request, &chosen), FileAnswer::Cancel);
+
+        // The extension is added; whether to replace the file is the program's question.
+        when_idle([] { EXPECT_TRUE(answer_file_dialog("a b")); });
+        EXPECT_EQ(gui_save_file({"Save file as:", {folder, "x.lbl"}, "lbl"}, &chosen), FileAnswer::Ok);
+        EXPECT_EQ(chosen.name, "a b.lbl");
+        EXPECT_EQ(chosen.directory, folder);
+    });
+}
+
+TEST(Questions, AnInstalledResponderAnswersInstead) {
+    ScriptedResponder responder;
+    responder.answers = {1};
+    responder.files = {{"/data", "x.lbl"}, {"/data", ""}};
+    FileSpec chosen;
+    EXPECT_EQ(gui_question("Go?", {"Cancel", "Go"}), 1);
+    EXPECT_EQ(gui_question("Again?", {"No", "Yes"}), -1);
+    EXPECT_EQ(gui_save_file({"Save file as:", {"", "y.lbl"}, "lbl"}, &chosen), FileAnswer::Ok);
+    EXPECT_EQ(chosen.name, "x.lbl");
+    EXPECT_EQ(gui_open_file({"Open", {}, ""}, &chosen), FileAnswer::Bad);
+    EXPECT_EQ(gui_open_file({"Open", {}, ""}, &chosen), FileAnswer::Cancel);
+    gui_warning("Careful");
+    EXPECT_EQ(responder.shown, (Buttons{"question: Go? [Cancel|Go]", "question: Again? [No|Yes]",
+                                        "save: Save file as:", "open: Open", "open: Open", "warning: Careful"}));
+}
+
+TEST(CommandLine, TheToolkitsOptionsAreNotTheProgrammes) {
+    const auto split = [](Buttons words) {
+        std::vector<char *> argv;
+        for (std::string &word : words)
+            argv.push_back(word.data());
+        const Arguments arguments = split_arguments(static_cast<int>(argv.size()), argv.data());
+        std::string text;
+        for (int i = 1; i < arguments.program_count(); ++i)
+            text.append(arguments.program[static_cast<size_t>(i)]).append(" ");
+        text.append("|");
+        for (int i = 1; i < arguments.toolkit_count(); ++i)
+            text.append(" ").append(arguments.toolkit[static_cast<size_t>(i)]);
+        return text.append(" = ").append(arguments.toolkit_value("platform"));
+    };
+    EXPECT_EQ(split({"lumacart"}), "| = ");
+    EXPECT_EQ(split({"lumacart", "-platform", "xcb", "A.LBL"}), "A.LBL | -platform xcb = xcb");
+    EXPECT_EQ(split({"lumacart", "A.LBL", "--platform=xcb", "B"}), "A.LBL B | --platform=xcb = xcb");
+    EXPECT_EQ(split({"lumacart", "--help", "-reverse", "-x"}), "--help -x | -reverse = ");
+    EXPECT_EQ(split({"lumacart", "-", "-platform"}), "- | -platform = ");
+}
+
+TEST(CommandLine, ThePlatformAddsItsArgumentBehindTheUsers) {
+    char name[] = "lumacart", file[] = "A.LBL", option[] = "-reverse";
+    char *argv[] = {name, option, file, nullptr};
+    EXPECT_EQ(gui_main(3, argv,
+                       [](int argc, char **arguments) {
+                           EXPECT_STREQ(arguments[1], "A.LBL");
+                           EXPECT_EQ(arguments[argc], nullptr);
+                           return argc;
+                       }),
+              3);
+    EXPECT_EQ(gui_main(1, argv, [](int argc, char **) { return argc; }), 2);
+}
+
+TEST(CommandLine, WithoutADisplayTheProgramSaysSo) {
+    for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "WAYLAND_SOCKET", "QT_QPA_PLATFORM"})
+        unsetenv(variable);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(gui_run("Lumacart", TASK, nullptr), 1);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Lumacart: there is no display"), std::string::npos);
+    setenv("DISPLAY", ":4711", 1);
+    EXPECT_EXIT(gui_run("Lumacart", TASK, nullptr), testing::ExitedWithCode(1), "no Qt platform plugin");
+}
+
+}  // namespace
