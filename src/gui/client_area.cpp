@@ -140,17 +140,18 @@ bool ClientArea::scroll_by_key(int key) {
 
 // --- Size ---------------------------------------------------------------------------------------------------------
 
-void ClientArea::set_wanted_size(QSize size) {
-    wanted_ = size;
+void ClientArea::set_size_hint(QSize size) {
+    size_hint_ = size;
     // Every layout between here and the window remembers the last hint.
     for (QWidget *widget = this; widget && !widget->isWindow(); widget = widget->parentWidget())
         widget->updateGeometry();
 }
 
 QSize ClientArea::sizeHint() const {
-    return wanted_.isValid() ? wanted_ + QSize(2 * frameWidth(), 2 * frameWidth()) : QAbstractScrollArea::sizeHint();
+    return size_hint_.isValid() ? size_hint_ : QAbstractScrollArea::sizeHint();
 }
 
+// What the scroll bars that the content needs take from the area.
 QSize ClientArea::scroll_bars_at(QSize shown) const {
     const bool framed = style()->styleHint(QStyle::SH_ScrollView_FrameOnlyAroundContents, nullptr, this);
     const int space = framed ? style()->pixelMetric(QStyle::PM_ScrollView_ScrollBarSpacing, nullptr, this) : 0;
@@ -159,10 +160,14 @@ QSize ClientArea::scroll_bars_at(QSize shown) const {
 }
 
 QSize ClientArea::viewport_size_in(QSize area) const {
-    const QSize whole = area - QSize(2 * frameWidth(), 2 * frameWidth());
+    const QSize whole = area - frame_size();
     // The bar that one direction needs can make the other direction need one.
     const QSize first = whole - scroll_bars_at(whole);
     return (whole - scroll_bars_at(first)).expandedTo({0, 0});
+}
+
+QSize ClientArea::size_for_viewport(QSize shown) const {
+    return shown + scroll_bars_at(shown) + frame_size();
 }
 
 void ClientArea::resizeEvent(QResizeEvent *) {

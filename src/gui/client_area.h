@@ -20,13 +20,12 @@ class ClientArea final : public QAbstractScrollArea {
     // Scrolls if the key is one that does.
     bool scroll_by_key(int key);
 
-    // Size of the viewport that the area would like.
-    void set_wanted_size(QSize size);
+    // The size that layouts are told; an invalid one restores the ordinary one.
+    void set_size_hint(QSize size);
     QSize sizeHint() const override;
-    // Size of the viewport once the area itself has this size.
+    // Size of the viewport once the area itself has this size, and of the area for a viewport of this size.
     QSize viewport_size_in(QSize area) const;
-    // What the scroll bars take from a viewport that is to be this large.
-    QSize scroll_bars_at(QSize viewport) const;
+    QSize size_for_viewport(QSize viewport) const;
 
   protected:
     bool event(QEvent *event) override;
@@ -43,12 +42,14 @@ class ClientArea final : public QAbstractScrollArea {
 
   private:
     void update_scroll_bars();
+    QSize scroll_bars_at(QSize viewport) const;
+    QSize frame_size() const { return {2 * frameWidth(), 2 * frameWidth()}; }
     void zoom_by_wheel(const QWheelEvent &event);
     void scroll_by_wheel(const QWheelEvent &event);
 
     Window *window_ = nullptr;
     QSize content_;
-    QSize wanted_;
+    QSize size_hint_;
     int step_ = 16;
     bool moving_ = false;    // both scroll bars, in one step
     int zoom_angle_ = 0;     // of the wheel, not yet a whole notch

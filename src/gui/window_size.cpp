@@ -26,8 +26,10 @@ QWidget *central_widget(const Window &window) {
 QSize surroundings(const Window &window) {
     constexpr QSize large(8192, 8192);
     window.frame->ensurePolished();
-    window.client->set_wanted_size(large);
-    return window.frame->sizeHint() - window.client->sizeHint();
+    window.client->set_size_hint(large);
+    const QSize around = window.frame->sizeHint() - large;
+    window.client->set_size_hint({});
+    return around;
 }
 
 // What the desktop puts around a window; a guess before it has done so.
@@ -63,8 +65,7 @@ void gui_set_client_size(Window *window, GuiSize size) {
     const QSize screen = frame->screen()->availableGeometry().size();
     const QSize around = surroundings(*window);
     const QSize wanted = QSize(size.width, size.height).boundedTo(screen - QSize(SCREEN_MARGIN, SCREEN_MARGIN));
-    window->client->set_wanted_size(wanted + window->client->scroll_bars_at(wanted));
-    const QSize whole = window->client->sizeHint() + around;
+    const QSize whole = window->client->size_for_viewport(wanted) + around;
     frame->resize(whole.boundedTo(screen - decoration(*frame)));
     if (frame->isVisible())
         keep_on_screen(frame);
