@@ -1,0 +1,71 @@
+#include "odl/line_reader.h"
+
+#include "odl/characters.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+namespace {
+
+constexpr size_t buffer_size = size_t{1} << 16;
+constexpr ptrdiff_t longest_piece = 255;
+// With this much in the buffer a piece and its line end can be taken without another look at the file.
+constexpr ptrdiff_t look_ahead = longest_piece + 2;
+
+}  // namespace
+
+odl::LineReader::LineReader(FILE *file)
+    : file_(file), buffer_(buffer_size), position_(buffer_.data()), end_(buffer_.data()) {}
+
+odl::LineReader::LineReader(std::string_view text)
+    : position_(text.data()), end_(text.data() + text.size()), at_end_of_file_(true) {}
+
+// Moves what is left to the front of the buffer and reads until it is full or the file ends.
+void odl::LineReader::fill() {
+    const auto left = static_cast<size_t>(end_ - position_);
+    memmove(buffer_.data(), position_, left);
+    const size_t got = fread(buffer_.data() + left, 1, buffer_size - left, file_);
+    at_end_of_file_ = got < buffer_size - left;
+    position_ = buffer_.data();
+    end_ = position_ + left + got;
+}
+
+// Passes over one line end, if there is one.
+bool odl::LineReader::take_line_end() {
+    if (position_ == end_ || !(marks_of(*position_) & MARK_LINE_END))
+        return false;
+    const bool is_return = *position_++ == '\r';
+    if (is_return && position_ != end_ && *position_ == '\n')
+        ++position_;
+    return true;
+}
+
+void odl::LineReader::skip_line_ends() {
+    while (take_line_end())
+        ++line_number_;
+}
+
+bool odl::LineReader::next(Line &line) {
+    if (end_ - position_ < look_ahead && !at_end_of_file_)
+        fill();
+    if (!file_ && !within_line_)
+        skip_line_ends();
+    if (position_ == end_)
+        return false;
+    if (!within_line_)
+        ++line_number_;
+
+    const char *start = position_;
+    const char *limit = start + std::min(end_ - start, longest_piece);
+    unsigned marks = 0;
+    while (position_ != limit && !(marks_of(*position_) & MARK_LINE_END))
+        marks |= marks_of(*position_++);
+    line.text = {start, static_cast<size_t>(position_ - start)};
+    line.marks = static_cast<uint16_t>(marks);
+    if (marks & MARK_NUL)
+        line.text = line.text.substr(0, line.text.find('\0'));
+    // Taken at once, so that a line of exactly 255 bytes has no second, empty piece.
+    within_line_ = !take_line_end();
+    return true;
+}
