@@ -1,0 +1,291 @@
+#include "oa/stream.h"
+
+#include "support/scratch.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace std::string_literals;
+
+class Stream : public testing::Test {
+  protected:
+    Stream() {
+        oa_errno = 0;
+        error_string.clear();
+        Oa_message_fptr = messages_;
+    }
+    ~Stream() override {
+        Oa_message_fptr = nullptr;
+        fclose(messages_);
+    }
+
+    OaStreamPtr open(std::string_view bytes, int record_type, int64_t record_bytes = 0) {
+        return OaStreamPtr(OalOpenStream(folder_.write("FILE.DAT", bytes).c_str(), record_type, record_bytes, 0, "r"));
+    }
+    // One read into the stream's own buffer; the result's text stays in `unit_`.
+    int read(OaStream *stream, int64_t count = 0, int64_t start = -1) {
+        char *buffer = nullptr;
+        int64_t length = 0;
+        const int result = OalReadStream(stream, count, &buffer, start, &length);
+        unit_.assign(buffer ? buffer : "", static_cast<size_t>(length));
+        return result;
+    }
+    std::vector<std::string> read_all(OaStream *stream) {
+        std::vector<std::string> units;
+        while (read(stream) == 0)
+            units.push_back(unit_);
+        return units;
+    }
+
+    ScratchFolder folder_;
+    FILE *messages_ = tmpfile();
+    std::string unit_;
+};
+
+// Records of the given texts behind their lengths, padded to even length.
+std::string variable_records(const std::vector<std::string> &records) {
+    std::string bytes;
+    for (const std::string &record : records) {
+        bytes += static_cast<char>(record.size() & 0xFF);
+        bytes += static_cast<char>(record.size() >> 8);
+        bytes += record;
+        if (record.size() % 2)
+            bytes += '\0';
+    }
+    return bytes;
+}
+
+TEST_F(Stream, OpeningRefusesWithTheCodeOfTheReason) {
+    const std::string path = folder_.write("FILE.DAT", "content");
+    const std::string tiny = folder_.write("TINY.DAT", "12345");
+    const std::string pipe = folder_.file("PIPE");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const struct {
+        const char *name;
+        int record_type;
+        const char *mode;
+        int code;
+        std::string text;
+    } cases[] = {
+        {nullptr, 1, "r", 501, "OalOpenStream: filename is NULL"},
+        {path.c_str(), 5, "r", 502, "OalOpenStream: invalid record_type: 5."},
+        {path.c_str(), -1, "r", 502, "OalOpenStream: invalid record_type: -1."},
+        {path.c_str(), 1, "a", 502, "OalOpenStream: read_write_mode must be \"r\" or \"w\"."},
+        {path.c_str(), 0, "w", 520,
+         "OalOpenStream: can't create a file for write when record_type\nis OA_UNKNOWN_RECORD_TYPE "},
+        {"/no/such/file", 0, "r", 700, "OalOpenStream: couldn't open /no/such/file "},
+        {folder_.path().c_str(), 0, "r", 700, "OalOpenStream: couldn't open " + folder_.path().string() + " "},
+        {pipe.c_str(), 4, "r", 700, "OalOpenStream: couldn't open " + pipe + " "},
+        {tiny.c_str(), 0, "r", 700, "OalOpenStream: FREAD() failed to read 6 bytes to determine actual record type."},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(OalOpenStream(c.name, c.record_type, 10, 0, c.mode), nullptr);
+        EXPECT_EQ(oa_errno, c.code) << c.text;
+        EXPECT_EQ(error_string, c.text);
+    }
+}
+
+TEST_F(Stream, OtherNamesOfTheFileAreTriedAndNotedSilently) {
+    const struct {
+        const char *on_disk, *asked;
+    } cases[] = {{"A.IMG;1", "A.IMG"}, {"b.img", "B.IMG"}, {"Only.Here", "missing/Only.Here"}};
+    const std::string before = std::filesystem::current_path();
+    for (const auto &c : cases) {
+        folder_.write(c.on_disk, "content");
+        const bool in_working_folder = std::string_view(c.asked).find('/') != std::string_view::npos;
+        std::filesystem::current_path(in_working_folder ? folder_.path().string() : before);
+        const std::string asked = in_working_folder ? c.asked : folder_.file(c.asked);
+        const OaStreamPtr stream(OalOpenStream(asked.c_str(), OA_UNDEFINED, 0, 0, "r"));
+        std::filesystem::current_path(before);
+        ASSERT_TRUE(stream) << c.asked;
+        EXPECT_EQ(stream->file_name, in_working_folder ? c.on_disk : folder_.file(c.on_disk));
+        EXPECT_EQ(oa_errno, 950);
+        EXPECT_EQ(error_string, "OalOpenStream: couldn't open " + asked + ", but opened " + stream->file_name);
+    }
+    EXPECT_EQ(ftell(messages_), 0);
+}
+
+TEST_F(Stream, UnknownRecordTypesAreDecidedFromTheFirstBytes) {
+    const struct {
+        std::string bytes;
+        int type;
+        int64_t record_bytes;
+    } cases[] = {{"GIF89a..", OA_GIF, 1024},
+                 {"GIF87a..", OA_GIF, 1024},
+                 {"\x04\0ABCD"s, OA_VARIABLE_LENGTH, 1022},
+                 {"T\0EXT.."s, OA_VARIABLE_LENGTH, 1022},
+                 {"KRV_VERSION_ID", OA_STREAM, 1024}};
+    for (const auto &c : cases) {
+        const OaStreamPtr stream = open(c.bytes, OA_UNKNOWN_RECORD_TYPE);
+        ASSERT_TRUE(stream) << c.bytes;
+        EXPECT_EQ(stream->record_type, c.type);
+        EXPECT_EQ(stream->record_bytes, c.record_bytes);
+        EXPECT_EQ(stream->flags, OA_IS_SEEKABLE);
+        EXPECT_EQ(ftello(stream->file.get()), 0);
+    }
+}
+
+TEST_F(Stream, LinesKeepTheirEnds) {
+    const std::string longest(1023, 'x');
+    const struct {
+        std::string bytes;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {"A\r\nB\r\n", {"A\r\n", "B\r\n"}},
+        {"A\n\nB", {"A\n", "\n", "B"}},
+        {"A\r\n\r\nB\n\r", {"A\r\n", "\r\n", "B\n\r"}},
+        {"A\rB\r\rC", {"A\r", "B\r", "\r", "C"}},
+        {"A\0B\nC"s, {"A\0B\n"s, "C"}},
+        {longest + "yz\n", {longest, "yz\n"}},
+        {"", {}},
+    };
+    for (const auto &c : cases) {
+        const OaStreamPtr stream = open(c.bytes, OA_STREAM);
+        ASSERT_TRUE(stream);
+        EXPECT_EQ(read_all(stream.get()), c.lines);
+        EXPECT_EQ(stream->current_position, static_cast<int64_t>(c.bytes.size()));
+    }
+    const OaStreamPtr stream = open("first\nsecond\nthird\n", OA_STREAM);
+    EXPECT_EQ(read(stream.get(), 0, 6), 0);
+    EXPECT_EQ(unit_, "second\n");
+    EXPECT_EQ(read(stream.get(), 0, 1), 0);
+    EXPECT_EQ(unit_, "irst\n");
+}
+
+TEST_F(Stream, FixedRecords) {
+    const OaStreamPtr stream = open("AAAABBBBCCCCDD", OA_FIXED_LENGTH, 4);
+    EXPECT_EQ(read(stream.get()), 0);
+    EXPECT_EQ(unit_, "AAAA");
+    EXPECT_EQ(read(stream.get(), 2), 0);
+    EXPECT_EQ(unit_, "BB");
+    EXPECT_EQ(read(stream.get()), 0) << "the rest of the record";
+    EXPECT_EQ(unit_, "BB");
+    EXPECT_EQ(read(stream.get(), 100), 0) << "no more than the stream's own buffer holds";
+    EXPECT_EQ(unit_, "CCCC");
+    EXPECT_EQ(read(stream.get()), 1);
+    EXPECT_EQ(unit_, "DD") << "what a file that ends early still had";
+    EXPECT_EQ(read(stream.get(), 0, 1), 0);
+    EXPECT_EQ(unit_, "AAA");
+
+    char own[14] = {};
+    char *buffer = own;
+    int64_t length = 0;
+    EXPECT_EQ(OalReadStream(stream.get(), 14, &buffer, 0, &length), 0);
+    EXPECT_EQ(std::string(own, 14), "AAAABBBBCCCCDD");
+
+    for (const int64_t no_length : {int64_t{0}, int64_t{-5}})
+        EXPECT_EQ(open("content", OA_FIXED_LENGTH, no_length)->record_type, OA_UNDEFINED);
+    const OaStreamPtr absurd = open("content", OA_FIXED_LENGTH, INT64_MAX);
+    ASSERT_TRUE(absurd);
+    EXPECT_EQ(read(absurd.get()), 1);
+    EXPECT_EQ(unit_, "content");
+}
+
+TEST_F(Stream, FixedRecordsMayDeliverALineFeedAtTheirEnd) {
+    const OaStreamPtr stream = open("one  two  ", OA_FIXED_LENGTH, 5);
+    stream->flags |= OA_LINE_FEED_AT_END;
+    EXPECT_EQ(read(stream.get()), 0);
+    EXPECT_EQ(unit_, "one \n");
+    const OaStreamPtr bytes = open("ab", OA_FIXED_LENGTH, 1);
+    bytes->flags |= OA_LINE_FEED_AT_END;
+    EXPECT_EQ(read_all(bytes.get()).size(), 2u);
+}
+
+TEST_F(Stream, VariableLengthRecords) {
+    const OaStreamPtr stream = open(variable_records({"odd", "even", "", "last!"}), OA_VARIABLE_LENGTH, 10);
+    EXPECT_EQ(read_all(stream.get()), (std::vector<std::string>{"odd", "even", "", "last!"}));
+    EXPECT_EQ(stream->current_position, 4);
+
+    std::string unpadded = variable_records({"abc"});
+    unpadded.pop_back();
+    EXPECT_EQ(read_all(open(unpadded, OA_VARIABLE_LENGTH, 10).get()), std::vector<std::string>{"abc"});
+
+    const OaStreamPtr too_long = open(variable_records({"four", "eleven chars"}), OA_VARIABLE_LENGTH, 10);
+    EXPECT_EQ(read(too_long.get()), 0);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(read(too_long.get()), -1) << "also when asked again";
+        EXPECT_EQ(oa_errno, 700);
+        EXPECT_EQ(error_string,
+                  "OalReadStream: invalid current variable-length record size: 12\n stream_id->record_bytes = 10, "
+                  " stream_id->current_position = 1.");
+    }
+    EXPECT_EQ(read(too_long.get(), 0, 5), -1);
+    EXPECT_EQ(error_string, "OalReadStream: OalSeek returned error: 700.");
+
+    EXPECT_EQ(read(open("\xff\xff....", OA_VARIABLE_LENGTH, 0).get()), -1) << "a negative length";
+    EXPECT_EQ(read(open("\x09\x00cut"s, OA_VARIABLE_LENGTH, 0).get()), 1);
+}
+
+TEST_F(Stream, VariableLengthRecordsAreReachedInAnyOrder) {
+    std::vector<std::string> records;
+    for (int i = 0; i < 1000; ++i)
+        records.push_back(std::to_string(i) + std::string(static_cast<size_t>(i % 7), '.'));
+    const OaStreamPtr stream = open(variable_records(records), OA_VARIABLE_LENGTH, 100);
+    for (const int64_t record : {999, 0, 128, 127, 64, 63, 500, 501, 65, 998, 320}) {
+        ASSERT_EQ(read(stream.get(), 0, record), 0) << record;
+        EXPECT_EQ(unit_, records[static_cast<size_t>(record)]);
+    }
+    EXPECT_EQ(OalSeek(stream.get(), 1001), 700);
+    EXPECT_EQ(error_string, "OalSeek: FREAD error; didn't read 2 bytes.");
+}
+
+TEST_F(Stream, UndefinedFilesAreRunsOfBytes) {
+    const OaStreamPtr stream = open(std::string(1500, 'x'), OA_UNDEFINED, 7);
+    EXPECT_EQ(read(stream.get()), 0);
+    EXPECT_EQ(unit_.size(), 1024u);
+    EXPECT_EQ(read(stream.get(), 4000), 0);
+    EXPECT_EQ(unit_.size(), 476u);
+    EXPECT_EQ(read(stream.get()), 1);
+    EXPECT_EQ(read(stream.get(), 10, 1495), 0);
+    EXPECT_EQ(unit_.size(), 5u);
+}
+
+TEST_F(Stream, WithoutSeekingOnlyForward) {
+    const OaStreamPtr stream = open("0123456789", OA_UNDEFINED);
+    stream->flags = 0;
+    EXPECT_EQ(read(stream.get(), 2, 5), 0);
+    EXPECT_EQ(unit_, "56");
+    EXPECT_EQ(OalSeek(stream.get(), 3), 520);
+    EXPECT_EQ(error_string, "OalSeek: can't seek backwards because OA_IS_SEEKABLE bit in stream_id->flags isn't set");
+    EXPECT_EQ(OalSeek(stream.get(), 12), 700);
+    EXPECT_EQ(error_string, "OalSeek: FREAD error; didn't read 2 bytes.");
+}
+
+TEST_F(Stream, PositionsBeyondFourGigabytes) {
+    constexpr int64_t far = (int64_t{5} << 30) + 3;
+    const std::string path = folder_.write("SPARSE.DAT", "");
+    FILE *file = fopen(path.c_str(), "wb");
+    fseeko(file, far, SEEK_SET);
+    fputs("HERE", file);
+    fclose(file);
+    for (const int type : {OA_FIXED_LENGTH, OA_STREAM, OA_UNDEFINED}) {
+        const OaStreamPtr stream(OalOpenStream(path.c_str(), type, 1 << 20, 0, "r"));
+        ASSERT_TRUE(stream);
+        EXPECT_EQ(read(stream.get(), 4, far), 0);
+        EXPECT_EQ(unit_, "HERE");
+        EXPECT_EQ(stream->current_position, far + 4);
+    }
+}
+
+TEST_F(Stream, MissingArguments) {
+    const OaStreamPtr stream = open("content", OA_UNDEFINED);
+    char *buffer = nullptr;
+    int64_t length = 0;
+    EXPECT_EQ(OalReadStream(nullptr, 0, &buffer, -1, &length), -1);
+    EXPECT_EQ(error_string, "OalReadStream: stream_id is NULL.");
+    EXPECT_EQ(OalReadStream(stream.get(), 0, nullptr, -1, &length), -1);
+    EXPECT_EQ(error_string, "OalReadStream: buf_ptr is NULL.");
+    EXPECT_EQ(OalReadStream(stream.get(), 0, &buffer, -1, nullptr), -1);
+    EXPECT_EQ(error_string, "OalReadStream: bytes_read is NULL.");
+    EXPECT_EQ(oa_errno, 501);
+    EXPECT_EQ(OalSeek(nullptr, 0), 501);
+}
+
+}  // namespace
