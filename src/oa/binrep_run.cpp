@@ -102,26 +102,19 @@ template <typename T>
     return value;
 }
 
-// Values pass through a block on the stack: the compiler then knows that source and destination are apart, also when
-// they are one buffer, and uses vectors.
-constexpr int64_t block_values = 128;
-
 template <typename Kernel>
 [[gnu::always_inline]] inline void convert_values(const uint8_t *src, uint8_t *dst, int64_t count) {
-    typename Kernel::Src from[block_values];
-    typename Kernel::Dst to[block_values];
-    while (count >= block_values) {
-        memcpy(from, src, sizeof(from));
-        for (int64_t i = 0; i < block_values; ++i)
-            to[i] = Kernel::item(from[i]);
-        memcpy(dst, to, sizeof(to));
-        src += sizeof(from);
-        dst += sizeof(to);
-        count -= block_values;
-    }
+    using Src = typename Kernel::Src;
+    using Dst = typename Kernel::Dst;
+    // Source and destination are apart or one and the same, so that no value written is one still to be read: said
+    // here, as the compiler would otherwise leave the vectors where the two are one. (clang makes an error of a promise
+    // that it does not use.)
+#ifndef __clang__
+#pragma GCC ivdep
+#endif
     for (int64_t i = 0; i < count; ++i) {
-        const auto value = Kernel::item(load<typename Kernel::Src>(src + i * int64_t{sizeof(from[0])}));
-        memcpy(dst + i * int64_t{sizeof(to[0])}, &value, sizeof(value));
+        const Dst value = Kernel::item(load<Src>(src + i * int64_t{sizeof(Src)}));
+        memcpy(dst + i * int64_t{sizeof(Dst)}, &value, sizeof(Dst));
     }
 }
 
@@ -137,12 +130,13 @@ template <typename Kernel>
 struct LoopWithSpecials {
     [[gnu::always_inline]] static void run(const BinrepPlan &plan, const uint8_t *src, uint8_t *dst, int64_t count) {
         using Src = typename Kernel::Src;
+        constexpr int64_t block_values = 128;
         while (count > 0) {
             const int64_t values = std::min(count, block_values);
-            bool special = false;
+            Src specials = 0;
             for (int64_t i = 0; i < values; ++i)
-                special |= Kernel::special(load<Src>(src + i * int64_t{sizeof(Src)}));
-            if (special)
+                specials |= Src{Kernel::special(load<Src>(src + i * int64_t{sizeof(Src)}))};
+            if (specials)
                 BinrepConvertByLayout(plan, src, dst, values);
             else
                 convert_values<Kernel>(src, dst, values);
@@ -154,7 +148,7 @@ struct LoopWithSpecials {
 };
 
 void copy_run(const BinrepPlan &plan, const uint8_t *src, uint8_t *dst, int64_t count) {
-    if (src != dst)
+    if (src != dst && count > 0)
         memcpy(dst, src, static_cast<size_t>(count) * plan.src->size);
 }
 
