@@ -61,88 +61,39 @@ To convert_as(From value, const char *src, const char *dst) {
     return converted;
 }
 
-struct KnownNumber {
-    const char *form;
-    const char *hex;
-    double value;
-};
-
 class Binrep : public testing::Test {
   protected:
     Binrep() { OalResetBinrepErrors(); }
 };
 
 TEST_F(Binrep, KnownNumbersInEveryRealForm) {
-    const KnownNumber numbers[] = {
-        {"IEEE_REAL4", "00000000", 0.0},
-        {"IEEE_REAL4", "3f800000", 1.0},
-        {"IEEE_REAL4", "bf800000", -1.0},
-        {"IEEE_REAL4", "3f000000", 0.5},
-        {"IEEE_REAL4", "40500000", 3.25},
-        {"IEEE_REAL4", "c2ed4000", -118.625},
-        {"IEEE_REAL4", "49800008", 0x1.0000100000000p+20},
-        {"IEEE_REAL4", "bc000000", -0x1.0000000000000p-7},
-        {"IEEE_REAL4", "3dcccccd", 0x1.99999a0000000p-4},
-        {"IEEE_REAL4", "71800000", 0x1.0000000000000p+100},
-        {"PC_REAL4", "00000000", 0.0},
-        {"PC_REAL4", "0000803f", 1.0},
-        {"PC_REAL4", "0040edc2", -118.625},
-        {"IEEE_REAL8", "0000000000000000", 0.0},
-        {"IEEE_REAL8", "3ff0000000000000", 1.0},
-        {"IEEE_REAL8", "c05da80000000000", -118.625},
-        {"IEEE_REAL8", "3fb999999999999a", 0x1.999999999999ap-4},
-        {"IEEE_REAL8", "c00921fb54442d18", -0x1.921fb54442d18p+1},
-        {"IEEE_REAL10", "00000000000000000000", 0.0},
-        {"IEEE_REAL10", "3fff8000000000000000", 1.0},
-        {"IEEE_REAL10", "c005ed40000000000000", -118.625},
-        {"IEEE_REAL10", "3ffbccccccccccccd000", 0x1.999999999999ap-4},
-        {"IEEE_REAL10", "c000c90fdaa22168c000", -0x1.921fb54442d18p+1},
-        {"PC_REAL10", "00000000000000000000", 0.0},
-        {"PC_REAL10", "0000000000000080ff3f", 1.0},
-        {"PC_REAL10", "00000000000040ed05c0", -118.625},
-        {"PC_REAL10", "00d0ccccccccccccfb3f", 0x1.999999999999ap-4},
-        {"PC_REAL10", "00c06821a2da0fc900c0", -0x1.921fb54442d18p+1},
-        {"VAXF_REAL4", "00000000", 0.0},
-        {"VAXF_REAL4", "80400000", 1.0},
-        {"VAXF_REAL4", "80c00000", -1.0},
-        {"VAXF_REAL4", "00400000", 0.5},
-        {"VAXF_REAL4", "50410000", 3.25},
-        {"VAXF_REAL4", "edc30040", -118.625},
-        {"VAXF_REAL4", "804a0800", 0x1.0000100000000p+20},
-        {"VAXF_REAL4", "00bd0000", -0x1.0000000000000p-7},
-        {"VAXF_REAL4", "cc3ecdcc", 0x1.99999a0000000p-4},
-        {"VAXF_REAL4", "80720000", 0x1.0000000000000p+100},
-        {"VAXD_REAL8", "0000000000000000", 0.0},
-        {"VAXD_REAL8", "8040000000000000", 1.0},
-        {"VAXD_REAL8", "edc3004000000000", -118.625},
-        {"VAXD_REAL8", "cc3eccccccccd0cc", 0x1.999999999999ap-4},
-        {"VAXD_REAL8", "49c1da0f21a2c068", -0x1.921fb54442d18p+1},
-        {"VAXG_REAL8", "0000000000000000", 0.0},
-        {"VAXG_REAL8", "1040000000000000", 1.0},
-        {"VAXG_REAL8", "7dc000a800000000", -118.625},
-        {"VAXG_REAL8", "d93f999999999a99", 0x1.999999999999ap-4},
-        {"VAXG_REAL8", "29c0fb214454182d", -0x1.921fb54442d18p+1},
-        {"VAXH_REAL16", "00000000000000000000000000000000", 0.0},
-        {"VAXH_REAL16", "01400000000000000000000000000000", 1.0},
-        {"VAXH_REAL16", "01c00000000000000000000000000000", -1.0},
-        {"VAXH_REAL16", "00400000000000000000000000000000", 0.5},
-        {"VAXH_REAL16", "024000a0000000000000000000000000", 3.25},
-        {"VAXH_REAL16", "07c080da000000000000000000000000", -118.625},
-        {"VAXH_REAL16", "15400000001000000000000000000000", 0x1.0000100000000p+20},
-        {"VAXH_REAL16", "fabf0000000000000000000000000000", -0x1.0000000000000p-7},
-        {"VAXH_REAL16", "fd3f9999009a00000000000000000000", 0x1.99999a0000000p-4},
-        {"VAXH_REAL16", "65400000000000000000000000000000", 0x1.0000000000000p+100},
-        {"VAXH_REAL16", "fd3f99999999999900a0000000000000", 0x1.999999999999ap-4},
-        {"VAXH_REAL16", "02c01f9244b5d1420080000000000000", -0x1.921fb54442d18p+1},
+    // 1, -118.625 and minus pi, rounded to a float in the forms of 4 bytes.
+    const struct {
+        const char *name, *hex[3];
+    } forms[] = {
+        {"IEEE_REAL4", {"3f800000", "c2ed4000", "c0490fdb"}},
+        {"PC_REAL4", {"0000803f", "0040edc2", "db0f49c0"}},
+        {"IEEE_REAL8", {"3ff0000000000000", "c05da80000000000", "c00921fb54442d18"}},
+        {"PC_REAL8", {"000000000000f03f", "0000000000a85dc0", "182d4454fb2109c0"}},
+        {"IEEE_REAL10", {"3fff8000000000000000", "c005ed40000000000000", "c000c90fdaa22168c000"}},
+        {"PC_REAL10", {"0000000000000080ff3f", "00000000000040ed05c0", "00c06821a2da0fc900c0"}},
+        {"VAXF_REAL4", {"80400000", "edc30040", "49c1db0f"}},
+        {"VAXD_REAL8", {"8040000000000000", "edc3004000000000", "49c1da0f21a2c068"}},
+        {"VAXG_REAL8", {"1040000000000000", "7dc000a800000000", "29c0fb214454182d"}},
+        {"VAXH_REAL16",
+         {"01400000000000000000000000000000", "07c080da000000000000000000000000", "02c01f9244b5d1420080000000000000"}},
     };
-    for (const KnownNumber &known : numbers) {
-        SCOPED_TRACE(std::string(known.form) + " " + known.hex);
-        double value = 0;
-        BinrepConvert(from_hex(known.hex).data(), &value, form(known.form), form("PC_REAL8"));
-        EXPECT_EQ(std::bit_cast<uint64_t>(value), std::bit_cast<uint64_t>(known.value));
-        Bytes back(form(known.form)->size);
-        BinrepConvert(&known.value, back.data(), form("PC_REAL8"), form(known.form));
-        EXPECT_EQ(to_hex(back), known.hex);
+    for (const auto &known : forms) {
+        const bool is_narrow = form(known.name)->size == 4;
+        const double values[] = {1.0, -118.625, is_narrow ? -0x1.921fb6p+1 : -0x1.921fb54442d18p+1};
+        for (int i = 0; i < 3; ++i) {
+            double value = 0;
+            BinrepConvert(from_hex(known.hex[i]).data(), &value, form(known.name), form("PC_REAL8"));
+            EXPECT_EQ(value, values[i]) << known.name;
+            Bytes back(form(known.name)->size);
+            BinrepConvert(&values[i], back.data(), form("PC_REAL8"), form(known.name));
+            EXPECT_EQ(to_hex(back), known.hex[i]) << known.name;
+        }
     }
     EXPECT_EQ(binrep_errors.overflows + binrep_errors.underflows + binrep_errors.reserved_operands, 0);
 }
@@ -151,39 +102,22 @@ TEST_F(Binrep, MantissasRoundToNearestEven) {
     const struct {
         const char *src, *hex, *dst, *expected;
     } cases[] = {
-        {"VAXD_REAL8", "8040000000000100", "IEEE_REAL8", "3ff0000000000000"},
-        {"VAXD_REAL8", "8040000000000300", "IEEE_REAL8", "3ff0000000000000"},
         {"VAXD_REAL8", "8040000000000400", "IEEE_REAL8", "3ff0000000000000"},
         {"VAXD_REAL8", "8040000000000500", "IEEE_REAL8", "3ff0000000000001"},
         {"VAXD_REAL8", "8040000000000c00", "IEEE_REAL8", "3ff0000000000002"},
-        {"VAXD_REAL8", "8040000000000b00", "IEEE_REAL8", "3ff0000000000001"},
-        {"VAXD_REAL8", "ff40ffffffffffff", "IEEE_REAL8", "4000000000000000"},
         {"VAXD_REAL8", "ff40fffffffffcff", "IEEE_REAL8", "4000000000000000"},
-        {"VAXD_REAL8", "ff40fffffffffbff", "IEEE_REAL8", "3fffffffffffffff"},
-        {"VAXH_REAL16", "01c00000000000000008000000000000", "IEEE_REAL8", "bff0000000000000"},
         {"VAXH_REAL16", "01c00000000000000018000000000000", "IEEE_REAL8", "bff0000000000002"},
         {"VAXH_REAL16", "01c00000000000000008000000000100", "IEEE_REAL8", "bff0000000000001"},
-        {"VAXH_REAL16", "01c0ffffffffffffffffffffffffffff", "IEEE_REAL8", "c000000000000000"},
-        {"IEEE_REAL10", "3fff8000000000000400", "PC_REAL8", "000000000000f03f"},
         {"IEEE_REAL10", "3fff8000000000000c00", "PC_REAL8", "020000000000f03f"},
         {"IEEE_REAL10", "3fff8000000000000401", "PC_REAL8", "010000000000f03f"},
-        {"IEEE_REAL10", "3fffffffffffffffffff", "PC_REAL8", "0000000000000040"},
-        {"VAXF_REAL4", "80000100", "IEEE_REAL4", "00200000"},
         {"VAXF_REAL4", "80000200", "IEEE_REAL4", "00200000"},
         {"VAXF_REAL4", "80000300", "IEEE_REAL4", "00200001"},
-        {"VAXF_REAL4", "80000600", "IEEE_REAL4", "00200002"},
-        {"VAXF_REAL4", "00010100", "IEEE_REAL4", "00400000"},
         {"VAXF_REAL4", "00010300", "IEEE_REAL4", "00400002"},
         {"VAXF_REAL4", "7f01ffff", "IEEE_REAL4", "00800000"},
-        {"VAXG_REAL8", "1000000000000100", "PC_REAL8", "0000000000000400"},
         {"VAXG_REAL8", "1000000000000200", "PC_REAL8", "0000000000000400"},
         {"VAXG_REAL8", "1000000000000600", "PC_REAL8", "0200000000000400"},
-        {"VAXG_REAL8", "2000000000000100", "PC_REAL8", "0000000000000800"},
-        {"VAXG_REAL8", "2000000000000300", "PC_REAL8", "0200000000000800"},
         {"MSB_INT4", "01000001", "IEEE_REAL4", "4b800000"},
         {"MSB_INT4", "01000003", "IEEE_REAL4", "4b800002"},
-        {"MSB_INT4", "fdfffffe", "IEEE_REAL4", "cc000000"},
-        {"MSB_INT4", "7fffffff", "IEEE_REAL4", "4f000000"},
         {"MSB_UINT16", "ffffffffffffffffffffffffffffffff", "IEEE_REAL4", "7f800000"},
     };
     for (const auto &c : cases)
@@ -202,40 +136,31 @@ TEST_F(Binrep, WhatADestinationCannotHoldIsSaturatedAndCounted) {
         {"LSB_UINT4", "000000ff", "MSB_INT4", "7fffffff", 1, 0, 0},
         {"UINT1", "ff", "INT1", "7f", 1, 0, 0},
         {"MSB_UINT16", "ffffffffffffffffffffffffffffffff", "MSB_INT16", "7fffffffffffffffffffffffffffffff", 1, 0, 0},
-        {"MSB_INT16", "80000000000000000000000000000000", "MSB_INT8", "8000000000000000", 1, 0, 0},
         {"MSB_INT3", "fffffe", "LSB_INT4", "feffffff", 0, 0, 0},
         {"LSB_INT5", "0000000080", "MSB_INT8", "ffffff8000000000", 0, 0, 0},
         // Reals to integers: truncation.
-        {"IEEE_REAL4", "bf7fffff", "INT1", "00", 0, 0, 0},
         {"IEEE_REAL4", "437f8000", "UINT1", "ff", 0, 0, 0},
-        {"IEEE_REAL4", "43800000", "UINT1", "ff", 1, 0, 0},
         {"IEEE_REAL4", "c3000000", "INT1", "80", 0, 0, 0},
-        {"IEEE_REAL4", "c3010000", "INT1", "80", 1, 0, 0},
         {"IEEE_REAL4", "7fc00000", "MSB_INT4", "00000000", 1, 0, 0},
         {"IEEE_REAL4", "ff800000", "MSB_INT4", "80000000", 1, 0, 0},
         {"IEEE_REAL4", "7f800000", "MSB_UINT16", "ffffffffffffffffffffffffffffffff", 1, 0, 0},
         {"VAXF_REAL4", "00800000", "MSB_INT4", "00000000", 0, 0, 1},
         // Reals that grow out of the destination, and specials it does not have.
         {"IEEE_REAL8", "7e37e43c8800759c", "IEEE_REAL4", "7f800000", 1, 0, 0},
-        {"IEEE_REAL8", "fe37e43c8800759c", "VAXF_REAL4", "ffffffff", 1, 0, 0},
         {"IEEE_REAL4", "ff800000", "VAXF_REAL4", "ffffffff", 1, 0, 0},
         {"IEEE_REAL4", "7fc00000", "VAXF_REAL4", "00800000", 1, 0, 0},
         {"IEEE_REAL4", "80000000", "VAXF_REAL4", "00000000", 0, 0, 0},
         {"IEEE_REAL8", "0010000000000000", "IEEE_REAL4", "00000000", 0, 1, 0},
         {"IEEE_REAL8", "b690000000000001", "IEEE_REAL4", "80000001", 0, 1, 0},
-        {"IEEE_REAL8", "36a0000000000000", "IEEE_REAL4", "00000001", 0, 0, 0},
         {"IEEE_REAL8", "37effffffffffffe", "VAXF_REAL4", "80000000", 0, 0, 0},
-        {"IEEE_REAL8", "37e0000000000000", "VAXF_REAL4", "00000000", 0, 1, 0},
         // VAX zero whatever its fraction; the reserved operand.
         {"VAXF_REAL4", "7f00ffff", "PC_REAL4", "00000000", 0, 0, 0},
         {"VAXF_REAL4", "00800000", "IEEE_REAL4", "7fc00000", 0, 0, 1},
-        {"VAXD_REAL8", "0080000000000000", "IEEE_REAL8", "7ff8000000000000", 0, 0, 1},
         {"VAXG_REAL8", "0080000000000000", "VAXD_REAL8", "0080000000000000", 0, 0, 1},
         {"VAXH_REAL16", "ff7fffffffffffffffffffffffffffff", "PC_REAL8", "000000000000f07f", 1, 0, 0},
         // Specials that pass; a payload that would vanish leaves a NaN.
         {"PC_REAL4", "0100807f", "IEEE_REAL4", "7f800001", 0, 0, 0},
         {"IEEE_REAL8", "fff0000000000001", "IEEE_REAL4", "ffc00000", 0, 0, 0},
-        {"IEEE_REAL4", "ffa00000", "IEEE_REAL10", "ffffa000000000000000", 0, 0, 0},
         {"PC_REAL10", "0000000000000080ff7f", "PC_REAL8", "000000000000f07f", 0, 0, 0},
     };
     for (const auto &c : cases) {
@@ -343,31 +268,6 @@ TEST_F(Binrep, FastWaysGiveTheBitsOfTheBitLists) {
             }
         }
     }
-}
-
-TEST_F(Binrep, IntegerPairsKeepEveryValueBothHold) {
-    const int64_t values[] = {0, 1, -1, 127, 128, -128, -129, 255, 256, 32767, -32768, 65535, 8388607, -8388608};
-    std::vector<std::string> names;
-    for (const char *prefix : {"MSB_INT", "LSB_INT", "MSB_UINT", "LSB_UINT"})
-        for (const int size : {1, 2, 3, 4, 5, 7, 8, 9, 16})
-            names.push_back(prefix + std::to_string(size));
-    const auto holds = [](const BinrepDescrip &type, int64_t value) {
-        const int bits = std::min(63, 8 * type.size - (type.complement == '2' ? 1 : 0));
-        return (value >= 0 || type.complement == '2') && (value >> bits == 0 || value >> bits == -1);
-    };
-    for (const std::string &src : names)
-        for (const std::string &dst : names)
-            for (const int64_t value : values) {
-                if (!holds(*form(src), value) || !holds(*form(dst), value))
-                    continue;
-                uint8_t stored[16], moved[16];
-                BinrepConvert(&value, stored, OalGetNativeCTypeInfo().signed_long, form(src));
-                BinrepConvert(stored, moved, form(src), form(dst));
-                int64_t back = 0;
-                BinrepConvert(moved, &back, form(dst), OalGetNativeCTypeInfo().signed_long);
-                ASSERT_EQ(back, value) << src << " to " << dst;
-            }
-    EXPECT_EQ(binrep_errors.overflows, 0);
 }
 
 TEST_F(Binrep, FindsTheTableAndMakesIntegersOfOtherSizes) {

@@ -1,0 +1,301 @@
+#include "oa/oa.h"
+#include "oa/sdt.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using testing::Test;
+
+class Keywords : public Test {
+  protected:
+    Keywords() { Oa_message_fptr = messages_; }
+    ~Keywords() override {
+        Oa_message_fptr = nullptr;
+        fclose(messages_);
+    }
+
+    OdlTree parse(const std::string &text) { return OdlTree(OdlParseLabelString(text.c_str(), nullptr, 0, 1)); }
+    OdlTree object(const std::string &class_name) {
+        return OdlTree(OdlNewObjDesc(class_name.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0));
+    }
+
+    FILE *messages_ = tmpfile();
+};
+
+TEST_F(Keywords, ClassesByNameThenBySuffix) {
+    const struct {
+        std::string name;
+        int code;
+    } cases[] = {
+        {" image ", OA_IMAGE},
+        {"SPECTRAL_QUBE", OA_QUBE},
+        {"QUBE", OA_QUBE},
+        {"INDEX_TABLE", OA_TABLE},
+        {"BIT_COLUMN", OA_BIT_COLUMN},
+        {"MY_BIT_COLUMN", OA_BIT_COLUMN},
+        {"XTABLEX", 0},
+        {"", 0},
+        {"ROOT", 0},
+        {std::string(75, 'X') + "TABLE", OA_TABLE},
+        {std::string(76, 'X') + "TABLE", 0},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(OaGetObjectClass(object(c.name).get()), c.code) << c.name;
+    EXPECT_EQ(OaGetObjectClass(nullptr), 0);
+    for (int code = OA_ALIAS; code <= OA_TABLE; ++code)
+        EXPECT_EQ(OaGetObjectClass(object(OaObjectClasstoStr(code)).get()), code);
+    EXPECT_STREQ(OaObjectClasstoStr(0), "OA_UNKNOWN_CLASS");
+    EXPECT_STREQ(OaObjectClasstoStr(18), "OA_UNKNOWN_CLASS");
+}
+
+TEST_F(Keywords, InterchangeFormats) {
+    const struct {
+        const char *class_name, *name, *value;
+        int format;
+    } cases[] = {
+        {"TABLE", "INTERCHANGE_FORMAT", "ascii", OA_ASCII},
+        {"TABLE", "INTERCHANGE_FORMAT", "\"ASCII_BINARY\"", OA_BINARY},
+        {"TABLE", "ROWS", "1", OA_BINARY},
+        {"HISTORY", "INTERCHANGE_FORMAT", "BINARY", OA_ASCII},
+        {"TABLE", "INTERCHANGE_FORMAT", "EBCDIC", OA_NO_FORMAT},
+    };
+    for (const auto &c : cases) {
+        const OdlTree node = object(c.class_name);
+        OaStrtoKwdValue(c.name, node.get(), c.value);
+        EXPECT_EQ(OaGetObjectInterchangeFormat(node.get()), c.format) << c.value;
+    }
+    EXPECT_EQ(oa_errno, 531);
+    EXPECT_EQ(error_string, "OaGetObjectInterchangeFormat: invalid interchange format: EBCDIC.");
+}
+
+TEST_F(Keywords, NumbersOfValues) {
+    const std::string not_integer = "OaKwdValuetoLong: K keyword value is not an integer.";
+    const std::string not_long = "OaKwdValuetoLong: sscanf failed to convert K keyword value to long";
+    const struct {
+        const char *value;
+        int64_t number;
+        std::string message;
+    } integers[] = {
+        {"42", 42, ""},
+        {"-7", -7, ""},
+        {"+12 <BYTES>", 12, ""},
+        {"16#400#", 1024, ""},
+        {"2#-101#", -5, ""},
+        {"16#ff#", 255, ""},
+        {"9223372036854775807", INT64_MAX, ""},
+        {"9223372036854775808", 0, not_long},
+        {"16#FFFFFFFFFFFFFFFFFF#", 0, not_long},
+        {"1.5", 0, not_integer},
+        {"ABC", 0, not_integer},
+        {"\"12\"", 0, not_integer},
+        {"(1,2)", 0, not_integer},
+    };
+    const OdlTree node = object("TABLE");
+    for (const auto &c : integers) {
+        SCOPED_TRACE(c.value);
+        OaStrtoKwdValue("K", node.get(), c.value);
+        error_string.clear();
+        int64_t number = 0;
+        EXPECT_EQ(OaKwdValuetoLong("K", node.get(), &number), c.message.empty() ? 0 : 1);
+        EXPECT_EQ(number, c.number);
+        EXPECT_EQ(error_string, c.message);
+        if (!c.message.empty()) {
+            EXPECT_EQ(oa_errno, 600);
+        }
+    }
+    const struct {
+        const char *value;
+        int result;
+        double number;
+    } reals[] = {{"1.5", 0, 1.5},   {"-2.5E-3 <KM>", 0, -0.0025},
+                 {"+.5", 0, 0.5},   {"3.", 0, 3},
+                 {"16#10#", 0, 16}, {"1E400", 1, 0},
+                 {"NAN", 1, 0},     {"INF", 1, 0},
+                 {"\"1.5\"", 1, 0}, {"", 1, 0},
+                 {"1.5.2", 1, 0}};
+    for (const auto &c : reals) {
+        OaStrtoKwdValue("K", node.get(), c.value);
+        double number = 0;
+        EXPECT_EQ(OaKwdValuetoDouble("K", node.get(), &number), c.result) << c.value;
+        EXPECT_EQ(number, c.number) << c.value;
+    }
+}
+
+TEST_F(Keywords, AreFoundByPatternSetAndDeleted) {
+    const OdlTree root = parse(
+        "OBJECT = IMAGE\n LINE_PREFIX_BYTES = 4\n OBJECT = X\n LINES = 9\n END_OBJECT\n"
+        "END_OBJECT\nEND\n");
+    ObjDesc *image = root->first_child;
+    int64_t number = 0;
+    EXPECT_EQ(OaKwdValuetoLong("*PREFIX*BYTES", image, &number), 0);
+    EXPECT_EQ(number, 4);
+    const char *text = nullptr;
+    EXPECT_EQ(OaKwdValuetoStr("LINES", image, &text), 1) << "of the node alone";
+
+    OaLongtoKwdValue("LINES", image, -12);
+    EXPECT_EQ(OaKwdValuetoLong("LINES", image, &number), 0);
+    EXPECT_EQ(number, -12);
+    EXPECT_STREQ(image->last_keyword->name, "LINES");
+    OaStrtoKwdValue("LINES", image, "(1, 2)");
+    EXPECT_EQ(image->last_keyword->size, 6u);
+    EXPECT_EQ(image->last_keyword->is_a_list, 1);
+    OaStrtoKwdValue("LINES", image, image->last_keyword->value);
+    EXPECT_STREQ(image->last_keyword->value, "(1, 2)") << "set to its own text";
+    OaStrtoKwdValue("LINES", image, nullptr);
+    EXPECT_EQ(image->last_keyword->size, 0u);
+    EXPECT_EQ(OaKwdValuetoStr("LINES", image, &text), 0);
+    EXPECT_STREQ(text, "");
+
+    EXPECT_EQ(OaDeleteKwd("LINE_*", image), 0);
+    EXPECT_STREQ(image->first_keyword->name, "LINES");
+    EXPECT_EQ(OaDeleteKwd("LINE_*", image), 1);
+    EXPECT_STREQ(OaDealiasKwdName("NUMBER_OF_ROWS"), "ROWS");
+    EXPECT_STREQ(OaDealiasKwdName("LINES"), "LINES");
+}
+
+TEST_F(Keywords, SequencesAreSplitAtCommasOutsideQuotes) {
+    using Texts = std::vector<std::string>;
+    const struct {
+        const char *value;
+        Texts texts;
+    } cases[] = {
+        {"(A, \"B, (C)\", 'D')", {"A", "B, (C)", "D"}},
+        {"{1.5 <KM>, \"<x>\" <M>}", {"1.5", "<x>"}},
+        {"((1,2),(3,4))", {"1", "2", "3", "4"}},
+        {"(A,,\" \")", {"A", "", " "}},
+        {"scalar value", {"scalar value"}},
+        {"\"\"", {""}},
+        {"()", {}},
+        {"( )", {}},
+        {"(A,\n  B)", {"A", "B"}},
+        {"(\"never closed, B)", {"never closed, B)"}},
+    };
+    for (const auto &c : cases) {
+        Texts texts;
+        EXPECT_EQ(OaSequencetoStrArray(c.value, &texts), 0);
+        EXPECT_EQ(texts, c.texts) << c.value;
+    }
+    std::vector<int64_t> numbers;
+    EXPECT_EQ(OaSequencetoLongArray("(12, 16#1F# <BYTES>, -3)", &numbers), 0);
+    EXPECT_EQ(numbers, (std::vector<int64_t>{12, 31, -3}));
+    EXPECT_EQ(OaSequencetoLongArray("7", &numbers), 0);
+    EXPECT_EQ(numbers, std::vector<int64_t>{7});
+    for (const char *value : {"(1, B)", "(1,)", "(1.5)"}) {
+        EXPECT_EQ(OaSequencetoLongArray(value, &numbers), 1) << value;
+        EXPECT_EQ(oa_errno, 600);
+    }
+    EXPECT_EQ(OaSequencetoStrArray(nullptr, nullptr), 1);
+}
+
+TEST_F(Keywords, TableSizes) {
+    const struct {
+        const char *keywords;
+        int result;
+        int64_t rows, row_bytes, prefix, suffix;
+        std::string message;
+    } cases[] = {
+        {"ROWS = 5\nROW_BYTES = 80", 0, 5, 80, 0, 0, ""},
+        {"RECORDS = 5\nROW_BYTES = 80\nROW_PREFIX_BYTES = 3\nROW_SUFFIX_BYTES = 4", 0, 5, 80, 3, 4, ""},
+        {"ROW_BYTES = 80", -1, 0, 0, 0, 0, "OaGetTableKeywords: ROWS keyword missing."},
+        {"ROWS = 5", -1, 0, 0, 0, 0, "OaGetTableKeywords: ROW_BYTES keyword missing."},
+        {"ROWS = -5\nROW_BYTES = 80", -1, 0, 0, 0, 0, "OaGetTableKeywords: ROWS keyword missing."},
+        {"ROWS = 5\nROW_BYTES = 80\nROW_PREFIX_BYTES = -3", -1, 0, 0, 0, 0,
+         "OaGetTableKeywords: *PREFIX_BYTES is no number of bytes: -3."},
+    };
+    for (const auto &c : cases) {
+        const OdlTree root = parse("OBJECT = TABLE\n" + std::string(c.keywords) + "\nEND_OBJECT\nEND\n");
+        int64_t rows = 0, row_bytes = 0, prefix = 0, suffix = 0;
+        ASSERT_EQ(OaGetTableKeywords(root->first_child, &rows, &row_bytes, &prefix, &suffix), c.result);
+        if (c.result == 0) {
+            EXPECT_EQ((std::vector{rows, row_bytes, prefix, suffix}),
+                      (std::vector{c.rows, c.row_bytes, c.prefix, c.suffix}));
+        } else {
+            EXPECT_EQ(error_string, c.message);
+            EXPECT_EQ(oa_errno, 531);
+        }
+    }
+}
+
+// The tree as indented text.
+std::string outline(const ObjDesc *top) {
+    std::string text;
+    for (const ObjDesc *node = top;;) {
+        text += std::string(node->level - top->level, ' ') + node->class_name;
+        for (const Kwd *keyword = node->first_keyword; keyword; keyword = keyword->right_sibling)
+            text += std::string(" ") + keyword->name + "=" + keyword->value;
+        text += '\n';
+        if (node->first_child) {
+            node = node->first_child;
+            continue;
+        }
+        while (node != top && !node->right_sibling)
+            node = node->parent;
+        if (node == top)
+            return text;
+        node = node->right_sibling;
+    }
+}
+
+TEST_F(Keywords, TreesAreCopiedWhole) {
+    const OdlTree root = parse(
+        "A = 1\nOBJECT = T\n B = 2\n OBJECT = C\n  D = (3)\n  OBJECT = E\n  END_OBJECT\n"
+        " END_OBJECT\n OBJECT = F\n END_OBJECT\nEND_OBJECT\nOBJECT = G\nEND_OBJECT\nEND\n");
+    const OdlTree copy(OaCopyTree(root->first_child, OA_COPY_LABEL));
+    EXPECT_EQ(outline(copy.get()), "T B=2\n C D=(3)\n  E\n F\n");
+    EXPECT_EQ(copy->parent, nullptr);
+    EXPECT_EQ(copy->level, 0u);
+    EXPECT_EQ(OaCheckODLTree(copy.get()), 0);
+    const OdlTree leaf(OaCopyTree(root->last_child, OA_COPY_LABEL));
+    EXPECT_EQ(outline(leaf.get()), "G\n") << "not its siblings";
+
+    OaSlot slot;
+    slot.total_repetitions = 7;
+    slot.dst.ascii_format = "%12.5e";
+    root->first_child->first_child->appl1 = &slot;
+    const OdlTree with_slots(OaCopyTree(root->first_child, OA_COPY_SDT));
+    const std::unique_ptr<OaSlot> copied(OalSlotOf(with_slots->first_child));
+    ASSERT_TRUE(copied && copied.get() != &slot);
+    EXPECT_EQ(copied->total_repetitions, 7);
+    EXPECT_EQ(copied->dst.ascii_format, "%12.5e");
+    EXPECT_EQ(with_slots->appl1, nullptr);
+    EXPECT_EQ(OaCopyTree(nullptr, OA_COPY_LABEL), nullptr);
+}
+
+TEST_F(Keywords, DeepAndWideTreesAreCopied) {
+    const OdlTree root = object("ROOT");
+    ObjDesc *deepest = root.get();
+    for (int i = 0; i < 200000; ++i)
+        OdlPasteObjDesc(object("WIDE").release(), root.get());
+    for (int i = 0; i < 200000; ++i)
+        deepest = OdlPasteObjDesc(object("DEEP").release(), deepest);
+    const OdlTree copy(OaCopyTree(root.get(), OA_COPY_LABEL));
+    EXPECT_EQ(OdlGetObjDescChildCount(copy.get()), 200001u);
+    EXPECT_EQ(OaCheckODLTree(copy.get()), 0);
+}
+
+TEST_F(Keywords, BrokenLinksAreSeen) {
+    EXPECT_EQ(OaCheckODLTree(nullptr), 1);
+    const OdlTree root = parse("A = 1\nB = 2\nOBJECT = T\nEND_OBJECT\nOBJECT = U\nEND_OBJECT\nEND\n");
+    EXPECT_EQ(OaCheckODLTree(root.get()), 0);
+    ObjDesc *first = root->first_child, *second = root->last_child;
+    const auto broken_when = [&](auto &link, auto wrong) {
+        const auto right = link;
+        link = wrong;
+        const int result = OaCheckODLTree(root.get());
+        link = right;
+        return result;
+    };
+    EXPECT_EQ(broken_when(second->right_sibling, first), 1) << "a circle of siblings";
+    EXPECT_EQ(broken_when(second->left_sibling, nullptr), 1);
+    EXPECT_EQ(broken_when(first->parent, second), 1);
+    EXPECT_EQ(broken_when(root->last_child, first), 1);
+    EXPECT_EQ(broken_when(first->first_child, root.get()), 1) << "a circle of generations";
+    EXPECT_EQ(broken_when(root->last_keyword, root->first_keyword), 1);
+    EXPECT_EQ(broken_when(root->first_keyword->parent, first), 1);
+    EXPECT_EQ(OaCheckODLTree(root.get()), 0);
+}
+
+}  // namespace
