@@ -19,7 +19,7 @@ struct BinrepDescrip {
 };
 
 // The table's row of that name, or a description made for MSB_/LSB_ INT/UINT of 1 to 16 bytes ("MSB_INT3"). Null for
-// any other name. Never freed.
+// any other name. Never freed. The routines below take no other descriptions than these.
 const BinrepDescrip *OalFindBinrepDescrip(const char *name);
 
 // The machine's own forms.
@@ -32,7 +32,8 @@ const OaNativeTypes &OalGetNativeCTypeInfo();
 
 // Values that the destination could not hold, since the last reset.
 struct BinrepErrors {
-    int64_t overflows = 0;          // saturated; a NaN or infinity that the destination does not have
+    int64_t overflows = 0;          // became infinity, or the greatest value of a destination without infinities;
+                                    // NaNs where there are none: 0, or the reserved operand of a VAX form
     int64_t underflows = 0;         // became zero or lost bits as subnormals though not zero
     int64_t reserved_operands = 0;  // VAX sign 1 with exponent 0: became NaN (0 for integers)
 };

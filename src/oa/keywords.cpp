@@ -76,9 +76,8 @@ int OaStrtoKwdValue(const char *name, ObjDesc *node, const char *text) {
         OdlPasteKwd(OdlNewKwd(name, value.data(), nullptr, nullptr, node->file_name, 0), node);
         return 0;
     }
-    char *copy = OaCopyText(value);  // before the old one is freed: `text` may be it
-    OaFree(keyword->value);
-    keyword->value = copy;
+    const OaPtr<char> old(keyword->value);  // freed last: `text` may be it
+    keyword->value = OaCopyText(value);
     keyword->size = static_cast<uint32_t>(value.size());
     keyword->is_a_list = value.starts_with('(') || value.starts_with('{');
     return 0;

@@ -12,7 +12,7 @@ constexpr int64_t text_buffer_bytes = 1024;
 constexpr int64_t detected_record_bytes = 1022;  // of a file found to hold variable-length records
 constexpr int64_t longest_record = 32767;        // what a variable-length record's 2-byte length can say
 constexpr int64_t spare_bytes = 20;
-constexpr size_t file_buffer_bytes = 256 * 1024;
+constexpr size_t file_buffer_bytes = 64 * 1024;
 constexpr int64_t cached_record_step = 64;
 
 // --- Opening ------------------------------------------------------------------------------------------------------
@@ -341,8 +341,10 @@ OaStream *OalOpenStream(const char *file_name, int record_type, int64_t record_b
     }
     if (stream->file_name != file_name)
         OaReportFailure(950, "%s: couldn't open %s, but opened %s", __func__, file_name, stream->file_name.c_str());
-    // One system call for many records; when the buffer is not to be had the library's own serves.
-    setvbuf(stream->file.get(), nullptr, _IOFBF, file_buffer_bytes);
+    // One system call for many records.
+    stream->file_buffer.reset(static_cast<char *>(OaMalloc(file_buffer_bytes)));
+    if (stream->file_buffer)
+        setvbuf(stream->file.get(), stream->file_buffer.get(), _IOFBF, file_buffer_bytes);
     stream->record_type = record_type;
     stream->record_bytes = record_bytes;
     stream->record_offsets = {0};
