@@ -36,8 +36,8 @@ ObjDesc *parse_variable_length(OaStream *stream, const char *message_file_name, 
     return OdlExpandLabelFile(root, message_file_name, expand, suppress_messages);
 }
 
-ObjDesc *parse_gif(const OaStream *stream) {
-    OaReportFailure(520, "%s: no reader for GIF files: %s.", routine, stream->file_name.c_str());
+ObjDesc *parse_gif() {
+    OaReportFailure(520, "%s: no reader for GIF files.", routine);
     return nullptr;
 }
 
@@ -51,7 +51,7 @@ ObjDesc *OaParseLabelFile(const char *file_name, const char *message_file_name, 
     }
     switch (stream->record_type) {
         case OA_GIF:
-            return parse_gif(stream.get());
+            return parse_gif();
         case OA_VARIABLE_LENGTH:
             return parse_variable_length(stream.get(), message_file_name, expand, suppress_messages);
         default:

@@ -12,20 +12,18 @@ TEST(DataType, NamesOfLabelsHaveCodes) {
     const struct {
         std::string name;
         int binary, ascii;
-    } cases[] = {
-        {"MSB_INTEGER", OA_MSB_INTEGER, OA_ASCII_INTEGER},
-        {"\"PC_REAL\"", OA_PC_REAL, OA_ASCII_REAL},
-        {"INTEGER", OA_MSB_INTEGER, OA_ASCII_INTEGER},
-        {"REAL", OA_IEEE_REAL, OA_ASCII_REAL},
-        {"BOOLEAN", OA_BOOLEAN, OA_ASCII_INTEGER},
-        {"VAX_BIT_STRING", OA_LSB_BIT_STRING, OA_ASCII_INTEGER},
-        {"VAX_DOUBLE", OA_VAX_REAL, OA_ASCII_COMPLEX},
-        {"BINARY CODED DECIMAL", OA_BCD, OA_ASCII_BIT_STRING},
-        {"TIME", OA_TIME, OA_TIME},
-        {"msb_integer", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE},
-        {"N/A", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE},
-        {"\"\"", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE},
-    };
+    } cases[] = {{"MSB_INTEGER", OA_MSB_INTEGER, OA_ASCII_INTEGER},
+                 {"\"PC_REAL\"", OA_PC_REAL, OA_ASCII_REAL},
+                 {"INTEGER", OA_MSB_INTEGER, OA_ASCII_INTEGER},
+                 {"REAL", OA_IEEE_REAL, OA_ASCII_REAL},
+                 {"BOOLEAN", OA_BOOLEAN, OA_ASCII_INTEGER},
+                 {"VAX_BIT_STRING", OA_LSB_BIT_STRING, OA_ASCII_INTEGER},
+                 {"VAX_DOUBLE", OA_VAX_REAL, OA_ASCII_COMPLEX},
+                 {"BINARY CODED DECIMAL", OA_BCD, OA_ASCII_BIT_STRING},
+                 {"TIME", OA_TIME, OA_TIME},
+                 {"msb_integer", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE},
+                 {"N/A", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE},
+                 {"\"\"", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE}};
     for (const auto &c : cases) {
         std::string name = c.name;
         EXPECT_EQ(OaStrtoKRVDataType(name.data(), OA_BINARY), c.binary) << c.name;
@@ -42,12 +40,6 @@ TEST(DataType, CodesHaveCanonicalNames) {
     EXPECT_STREQ(OaKRVDataTypetoStr(OA_NO_DATA_TYPE), "\"N/A\"");
     for (const int unused : {12, 23, 24, 255, -1})
         EXPECT_STREQ(OaKRVDataTypetoStr(unused), "UNK");
-    for (int code = OA_ASCII_INTEGER; code <= OA_ASCII_REAL; ++code) {
-        std::string name = OaKRVDataTypetoStr(code);
-        if (name != "UNK") {
-            EXPECT_EQ(OaStrtoKRVDataType(name.data(), OA_BINARY), code);
-        }
-    }
 }
 
 class TypeConversion : public testing::Test {
