@@ -18,6 +18,8 @@ enum CharacterMark : uint16_t {
     MARK_BREAK = 1 << 7,       // brackets and the comma, which end an element of a list
     MARK_CONTROL = 1 << 8,     // codes below 32, and 127
     MARK_WORD = 1 << 9,        // codes 33-126, of which words are made
+    MARK_DIGIT = 1 << 10,
+    MARK_UNDERSCORE = 1 << 11,
 };
 
 inline constexpr std::array<uint16_t, 256> character_marks = [] {
@@ -35,11 +37,11 @@ inline constexpr std::array<uint16_t, 256> character_marks = [] {
     add("\"", MARK_QUOTE);
     add("/", MARK_SLASH);
     add("(){},", MARK_BREAK);
-    add("_", MARK_IDENTIFIER);
+    add("_", MARK_IDENTIFIER | MARK_UNDERSCORE);
     add_range(0, 0, MARK_NUL);
     add_range('A', 'Z', MARK_LETTER | MARK_IDENTIFIER);
     add_range('a', 'z', MARK_LETTER | MARK_IDENTIFIER);
-    add_range('0', '9', MARK_IDENTIFIER);
+    add_range('0', '9', MARK_IDENTIFIER | MARK_DIGIT);
     add_range(0, 31, MARK_CONTROL);
     add_range(127, 127, MARK_CONTROL);
     add_range(33, 126, MARK_WORD);
@@ -52,6 +54,22 @@ constexpr uint16_t marks_of(char c) {
 
 constexpr bool is_digit(char c) {
     return c >= '0' && c <= '9';
+}
+
+// The marks that any byte of a text has.
+constexpr unsigned marks_within(std::string_view text) {
+    unsigned marks = 0;
+    for (const char c : text)
+        marks |= marks_of(c);
+    return marks;
+}
+
+constexpr bool all_marked(std::string_view text, uint16_t mark) {
+    for (const char c : text) {
+        if (!(marks_of(c) & mark))
+            return false;
+    }
+    return true;
 }
 
 // Position of the first byte that words are made of, or the text's size.

@@ -62,6 +62,12 @@ bool is_closed(std::string_view text) {
     return text.size() > 1 && text.back() == text.front();
 }
 
+// Whether the text is a decimal integer or an identifier at first sight: no quotes, no units, and a type for certain.
+bool is_plain(std::string_view text) {
+    const auto all = [text](uint16_t mark) { return odl::all_marked(text, mark); };
+    return is_digit(text.front()) ? all(odl::MARK_DIGIT) : all(odl::MARK_IDENTIFIER);
+}
+
 bool check_underscores(const Element &element) {
     bool valid = true;
     if (util_contains(element.text, "__"))
@@ -101,6 +107,8 @@ std::string_view bracket_problem(std::string_view value) {
         // The outermost bracket is the first character and closes with the last.
         if (open.empty() && !(opens && i == 0))
             return not_enclosed;
+        if (!(marks_of(c) & odl::MARK_BREAK))
+            continue;
         if (opens)
             open.push_back(c);
         else if (c == '}' && open.back() == '(')
@@ -117,13 +125,18 @@ std::string_view bracket_problem(std::string_view value) {
 
 void odl::Nesting::add(std::string_view text) {
     for (const char c : text) {
+        if (!(marks_of(c) & MARK_BREAK))
+            continue;
         braces += (c == '{') - (c == '}');
         parentheses += (c == '(') - (c == ')');
     }
 }
 
 size_t odl::quote_count(std::string_view text) {
-    return static_cast<size_t>(std::count(text.begin(), text.end(), '"'));
+    size_t count = 0;
+    for (size_t quote = text.find('"'); quote != std::string_view::npos; quote = text.find('"', quote + 1))
+        ++count;
+    return count;
 }
 
 bool odl::check_identifier(std::string_view &text, std::string_view what, const MessagePlace &place) {
@@ -134,20 +147,22 @@ bool odl::check_identifier(std::string_view &text, std::string_view what, const 
     if (!is_letter(text.front()))
         valid = place.report(ERROR_IDENTIFIER,
                              std::string(what) + " identifier:  " + quoted(text) + "  does not begin with a letter");
+    if (all_marked(text, MARK_IDENTIFIER))
+        return valid;
     const auto foreign =
         std::count_if(text.begin(), text.end(), [](char c) { return !(marks_of(c) & MARK_IDENTIFIER); });
-    if (foreign > 0)
-        valid = place.report(ERROR_IDENTIFIER,
-                             std::string(what) + " identifier:  " + quoted(text) +
-                                 util_format("  contains %ld embedded non-alphanumeric or \"_\" character%s",
-                                             static_cast<long>(foreign), foreign > 1 ? "s" : ""));
-    return valid;
+    return place.report(ERROR_IDENTIFIER,
+                        std::string(what) + " identifier:  " + quoted(text) +
+                            util_format("  contains %ld embedded non-alphanumeric or \"_\" character%s",
+                                        static_cast<long>(foreign), foreign > 1 ? "s" : ""));
 }
 
 bool odl::check_element(std::string_view text, const MessagePlace &place, long element_number) {
     if (text.empty())
         return true;
     const Element element{text, place, element_number};
+    if (is_plain(text))
+        return check_underscores(element);
     bool valid = check_quotes_inside(element);
     if (is_quoted(text)) {
         if (is_closed(text))

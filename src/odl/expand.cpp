@@ -4,9 +4,9 @@
 #include "base/notice.h"
 #include "base/text.h"
 #include "odl/odl.h"
+#include "odl/parser.h"
 
 #include <sys/stat.h>
-#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -31,40 +31,34 @@ struct Source {
     int depth = 0;
 };
 
+// A pointer keyword and the file that it was read from.
+struct Pointer {
+    Kwd *keyword = nullptr;
+    int source = 0;
+};
+
 class Expander {
   public:
-    Expander(ObjDesc *root, const char *message_file_name, int suppress_messages)
-        : root_(root), message_file_name_(message_file_name), suppress_messages_(suppress_messages) {
-        sources_.push_back(identify(root->file_name ? root->file_name : ""));
-    }
+    Expander(const ObjDesc *root, const std::vector<Kwd *> &pointers, const char *message_file_name,
+             int suppress_messages);
 
+    // Includes what the pointers of that name stand for, and what the pointers in there stand for.
     void expand(const char *pattern);
 
   private:
     static Source identify(const char *path);
-    int source_of(const Kwd *pointer) const;
     bool is_on_chain(const Source &file, int source) const;
-    void expand_pointer(Kwd *pointer, const char *pattern);
-    void include(Kwd *pointer, const char *path, int64_t start_location, int location_type);
-    void remember_pointers(ObjDesc *included);
+    std::vector<Kwd *> expand_pointer(const Pointer &pointer, const char *pattern);
+    std::vector<Kwd *> include(const Pointer &pointer, const char *path, int64_t start_location, int location_type);
     void report_missing(const Kwd *pointer, const char *pattern, const char *file_name) const;
 
-    ObjDesc *root_;
     const char *message_file_name_;
     int suppress_messages_;
     std::vector<Source> sources_;
-    std::unordered_map<const Kwd *, int> pointer_sources_;  // pointers that were grafted; all others are the label's
+    std::vector<Pointer> pointers_;  // not expanded so far, in order
     int attempts_ = 0;
     int64_t included_bytes_ = 0;
 };
-
-bool is_pointer_to_include(const Kwd *keyword) {
-    for (const Pattern &pattern : patterns) {
-        if (keyword->is_a_pointer && keyword->name && OdlWildCardCompare(pattern.text, keyword->name))
-            return true;
-    }
-    return false;
-}
 
 ObjDesc *child_of_class(const ObjDesc *parent, const char *class_name) {
     // From the first child on, so that the parent itself is not taken for one of its children.
@@ -93,13 +87,28 @@ void move_children(ObjDesc *included, ObjDesc *parent) {
     parent->child_count = included->child_count;
 }
 
-// Everything grafted comes after its pointer in pre-order, so one walk meets every pointer, at any depth of inclusion.
+Expander::Expander(const ObjDesc *root, const std::vector<Kwd *> &pointers, const char *message_file_name,
+                   int suppress_messages)
+    : message_file_name_(message_file_name), suppress_messages_(suppress_messages) {
+    sources_.push_back(identify(root->file_name ? root->file_name : ""));
+    for (Kwd *keyword : pointers)
+        pointers_.push_back({keyword, 0});
+}
+
 void Expander::expand(const char *pattern) {
-    for (ObjDesc *object = root_; object; object = OdlTraverseTree(object, root_->level)) {
-        for (Kwd *keyword = object->first_keyword; keyword; keyword = keyword->right_sibling) {
-            if (keyword->name && OdlWildCardCompare(pattern, keyword->name))
-                expand_pointer(keyword, pattern);
+    std::vector<Pointer> stack(pointers_.rbegin(), pointers_.rend());
+    pointers_.clear();
+    while (!stack.empty()) {
+        const Pointer pointer = stack.back();
+        stack.pop_back();
+        if (!OdlWildCardCompare(pattern, pointer.keyword->name)) {
+            pointers_.push_back(pointer);
+            continue;
         }
+        const std::vector<Kwd *> included = expand_pointer(pointer, pattern);
+        const int source = static_cast<int>(sources_.size()) - 1;
+        for (auto keyword = included.rbegin(); keyword != included.rend(); ++keyword)
+            stack.push_back({*keyword, source});
     }
 }
 
@@ -108,11 +117,6 @@ Source Expander::identify(const char *path) {
     if (stat(path, &status) != 0)
         return {};
     return {status.st_dev, status.st_ino};
-}
-
-int Expander::source_of(const Kwd *pointer) const {
-    const auto found = pointer_sources_.find(pointer);
-    return found == pointer_sources_.end() ? 0 : found->second;
 }
 
 bool Expander::is_on_chain(const Source &file, int source) const {
@@ -124,48 +128,44 @@ bool Expander::is_on_chain(const Source &file, int source) const {
     return false;
 }
 
-void Expander::expand_pointer(Kwd *pointer, const char *pattern) {
+// Returns the pointers of the included file.
+std::vector<Kwd *> Expander::expand_pointer(const Pointer &pointer, const char *pattern) {
     if (attempts_ >= most_inclusions || included_bytes_ >= most_included_bytes)
-        return;
+        return {};
     ++attempts_;
     int64_t start_location = 1;
     int location_type = ODL_RECORD_LOCATION;
-    const OaPtr<char> file_name(OdlGetFileName(pointer, &start_location, &location_type));
-    const OaPtr<char> path(file_name ? OdlGetFileSpec(file_name.get(), pointer->file_name, pattern) : nullptr);
+    const OaPtr<char> file_name(OdlGetFileName(pointer.keyword, &start_location, &location_type));
+    const OaPtr<char> path(file_name ? OdlGetFileSpec(file_name.get(), pointer.keyword->file_name, pattern) : nullptr);
     if (path)
-        include(pointer, path.get(), start_location, location_type);
-    else
-        report_missing(pointer, pattern, file_name ? file_name.get() : "");
+        return include(pointer, path.get(), start_location, location_type);
+    report_missing(pointer.keyword, pattern, file_name ? file_name.get() : "");
+    return {};
 }
 
-void Expander::include(Kwd *pointer, const char *path, int64_t start_location, int location_type) {
-    const int includer = source_of(pointer);
+std::vector<Kwd *> Expander::include(const Pointer &pointer, const char *path, int64_t start_location,
+                                     int location_type) {
     Source file = identify(path);
-    file.includer = includer;
-    file.depth = sources_[static_cast<size_t>(includer)].depth + 1;
-    if (file.depth > deepest_inclusion || is_on_chain(file, includer))
-        return;
+    file.includer = pointer.source;
+    file.depth = sources_[static_cast<size_t>(pointer.source)].depth + 1;
+    if (file.depth > deepest_inclusion || is_on_chain(file, pointer.source))
+        return {};
     const FilePtr stream(OdlLocateStart(path, start_location, location_type));
     if (!stream)
-        return;
-    ObjDesc *included =
-        OdlParseFile(path, stream.get(), nullptr, message_file_name_, nullptr, suppress_messages_, 1, 1, 1);
+        return {};
+    std::vector<Kwd *> pointers;
+    ObjDesc *included = odl::parse_label({.file_name = path,
+                                          .file_handle = stream.get(),
+                                          .message_file_name = message_file_name_,
+                                          .suppress_messages = suppress_messages_,
+                                          .ignore_missing_end = 1},
+                                         pointers);
     included_bytes_ += ftello(stream.get());
     sources_.push_back(file);
-    remember_pointers(included);
-    move_keywords(included, pointer);
-    move_children(included, pointer->parent);
+    move_keywords(included, pointer.keyword);
+    move_children(included, pointer.keyword->parent);
     OdlFreeTree(included);
-}
-
-void Expander::remember_pointers(ObjDesc *included) {
-    const int source = static_cast<int>(sources_.size()) - 1;
-    for (const ObjDesc *object = included; object; object = OdlTraverseTree(object, 0)) {
-        for (const Kwd *keyword = object->first_keyword; keyword; keyword = keyword->right_sibling) {
-            if (is_pointer_to_include(keyword))
-                pointer_sources_[keyword] = source;
-        }
-    }
+    return pointers;
 }
 
 void Expander::report_missing(const Kwd *pointer, const char *pattern, const char *file_name) const {
@@ -178,16 +178,28 @@ void Expander::report_missing(const Kwd *pointer, const char *pattern, const cha
 
 }  // namespace
 
+ObjDesc *odl::expand_label(ObjDesc *root, const std::vector<Kwd *> &pointers, const char *message_file_name, int expand,
+                           int suppress_messages) {
+    Expander expander(root, pointers, message_file_name, suppress_messages);
+    for (const Pattern &pattern : patterns) {
+        if (expand & pattern.expand)
+            expander.expand(pattern.text);
+    }
+    return root;
+}
+
 ObjDesc *OdlExpandLabelFile(ObjDesc *root, const char *message_file_name, int expand, int suppress_messages) {
     if (!root) {
         odl_errno = 1;
         return nullptr;
     }
     odl_suppress_messages = suppress_messages;
-    Expander expander(root, message_file_name, suppress_messages);
-    for (const Pattern &pattern : patterns) {
-        if (expand & pattern.expand)
-            expander.expand(pattern.text);
+    std::vector<Kwd *> pointers;
+    for (ObjDesc *object = root; object; object = OdlTraverseTree(object, root->level)) {
+        for (Kwd *keyword = object->first_keyword; keyword; keyword = keyword->right_sibling) {
+            if (keyword->is_a_pointer)
+                pointers.push_back(keyword);
+        }
     }
-    return root;
+    return odl::expand_label(root, pointers, message_file_name, expand, suppress_messages);
 }

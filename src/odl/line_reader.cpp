@@ -13,6 +13,14 @@ constexpr ptrdiff_t longest_piece = 255;
 // With this much in the buffer a piece and its line end can be taken without another look at the file.
 constexpr ptrdiff_t look_ahead = longest_piece + 2;
 
+// Up to the line feed, less a carriage return before it; other carriage returns, which are rare, are left inside.
+std::string_view up_to_line_feed(std::string_view text) {
+    const size_t feed = text.find('\n');
+    if (feed == std::string_view::npos)
+        return text;
+    return text.substr(0, feed > 0 && text[feed - 1] == '\r' ? feed - 1 : feed);
+}
+
 }  // namespace
 
 odl::LineReader::LineReader(FILE *file)
@@ -56,14 +64,13 @@ bool odl::LineReader::next(Line &line) {
     if (!within_line_)
         ++line_number_;
 
-    const char *start = position_;
-    const char *limit = start + std::min(end_ - start, longest_piece);
-    unsigned marks = 0;
-    while (position_ != limit && !(marks_of(*position_) & MARK_LINE_END))
-        marks |= marks_of(*position_++);
-    line.text = {start, static_cast<size_t>(position_ - start)};
-    line.marks = static_cast<uint16_t>(marks);
-    if (marks & MARK_NUL)
+    const std::string_view piece(position_, static_cast<size_t>(std::min(end_ - position_, longest_piece)));
+    line.text = up_to_line_feed(piece);
+    line.marks = marks_within(line.text);
+    if (line.marks & MARK_LINE_END)
+        line.text = line.text.substr(0, line.text.find('\r'));
+    position_ += line.text.size();
+    if (line.marks & MARK_NUL)
         line.text = line.text.substr(0, line.text.find('\0'));
     // Taken at once, so that a line of exactly 255 bytes has no second, empty piece.
     within_line_ = !take_line_end();

@@ -10,7 +10,7 @@ namespace odl {
 
 struct Line {
     std::string_view text;  // without its line end, as it stands in the label; good until the next line is read
-    uint16_t marks = 0;     // CharacterMark bits of all its bytes
+    unsigned marks = 0;     // CharacterMark bits of its bytes
 };
 
 // A line ends at a line feed, at a carriage return, or at both in that order. One longer than 255 bytes is handed out

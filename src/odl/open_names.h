@@ -1,7 +1,7 @@
 // The keyword names of the objects that are open during a parse, for the check of duplicates.
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <memory>
 #include <string_view>
 #include <unordered_set>
@@ -22,16 +22,12 @@ class OpenNames {
     void add(std::string_view name);
 
   private:
-    struct Name {
-        uint64_t key;
-        std::string_view text;
-    };
     struct Object {
         size_t first_name;
         std::unique_ptr<std::unordered_set<std::string_view>> many_names;
     };
 
-    std::vector<Name> names_;
+    std::vector<std::string_view> names_;
     std::vector<Object> objects_;
 };
 

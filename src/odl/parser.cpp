@@ -1,5 +1,7 @@
 // Parsing: lines are cleaned of comments and joined into statements, and each statement becomes an object, a keyword
 // or the end of one.
+#include "odl/parser.h"
+
 #include "base/file.h"
 #include "base/memory.h"
 #include "base/text.h"
@@ -35,10 +37,6 @@ size_t comment_position(std::string_view line, bool within_quotes) {
     return std::string_view::npos;
 }
 
-bool begins_with_word(std::string_view text, std::string_view word) {
-    return text.starts_with(word) && (text.size() == word.size() || text[word.size()] == ' ');
-}
-
 std::string_view null_if_empty(std::string_view text) {
     return text.empty() ? std::string_view() : text;
 }
@@ -52,8 +50,9 @@ struct Counts {
 
 class Parser {
   public:
-    Parser(odl::LineReader &lines, const char *file_name, const odl::MessageFile &messages)
-        : lines_(lines), file_name_(odl::view_of(file_name)), messages_(messages) {
+    Parser(odl::LineReader &lines, const char *file_name, const odl::MessageFile &messages,
+           std::vector<Kwd *> &pointers)
+        : lines_(lines), file_name_(odl::view_of(file_name)), messages_(messages), pointers_(pointers) {
         root_ = odl::new_obj_desc({.class_name = "ROOT", .file_name = file_name_}, 0, 0);
         current_ = root_;
     }
@@ -81,6 +80,7 @@ class Parser {
     odl::LineReader &lines_;
     std::string_view file_name_;
     const odl::MessageFile &messages_;
+    std::vector<Kwd *> &pointers_;
     ObjDesc *root_;
     ObjDesc *current_;
     odl::Statement statement_;
@@ -134,7 +134,7 @@ void Parser::take_line(const odl::Line &line) {
     }
     if (interrupts_statement(text))
         finish_statement();
-    statement_.add(text, lines_.line_number());
+    statement_.add(text, line.marks, lines_.line_number());
     statement_.add_comment(comment);
     if (statement_.is_complete(is_first_statement_))
         finish_statement();
@@ -161,18 +161,23 @@ bool Parser::interrupts_statement(std::string_view line) const {
 }
 
 void Parser::finish_statement() {
-    const std::string_view text = statement_.text();
-    // "OBJECT=X" without the blank is a keyword.
-    if (begins_with_word(text, "OBJECT"))
-        open_object(0);
-    else if (begins_with_word(text, "GROUP"))
-        open_object(1);
-    else if (begins_with_word(text, "END_OBJECT") || begins_with_word(text, "END_GROUP"))
-        close_object();
-    else if (begins_with_word(text, "END"))
-        end_label();
-    else
-        add_keyword();
+    switch (statement_.kind()) {
+        case odl::StatementKind::OpenObject:
+            open_object(0);
+            break;
+        case odl::StatementKind::OpenGroup:
+            open_object(1);
+            break;
+        case odl::StatementKind::CloseObject:
+            close_object();
+            break;
+        case odl::StatementKind::EndLabel:
+            end_label();
+            break;
+        case odl::StatementKind::Keyword:
+            add_keyword();
+            break;
+    }
     statement_.clear();
     is_first_statement_ = false;
 }
@@ -217,6 +222,8 @@ void Parser::add_keyword() {
                                 line_number());
     OdlPasteKwd(keyword, current_);
     names_.add({keyword->name, parts.name.size()});
+    if (keyword->is_a_pointer)
+        pointers_.push_back(keyword);
     if (keyword->is_a_list)
         odl::check_braces(parts.value, place());
     pending_comment_.clear();
@@ -259,51 +266,66 @@ void print_metrics(const Counts &counts, FILE *handle) {
     OdlPrintLine(nullptr, handle, box.c_str());
 }
 
-odl::LineReader reader_of(FILE *file, const char *label_text) {
-    return label_text ? odl::LineReader(std::string_view(label_text)) : odl::LineReader(file);
-}
-
 }  // namespace
 
-ObjDesc *OdlParseFile(const char *file_name, FILE *file_handle, const char *label_text, const char *message_file_name,
-                      FILE *message_file_handle, int suppress_messages, int suppress_metrics, int suppress_hierarchy,
-                      int ignore_missing_end) {
+ObjDesc *odl::parse_label(const ParseRequest &request, std::vector<Kwd *> &pointers) {
     odl_message_count = 0;
-    odl_suppress_messages = suppress_messages;
-    const odl::MessageFile messages(message_file_name, message_file_handle);
-    print_banner(file_name, messages.handle());
+    odl_suppress_messages = request.suppress_messages;
+    const MessageFile messages(request.message_file_name, request.message_file_handle);
+    print_banner(request.file_name, messages.handle());
 
     FilePtr opened;
-    if (!label_text && !file_handle) {
-        opened = file_name ? util_open_regular(file_name) : nullptr;
-        if (!opened) {
+    FILE *file = request.file_handle;
+    if (!request.label_text && !file) {
+        opened = request.file_name ? util_open_regular(request.file_name) : nullptr;
+        file = opened.get();
+        if (!file) {
             messages.at(0).report(200, "Unable to open the label file.  Parsing cannot continue");
             return nullptr;
         }
-        file_handle = opened.get();
     }
 
-    odl::LineReader lines = reader_of(file_handle, label_text);
-    Parser parser(lines, file_name, messages);
-    ObjDesc *root = parser.parse(ignore_missing_end);
+    LineReader lines = request.label_text ? LineReader(std::string_view(request.label_text)) : LineReader(file);
+    Parser parser(lines, request.file_name, messages, pointers);
+    ObjDesc *root = parser.parse(request.ignore_missing_end);
     // The caller's stream is left behind the label, not behind the buffer.
-    if (!opened && !label_text)
-        fseeko(file_handle, -lines.bytes_ahead(), SEEK_CUR);
-    if (!suppress_metrics)
+    if (file && !opened)
+        fseeko(file, -lines.bytes_ahead(), SEEK_CUR);
+    if (!request.suppress_metrics)
         print_metrics(parser.counts(), messages.handle());
-    if (!suppress_hierarchy)
+    if (!request.suppress_hierarchy)
         OdlPrintHierarchy(root, nullptr, messages.handle());
     return root;
 }
 
+ObjDesc *OdlParseFile(const char *file_name, FILE *file_handle, const char *label_text, const char *message_file_name,
+                      FILE *message_file_handle, int suppress_messages, int suppress_metrics, int suppress_hierarchy,
+                      int ignore_missing_end) {
+    std::vector<Kwd *> pointers;
+    return odl::parse_label({file_name, file_handle, label_text, message_file_name, message_file_handle,
+                             suppress_messages, suppress_metrics, suppress_hierarchy, ignore_missing_end},
+                            pointers);
+}
+
+namespace {
+
+ObjDesc *parse_and_expand(const odl::ParseRequest &request, int expand) {
+    std::vector<Kwd *> pointers;
+    ObjDesc *root = odl::parse_label(request, pointers);
+    if (!root)
+        return nullptr;
+    return odl::expand_label(root, pointers, request.message_file_name, expand, request.suppress_messages);
+}
+
+}  // namespace
+
 ObjDesc *OdlParseLabelFile(const char *file_name, const char *message_file_name, int expand, int suppress_messages) {
-    odl_suppress_messages = suppress_messages;
-    ObjDesc *root = OdlParseFile(file_name, nullptr, nullptr, message_file_name, nullptr, suppress_messages, 1, 1, 0);
-    return root ? OdlExpandLabelFile(root, message_file_name, expand, suppress_messages) : nullptr;
+    return parse_and_expand(
+        {.file_name = file_name, .message_file_name = message_file_name, .suppress_messages = suppress_messages},
+        expand);
 }
 
 ObjDesc *OdlParseLabelString(const char *text, const char *message_file_name, int expand, int suppress_messages) {
-    odl_suppress_messages = suppress_messages;
-    ObjDesc *root = OdlParseFile(nullptr, nullptr, text, message_file_name, nullptr, suppress_messages, 1, 1, 0);
-    return root ? OdlExpandLabelFile(root, message_file_name, expand, suppress_messages) : nullptr;
+    return parse_and_expand(
+        {.label_text = text, .message_file_name = message_file_name, .suppress_messages = suppress_messages}, expand);
 }

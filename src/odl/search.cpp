@@ -1,44 +1,33 @@
 // Walking the tree and finding objects and keywords in it.
-#include "odl/characters.h"
 #include "odl/odl.h"
 
 namespace {
 
-using odl::view_of;
-
 // Two positions walk together. At a difference the text is taken up again one character after where the last "*"
 // began; earlier ones never need to be tried again, so the time is at most pattern times text.
-bool matches(std::string_view pattern, std::string_view text) {
-    // A "*" that more pattern follows does not match at the end of the text, so "A**" wants one more character.
-    if (pattern.ends_with("**")) {
-        if (text.empty())
-            return false;
-        text.remove_suffix(1);
-    }
-    constexpr size_t none = std::string_view::npos;
-    size_t p = 0;
-    size_t t = 0;
-    size_t after_star = none;
-    size_t retry = 0;
-    while (t < text.size()) {
-        if (p < pattern.size() && pattern[p] == '*') {
-            after_star = ++p;
-            retry = t;
-        } else if (p < pattern.size() && pattern[p] == text[t]) {
-            ++p;
-            ++t;
-        } else if (after_star != none) {
-            p = after_star;
-            t = ++retry;
+bool matches(const char *pattern, const char *text) {
+    const char *after_star = nullptr;
+    const char *retry = nullptr;
+    while (*text) {
+        if (*pattern == '*') {
+            after_star = ++pattern;
+            retry = text;
+        } else if (*pattern == *text) {
+            ++pattern;
+            ++text;
+        } else if (after_star) {
+            pattern = after_star;
+            text = ++retry;
         } else {
             return false;
         }
     }
-    return pattern.find_first_not_of('*', p) == none;
+    // At the text's end a "*" stands for nothing only where no more pattern follows, so "A**" does not match "A".
+    return *pattern == '\0' || (pattern[0] == '*' && pattern[1] == '\0');
 }
 
 bool fits(const char *pattern, const char *text) {
-    return !pattern || OdlWildCardCompare(pattern, text);
+    return !pattern || (text && matches(pattern, text));
 }
 
 const Kwd *first_kwd_named(const ObjDesc *object, const char *pattern) {
@@ -141,5 +130,5 @@ Kwd *OdlNextKwd(Kwd *start_keyword, const char *name, const char *value, uint32_
 }
 
 int OdlWildCardCompare(const char *pattern, const char *text) {
-    return pattern && text && matches(view_of(pattern), view_of(text));
+    return pattern && text && matches(pattern, text);
 }

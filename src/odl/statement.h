@@ -9,10 +9,13 @@
 
 namespace odl {
 
+enum class StatementKind { Keyword, OpenObject, OpenGroup, CloseObject, EndLabel };
+
 class Statement {
   public:
-    // Adds a cleaned, non-empty line. The line must stay valid until `keep` is called or the statement is done.
-    void add(std::string_view line, long line_number);
+    // Adds a cleaned, non-empty line with the CharacterMark bits of its bytes. It must stay valid until `keep` is
+    // called or the statement is done.
+    void add(std::string_view line, unsigned marks, long line_number);
     // Copies what has been added, so that a further line can be read and added.
     void keep();
     void clear();
@@ -23,6 +26,7 @@ class Statement {
     bool is_within_quotes() const { return quotes_ % 2 != 0; }
     bool has_value() const { return value_ != none; }
 
+    StatementKind kind() const;
     long line_number() const { return line_number_; }
     // From the first word on.
     std::string_view text() const { return text_.substr(start_ == none ? text_.size() : start_); }
@@ -40,7 +44,7 @@ class Statement {
     static constexpr size_t none = std::string_view::npos;
 
     void note_first_word(size_t from);
-    void note_value(size_t from);
+    void note_value(size_t from, unsigned marks);
     bool is_balanced() const;
 
     std::string_view text_;  // the single line, or all of kept_
@@ -52,7 +56,7 @@ class Statement {
     size_t equals_ = none;     // of the first "="
     size_t value_ = none;      // of the first word after it
     size_t quotes_ = 0;
-    size_t value_quotes_ = 0;
+    size_t quotes_before_value_ = 0;
     Nesting value_nesting_;
 };
 
