@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 enum OaConversion : uint8_t {
     OA_SKIP = 0,
@@ -45,11 +46,10 @@ struct OaSlot {
     OaSlotSide dst;
     OaConversion conversion_type = OA_SKIP;
     OaDataType complex_type = OA_NO_DATA_TYPE;  // source type of an item that was split into its two halves
-    bool inserted = false;                      // a SPARE that the plan added
-    int64_t partial_bytes = 0;                  // of an item split between chunks, gathered so far
-    uint8_t *partial_item = nullptr;
-    BinrepPlan plan;                // conversion 1
-    uint8_t *buffer_end = nullptr;  // root: end of the output buffer
+    bool inserted = false;                      // a COLUMN that the plan added: a SPARE or an image's line
+    std::vector<uint8_t> partial_item;          // of an item split between chunks, gathered so far
+    BinrepPlan plan;                            // conversion 1
+    uint8_t *buffer_end = nullptr;              // root: end of the output buffer
 };
 
 // The slot of a label node, or null.
@@ -70,11 +70,16 @@ ObjDesc *OalCompressSDT(const ObjDesc *sdt);
 // Sets the output buffer and its size; returns the first leaf, or null for a null tree or buffer or a tree without
 // data.
 ObjDesc *OalInitializeSDT(ObjDesc *sdt, void *buffer, int64_t buffer_size);
-// Consumes a chunk: 0 when it is used up, 1 when the last data were passed. `leaf` is the position, updated.
+// Consumes a chunk: 0 when it is used up, 1 when the last data were passed or after reporting a conversion that failed.
+// `leaf` is the position, updated; null at the end.
 int OalProcessSDT(const void *source_bytes, int64_t byte_count, ObjDesc **leaf);
+// The next leaf that receives source bytes, or null at the end of the data.
 ObjDesc *OalPositionToNextDataNode(ObjDesc *leaf);
 // Converts the item at src.data to dst.data. 0, or 1 after reporting.
 int OalConvert(OaSlot *slot);
+// The same for `count` items lying one behind the other, copies included. `src` and `dst` may be equal where the sizes
+// of an item are.
+int OalConvertRun(OaSlot *slot, const uint8_t *src, uint8_t *dst, int64_t count);
 // Rewrites the keywords so that they describe the converted data, removes what the plan inserted and all slots.
 void OalSDTtoODLTree(ObjDesc *sdt, OaInterchangeFormat dst_interchange_format);
 // Frees the label tree with its slots; null is allowed. Returns null.
@@ -87,6 +92,8 @@ int OalPostOrderTraverse(ObjDesc *node, int mode, OaInterchangeFormat src_format
 int OalBuildSDTNode(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
 int OalDetermineConvertParameters(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
 void OalDetermineRepNodeAlignment(ObjDesc *node);
+// Fills a gap before the node's source bytes with a SPARE. 0, or 1 after reporting (534) that they overlap what stands
+// before.
 int OalCheckForGapInSrcData(ObjDesc *node);
 void OalAdjustKwdstoMatchSDT(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
 

@@ -1,0 +1,53 @@
+#include "oa/image_band.h"
+
+#include "base/notice.h"
+#include "base/text.h"
+#include "oa/binrep.h"
+
+std::unique_ptr<ImageBand> open_image_band(const char *routine, const ObjDesc *image_node, int64_t band) {
+    if (OaCheckODLTree(image_node) != 0) {
+        OaReportFailure(501, "%s: the image's label tree is missing or broken.", routine);
+        return nullptr;
+    }
+    OaImageKeywords image;
+    if (OaGetImageKeywords(image_node, &image) != 0)
+        return nullptr;
+    if (image.bands < 2) {
+        band = 1;
+    } else if (band < 1 || band > image.bands) {
+        OaReportFailure(520, "%s: out of range band value.", routine);
+        return nullptr;
+    }
+    switch (image.encoding) {
+        case OA_NOT_ENCODED:
+            return open_plain_band(routine, image_node, image, band);
+        default:
+            OaReportFailure(520, "%s: unsupported compression type: %d.", routine, image.encoding);
+            return nullptr;
+    }
+}
+
+OaObject *read_image_object(const char *routine, ImageBand *band, const SampleRectangle &rectangle,
+                            OaPtr<uint8_t> buffer, OdlTree label) {
+    ShortRead missing;
+    OalResetBinrepErrors();
+    if (!band->read(rectangle, buffer.get(), &missing))
+        return nullptr;
+    OalReportBinrepErrors(routine);
+    tell_short_read(missing);
+    OaObject *object = OaNewOaObject(label.get(), buffer.get(), rectangle.area() * band->sample_size());
+    if (!object)
+        return nullptr;
+    static_cast<void>(label.release());
+    static_cast<void>(buffer.release());
+    return object;
+}
+
+void tell_short_read(const ShortRead &missing) {
+    if (missing.bytes_read == missing.bytes_wanted)
+        return;
+    util_notice(NoticeKind::Error,
+                util_format("Bytes read: %lld.\nBytes attempted to be read: %lld\nline = %lld, sample = %lld",
+                            static_cast<long long>(missing.bytes_read), static_cast<long long>(missing.bytes_wanted),
+                            static_cast<long long>(missing.line + 1), static_cast<long long>(missing.sample + 1)));
+}

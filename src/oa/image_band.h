@@ -1,0 +1,64 @@
+// One band of an image, open for reading: whatever the encoding, it gives rectangles of native samples.
+#pragma once
+
+#include "oa/oa.h"
+
+#include <cstdint>
+#include <memory>
+
+// Lines and samples from 0.
+struct SampleRectangle {
+    int64_t line = 0;
+    int64_t lines = 0;
+    int64_t sample = 0;
+    int64_t samples = 0;
+
+    int64_t area() const { return lines * samples; }
+};
+
+// How far a read came when the file ended before it: bytes from the rectangle's first sample on, and the first sample
+// that is missing (from 0).
+struct ShortRead {
+    int64_t bytes_read = 0;
+    int64_t bytes_wanted = 0;
+    int64_t line = 0;
+    int64_t sample = 0;
+};
+
+class ImageBand {
+  public:
+    virtual ~ImageBand() = default;
+
+    // Fills `out`, zeroed before, with the rectangle's samples, line after line. Samples that the file does not hold
+    // stay 0 and are told in `missing`. False after reporting.
+    virtual bool read(const SampleRectangle &rectangle, uint8_t *out, ShortRead *missing) = 0;
+
+    int64_t lines() const { return image_.lines; }
+    int64_t line_samples() const { return image_.line_samples; }
+    int64_t sample_size() const { return sample_size_; }
+    // The image's label, describing this band in its native form.
+    const ObjDesc *label() const { return label_.get(); }
+
+  protected:
+    ImageBand(const OaImageKeywords &image, OdlTree label, int64_t native_sample_size)
+        : image_(image), label_(std::move(label)), sample_size_(native_sample_size) {}
+
+    OaImageKeywords image_;
+
+  private:
+    OdlTree label_;
+    int64_t sample_size_;  // bytes
+};
+
+// Opens a band (from 1; any number where the image has only one). Null after reporting in the name of `routine`.
+std::unique_ptr<ImageBand> open_image_band(const char *routine, const ObjDesc *image_node, int64_t band);
+std::unique_ptr<ImageBand> open_plain_band(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
+                                           int64_t band);
+
+// The rectangle as a new object in `buffer` (zeroed, of the rectangle's size; from here on the object's), which `label`
+// is to describe. Shows one message when samples are missing and reports values that did not fit. Null after reporting.
+OaObject *read_image_object(const char *routine, ImageBand *band, const SampleRectangle &rectangle,
+                            OaPtr<uint8_t> buffer, OdlTree label);
+
+// Shows the one message of a read that met the end of the file; does nothing when no sample is missing.
+void tell_short_read(const ShortRead &missing);

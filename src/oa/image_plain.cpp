@@ -1,0 +1,272 @@
+// Images whose samples stand in the file as they are, in any order of bands, lines and samples.
+//
+// Samples of a band lie at regular distances, so a rectangle is read where it lies: only its own bytes, straight into
+// the output where an item keeps its size, and converted there while it is still in the cache.
+#include "oa/image_band.h"
+#include "oa/sdt.h"
+#include "oa/stream.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr int64_t piece_bytes = int64_t{1} << 20;       // read and converted at a time: fits a core's cache
+constexpr int64_t direct_bytes = int64_t{1} << 30;      // read at a time where there is nothing to convert
+constexpr int64_t least_seek_bytes = int64_t{1} << 12;  // up to here reading on costs less than seeking
+
+// How the samples of an image become native: its only leaf that is not a SPARE, and the label they have then.
+struct SamplePlan {
+    OaSlot item;
+    int64_t items_per_sample = 1;  // two for complex samples
+    OdlTree label;
+
+    bool in_place() const { return item.src.size == item.dst.size; }
+    bool as_stored() const { return item.conversion_type == OA_COPY; }
+};
+
+const OaSlot *sample_slot(const ObjDesc *image) {
+    const OaSlot *slot = OalSlotOf(image);
+    for (const ObjDesc *child = LeftmostSDTChild(image); child; child = RightSDTSibling(child))
+        if (OalSlotOf(child)->conversion_type != OA_SKIP)
+            slot = OalSlotOf(child);
+    return slot;
+}
+
+bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
+                      OaInterchangeFormat src_format, SamplePlan *plan) {
+    OaSdt tree(OaCopyTree(image_node, OA_COPY_LABEL));
+    // What stands inside an image (a window, a group of remarks) describes no bytes of its own.
+    while (tree->first_child)
+        OdlFreeTree(OdlCutObjDesc(tree->first_child));
+    if (image.bands > 1)
+        for (const char *keyword : {"BANDS", "BAND_STORAGE_TYPE", "BAND_SEQUENCE"})
+            OaDeleteKwd(keyword, tree.get());
+    if (!OalCreateSDT(tree.get(), src_format)) {
+        OaReportFailure(oa_errno, "%s: CreateSDT returned error.", routine);
+        return false;
+    }
+    plan->item = *sample_slot(tree.get());
+    if (plan->item.src.binrep == plan->item.dst.binrep)
+        plan->item.conversion_type = OA_COPY;
+    plan->items_per_sample = image.sample_bits / 8 / plan->item.src.size;
+    OalSDTtoODLTree(tree.get(), OA_BINARY);
+    for (const char *keyword : {"ENCODING_TYPE", "LINE*PREFIX*BYTES", "LINE*SUFFIX*BYTES", "^LINE*PREFIX*STRUCTURE",
+                                "^LINE*SUFFIX*STRUCTURE"})
+        OaDeleteKwd(keyword, tree.get());
+    plan->label.reset(tree.release());
+    return true;
+}
+
+// Where the stored samples of a band are: bytes from the start of the file, and between neighbours.
+struct SampleLayout {
+    int64_t first = 0;
+    int64_t line_stride = 0;
+    int64_t sample_stride = 0;
+    int64_t sample_bytes = 0;
+
+    int64_t position(int64_t line, int64_t sample) const { return first + line * line_stride + sample * sample_stride; }
+    // From the first byte of the first of `samples` neighbours to the last byte of the last.
+    int64_t span(int64_t samples) const { return (samples - 1) * sample_stride + sample_bytes; }
+};
+
+SampleLayout layout_of(const OaImageKeywords &image, int64_t start, int64_t band) {
+    const int64_t sample_bytes = image.sample_bits / 8;
+    const int64_t band_line = image.line_samples * sample_bytes;
+    const OaBandStorage storage = image.bands > 1 ? image.band_storage : OA_BAND_SEQUENTIAL;
+    switch (storage) {
+        case OA_LINE_INTERLEAVED:
+            return {start + (band - 1) * band_line, image.bands * band_line, sample_bytes, sample_bytes};
+        case OA_SAMPLE_INTERLEAVED:
+            return {start + (band - 1) * sample_bytes, image.bands * band_line, image.bands * sample_bytes,
+                    sample_bytes};
+        default:
+            const int64_t line = image.line_prefix_bytes + band_line + image.line_suffix_bytes;
+            return {start + (band - 1) * image.lines * line + image.line_prefix_bytes, line, sample_bytes,
+                    sample_bytes};
+    }
+}
+
+template <typename T>
+void gather_as(const uint8_t *src, int64_t stride, uint8_t *dst, int64_t count) {
+    for (int64_t i = 0; i < count; ++i)
+        memcpy(dst + i * static_cast<int64_t>(sizeof(T)), src + i * stride, sizeof(T));
+}
+
+// Takes every `stride`-th sample.
+void gather(const uint8_t *src, int64_t stride, int64_t sample_bytes, uint8_t *dst, int64_t count) {
+    switch (sample_bytes) {
+        case 1:
+            return gather_as<uint8_t>(src, stride, dst, count);
+        case 2:
+            return gather_as<uint16_t>(src, stride, dst, count);
+        case 4:
+            return gather_as<uint32_t>(src, stride, dst, count);
+        case 8:
+            return gather_as<uint64_t>(src, stride, dst, count);
+        default:
+            for (int64_t i = 0; i < count; ++i)
+                memcpy(dst + i * sample_bytes, src + i * stride, static_cast<size_t>(sample_bytes));
+    }
+}
+
+class PlainBand : public ImageBand {
+  public:
+    PlainBand(const char *routine, const OaImageKeywords &image, SamplePlan plan, const SampleLayout &layout,
+              OaStreamPtr stream)
+        : ImageBand(image, std::move(plan.label), plan.items_per_sample * plan.item.dst.size),
+          routine_(routine),
+          plan_(std::move(plan)),
+          layout_(layout),
+          stream_(std::move(stream)) {}
+
+    bool read(const SampleRectangle &rectangle, uint8_t *out, ShortRead *missing) override;
+
+  private:
+    // What is read at a time: some samples of one line, or some lines.
+    struct Piece {
+        int64_t lines = 1;
+        int64_t samples = 1;
+    };
+
+    bool is_packed() const { return layout_.sample_stride == layout_.sample_bytes; }
+    bool goes_straight(const Piece &piece) const { return piece.lines == 1 && is_packed() && plan_.in_place(); }
+    Piece largest_piece(int64_t lines, int64_t samples) const;
+    bool read_bytes(int64_t position, int64_t count, uint8_t *into, int64_t *bytes_read);
+    int64_t convert_piece(const Piece &piece, const uint8_t *stored, int64_t bytes_held, uint8_t *out);
+    void convert_line(const uint8_t *stored, uint8_t *out, int64_t samples);
+
+    const char *routine_;
+    SamplePlan plan_;
+    SampleLayout layout_;
+    OaStreamPtr stream_;
+    std::vector<uint8_t> stored_;    // a piece as it stands in the file
+    std::vector<uint8_t> gathered_;  // its samples without what lies between them
+};
+
+PlainBand::Piece PlainBand::largest_piece(int64_t lines, int64_t samples) const {
+    const int64_t line_span = layout_.span(samples);
+    if (lines > 1 && layout_.line_stride - line_span <= least_seek_bytes && layout_.line_stride <= piece_bytes)
+        return {std::min(lines, piece_bytes / layout_.line_stride), samples};
+    const int64_t limit = plan_.as_stored() && is_packed() ? direct_bytes : piece_bytes;
+    return {1, std::min(samples, std::max<int64_t>(1, limit / layout_.sample_stride))};
+}
+
+bool PlainBand::read_bytes(int64_t position, int64_t count, uint8_t *into, int64_t *bytes_read) {
+    *bytes_read = 0;
+    while (*bytes_read < count) {
+        char *target = reinterpret_cast<char *>(into) + *bytes_read;
+        int64_t got = 0;
+        const int status = OalReadStream(stream_.get(), count - *bytes_read, &target, position + *bytes_read, &got);
+        if (status < 0) {
+            OaReportFailure(700, "%s: OalReadStream returned error, aborting.", routine_);
+            return false;
+        }
+        *bytes_read += got;
+        if (status != 0 || got == 0)
+            break;
+    }
+    return true;
+}
+
+void PlainBand::convert_line(const uint8_t *stored, uint8_t *out, int64_t samples) {
+    if (!is_packed()) {
+        uint8_t *packed = out;
+        if (!plan_.in_place()) {
+            gathered_.resize(static_cast<size_t>(samples * layout_.sample_bytes));
+            packed = gathered_.data();
+        }
+        gather(stored, layout_.sample_stride, layout_.sample_bytes, packed, samples);
+        stored = packed;
+    }
+    OalConvertRun(&plan_.item, stored, out, samples * plan_.items_per_sample);
+}
+
+// Converts as many samples as `bytes_held` bytes hold whole, and returns their number.
+int64_t PlainBand::convert_piece(const Piece &piece, const uint8_t *stored, int64_t bytes_held, uint8_t *out) {
+    int64_t converted = 0;
+    for (int64_t line = 0; line < piece.lines; ++line) {
+        const int64_t held = bytes_held - line * layout_.line_stride;
+        if (held < layout_.sample_bytes)
+            break;
+        const int64_t samples = std::min(piece.samples, (held - layout_.sample_bytes) / layout_.sample_stride + 1);
+        convert_line(stored + line * layout_.line_stride, out + converted * sample_size(), samples);
+        converted += samples;
+    }
+    return converted;
+}
+
+bool PlainBand::read(const SampleRectangle &rectangle, uint8_t *out, ShortRead *missing) {
+    int64_t lines = rectangle.lines;
+    int64_t samples = rectangle.samples;
+    if (is_packed() && layout_.span(samples) == layout_.line_stride) {
+        samples = rectangle.area();
+        lines = 1;
+    }
+    const int64_t first = layout_.position(rectangle.line, rectangle.sample);
+    const Piece largest = largest_piece(lines, samples);
+    int64_t samples_read = 0;
+    for (int64_t line = 0; line < lines; line += largest.lines) {
+        for (int64_t sample = 0; sample < samples; sample += largest.samples) {
+            const Piece piece = {std::min(largest.lines, lines - line), std::min(largest.samples, samples - sample)};
+            const int64_t offset = line * layout_.line_stride + sample * layout_.sample_stride;
+            const int64_t bytes = (piece.lines - 1) * layout_.line_stride + layout_.span(piece.samples);
+            uint8_t *target = out + samples_read * sample_size();
+            uint8_t *stored = target;
+            if (!goes_straight(piece)) {
+                stored_.resize(std::max(stored_.size(), static_cast<size_t>(bytes)));
+                stored = stored_.data();
+            }
+            int64_t held = 0;
+            if (!read_bytes(first + offset, bytes, stored, &held))
+                return false;
+            const int64_t converted = convert_piece(piece, stored, held, target);
+            samples_read += converted;
+            if (held < bytes) {
+                // The bytes of a sample that is not whole are no value.
+                if (stored == target)
+                    memset(target + converted * sample_size(), 0,
+                           static_cast<size_t>(held - converted * sample_size()));
+                *missing = {offset + held, (lines - 1) * layout_.line_stride + layout_.span(samples),
+                            rectangle.line + samples_read / rectangle.samples,
+                            rectangle.sample + samples_read % rectangle.samples};
+                return true;
+            }
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+std::unique_ptr<ImageBand> open_plain_band(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
+                                           int64_t band) {
+    if (image.bands > 1 && (image.line_prefix_bytes > 0 || image.line_suffix_bytes > 0)) {
+        OaReportFailure(520,
+                        "%s: LINE_PREFIX_BYTES and LINE_SUFFIX_BYTES are not supported for multiband or Previous Pixel "
+                        "compressed images.",
+                        routine);
+        return nullptr;
+    }
+    OaFileKeywords file;
+    if (OaGetFileKeywords(image_node, &file) != 0)
+        return nullptr;
+    if (file.record_type == OA_VARIABLE_LENGTH) {
+        OaReportFailure(520, "%s does not support variable-length record files  except for HFD compressed images.",
+                        routine);
+        return nullptr;
+    }
+    if (OaCheckImageExtent(image, file) != 0)
+        return nullptr;
+    SamplePlan plan;
+    if (!make_sample_plan(routine, image_node, image, file.interchange_format, &plan))
+        return nullptr;
+    // Samples are bytes whatever the records of the file: a stream of lines would be cut at every line feed.
+    OaStreamPtr stream(OalOpenStream(file.file_name.c_str(), OA_UNDEFINED, 0, 0, "r"));
+    if (!stream) {
+        OaReportFailure(700, "%s: OalOpenStream returned error.", routine);
+        return nullptr;
+    }
+    return std::make_unique<PlainBand>(routine, image, std::move(plan), layout_of(image, file.start, band),
+                                       std::move(stream));
+}

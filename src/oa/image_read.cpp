@@ -1,0 +1,16 @@
+// Whole images.
+#include "oa/image_band.h"
+
+OaObject *OaReadImage(const ObjDesc *image_node, int64_t band) {
+    const std::unique_ptr<ImageBand> source = open_image_band(__func__, image_node, band);
+    if (!source)
+        return nullptr;
+    const SampleRectangle whole = {0, source->lines(), 0, source->line_samples()};
+    const int64_t bytes = whole.area() * source->sample_size();
+    OaPtr<uint8_t> buffer(static_cast<uint8_t *>(OaZeroedMalloc(static_cast<size_t>(bytes))));
+    if (!buffer)
+        OaFatal(720, "%s: OaMalloc failed to allocate %lld bytes for image! Out of memory!", __func__,
+                static_cast<long long>(bytes));
+    OdlTree label(OaCopyTree(source->label(), OA_COPY_LABEL));
+    return read_image_object(__func__, source.get(), whole, std::move(buffer), std::move(label));
+}
