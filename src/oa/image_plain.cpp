@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 
 namespace {
 
@@ -33,6 +34,14 @@ const OaSlot *sample_slot(const ObjDesc *image) {
     return slot;
 }
 
+void delete_keywords(ObjDesc *node, std::initializer_list<const char *> patterns) {
+    for (const char *pattern : patterns) {
+        int absent = 0;
+        while (!absent)
+            absent = OaDeleteKwd(pattern, node);
+    }
+}
+
 bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
                       OaInterchangeFormat src_format, SamplePlan *plan) {
     OaSdt tree(OaCopyTree(image_node, OA_COPY_LABEL));
@@ -40,8 +49,7 @@ bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaIm
     while (tree->first_child)
         OdlFreeTree(OdlCutObjDesc(tree->first_child));
     if (image.bands > 1)
-        for (const char *keyword : {"BANDS", "BAND_STORAGE_TYPE", "BAND_SEQUENCE"})
-            OaDeleteKwd(keyword, tree.get());
+        delete_keywords(tree.get(), {"BANDS", "BAND_STORAGE_TYPE", "BAND_SEQUENCE"});
     if (!OalCreateSDT(tree.get(), src_format)) {
         OaReportFailure(oa_errno, "%s: CreateSDT returned error.", routine);
         return false;
@@ -51,9 +59,8 @@ bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaIm
         plan->item.conversion_type = OA_COPY;
     plan->items_per_sample = image.sample_bits / 8 / plan->item.src.size;
     OalSDTtoODLTree(tree.get(), OA_BINARY);
-    for (const char *keyword : {"ENCODING_TYPE", "LINE*PREFIX*BYTES", "LINE*SUFFIX*BYTES", "^LINE*PREFIX*STRUCTURE",
-                                "^LINE*SUFFIX*STRUCTURE"})
-        OaDeleteKwd(keyword, tree.get());
+    delete_keywords(tree.get(), {"ENCODING_TYPE", "LINE*PREFIX*BYTES", "LINE*SUFFIX*BYTES", "^LINE*PREFIX*STRUCTURE",
+                                 "^LINE*SUFFIX*STRUCTURE"});
     plan->label.reset(tree.release());
     return true;
 }
