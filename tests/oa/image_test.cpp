@@ -92,7 +92,7 @@ std::vector<Picture> real_pictures() {
         std::vector<std::string> fields;
         for (std::string field; std::getline(row, field, '\t');)
             fields.push_back(field);
-        pictures.push_back({fields[1].substr(0, fields[1].find(' ')), std::stoll(fields[4]), fields[17]});
+        pictures.push_back({fields[1].substr(0, fields[1].find(' ')), std::stoll(fields[4]), fields[18]});
     }
     return pictures;
 }

@@ -46,7 +46,7 @@ Keywords image_keywords(int lines, int samples, int bits, const char *type) {
 
 // Rows of columns: a root that repeats `rows` times and holds `row_bytes` each time.
 OaSdt new_rows(int64_t rows, int64_t row_bytes, const std::vector<ObjDesc *> &columns) {
-    OaSdt root(new_object("IMAGE", {}));
+    OaSdt root(new_object("ROWS", {}));
     OaSlot *slot = OalNewSDTNode(root.get());
     slot->total_repetitions = rows;
     slot->src.size = row_bytes;
