@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int64_t piece_bytes = int64_t{1} << 20;       // read and converted at a time: fits a core's cache
+constexpr int64_t piece_bytes = int64_t{1} << 18;       // read and converted at a time: stays in a core's cache
 constexpr int64_t direct_bytes = int64_t{1} << 30;      // read at a time where there is nothing to convert
 constexpr int64_t least_seek_bytes = int64_t{1} << 12;  // up to here reading on costs less than seeking
 
@@ -274,6 +274,8 @@ std::unique_ptr<ImageBand> open_plain_band(const char *routine, const ObjDesc *i
         OaReportFailure(700, "%s: OalOpenStream returned error.", routine);
         return nullptr;
     }
+    // Every read is for the bytes wanted; a buffer would fetch a page more at each seek.
+    setvbuf(stream->file.get(), nullptr, _IONBF, 0);
     return std::make_unique<PlainBand>(routine, image, std::move(plan), layout_of(image, file.start, band),
                                        std::move(stream));
 }
