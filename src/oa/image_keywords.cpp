@@ -2,6 +2,7 @@
 #include "base/text.h"
 #include "oa/oa.h"
 
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace {
@@ -56,7 +57,9 @@ int read_size(const ObjDesc *node, const char *keyword, bool required, int64_t m
         return 1;
     if (*out >= minimum)
         return 0;
-    OaReportFailure(502, "%s: %s = %lld is not a size.", reader, keyword, static_cast<long long>(*out));
+    std::string name(keyword);
+    std::replace(name.begin(), name.end(), '*', '_');
+    OaReportFailure(502, "%s: %s = %lld is not a size.", reader, name.c_str(), static_cast<long long>(*out));
     return 1;
 }
 
