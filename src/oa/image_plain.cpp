@@ -130,7 +130,7 @@ class PlainBand : public ImageBand {
     bool read(const SampleRectangle &rectangle, uint8_t *out, ShortRead *missing) override;
 
   private:
-    // What is read at a time: some samples of one line, or some lines.
+    // What is read at a time: samples of one line, or of some lines below each other.
     struct Piece {
         int64_t lines = 1;
         int64_t samples = 1;
@@ -138,7 +138,11 @@ class PlainBand : public ImageBand {
 
     bool is_packed() const { return layout_.sample_stride == layout_.sample_bytes; }
     bool goes_straight(const Piece &piece) const { return piece.lines == 1 && is_packed() && plan_.in_place(); }
-    Piece largest_piece(int64_t lines, int64_t samples) const;
+    int64_t span(const Piece &piece) const {
+        return (piece.lines - 1) * layout_.line_stride + layout_.span(piece.samples);
+    }
+    Piece largest_piece(const Piece &all) const;
+    int64_t read_piece(const Piece &piece, int64_t position, uint8_t *out, int64_t *bytes_held);
     bool read_bytes(int64_t position, int64_t count, uint8_t *into, int64_t *bytes_read);
     int64_t convert_piece(const Piece &piece, const uint8_t *stored, int64_t bytes_held, uint8_t *out);
     void convert_line(const uint8_t *stored, uint8_t *out, int64_t samples);
@@ -151,12 +155,12 @@ class PlainBand : public ImageBand {
     std::vector<uint8_t> gathered_;  // its samples without what lies between them
 };
 
-PlainBand::Piece PlainBand::largest_piece(int64_t lines, int64_t samples) const {
-    const int64_t line_span = layout_.span(samples);
-    if (lines > 1 && layout_.line_stride - line_span <= least_seek_bytes && layout_.line_stride <= piece_bytes)
-        return {std::min(lines, piece_bytes / layout_.line_stride), samples};
+PlainBand::Piece PlainBand::largest_piece(const Piece &all) const {
+    const int64_t gap = layout_.line_stride - layout_.span(all.samples);
+    if (all.lines > 1 && gap <= least_seek_bytes && layout_.line_stride <= piece_bytes)
+        return {std::min(all.lines, piece_bytes / layout_.line_stride), all.samples};
     const int64_t limit = plan_.as_stored() && is_packed() ? direct_bytes : piece_bytes;
-    return {1, std::min(samples, std::max<int64_t>(1, limit / layout_.sample_stride))};
+    return {1, std::min(all.samples, std::max<int64_t>(1, limit / layout_.sample_stride))};
 }
 
 bool PlainBand::read_bytes(int64_t position, int64_t count, uint8_t *into, int64_t *bytes_read) {
@@ -203,39 +207,42 @@ int64_t PlainBand::convert_piece(const Piece &piece, const uint8_t *stored, int6
     return converted;
 }
 
+// Reads the piece that begins at a position and converts the samples that the file holds whole. Returns their number,
+// or -1 after reporting; fewer `bytes_held` than the piece spans tell that the file ended.
+int64_t PlainBand::read_piece(const Piece &piece, int64_t position, uint8_t *out, int64_t *bytes_held) {
+    const int64_t bytes = span(piece);
+    const bool straight = goes_straight(piece);
+    if (!straight)
+        stored_.resize(std::max(stored_.size(), static_cast<size_t>(bytes)));
+    uint8_t *stored = straight ? out : stored_.data();
+    if (!read_bytes(position, bytes, stored, bytes_held))
+        return -1;
+    const int64_t samples = convert_piece(piece, stored, *bytes_held, out);
+    // The bytes of a sample that is not whole are no value.
+    if (straight && *bytes_held < bytes)
+        memset(out + samples * sample_size(), 0, static_cast<size_t>(*bytes_held - samples * sample_size()));
+    return samples;
+}
+
 bool PlainBand::read(const SampleRectangle &rectangle, uint8_t *out, ShortRead *missing) {
-    int64_t lines = rectangle.lines;
-    int64_t samples = rectangle.samples;
-    if (is_packed() && layout_.span(samples) == layout_.line_stride) {
-        samples = rectangle.area();
-        lines = 1;
-    }
+    Piece all = {rectangle.lines, rectangle.samples};
+    if (is_packed() && layout_.span(all.samples) == layout_.line_stride)
+        all = {1, rectangle.area()};  // lines without a gap are one long line
     const int64_t first = layout_.position(rectangle.line, rectangle.sample);
-    const Piece largest = largest_piece(lines, samples);
+    const Piece largest = largest_piece(all);
     int64_t samples_read = 0;
-    for (int64_t line = 0; line < lines; line += largest.lines) {
-        for (int64_t sample = 0; sample < samples; sample += largest.samples) {
-            const Piece piece = {std::min(largest.lines, lines - line), std::min(largest.samples, samples - sample)};
+    for (int64_t line = 0; line < all.lines; line += largest.lines) {
+        for (int64_t sample = 0; sample < all.samples; sample += largest.samples) {
+            const Piece piece = {std::min(largest.lines, all.lines - line),
+                                 std::min(largest.samples, all.samples - sample)};
             const int64_t offset = line * layout_.line_stride + sample * layout_.sample_stride;
-            const int64_t bytes = (piece.lines - 1) * layout_.line_stride + layout_.span(piece.samples);
-            uint8_t *target = out + samples_read * sample_size();
-            uint8_t *stored = target;
-            if (!goes_straight(piece)) {
-                stored_.resize(std::max(stored_.size(), static_cast<size_t>(bytes)));
-                stored = stored_.data();
-            }
             int64_t held = 0;
-            if (!read_bytes(first + offset, bytes, stored, &held))
+            const int64_t samples = read_piece(piece, first + offset, out + samples_read * sample_size(), &held);
+            if (samples < 0)
                 return false;
-            const int64_t converted = convert_piece(piece, stored, held, target);
-            samples_read += converted;
-            if (held < bytes) {
-                // The bytes of a sample that is not whole are no value.
-                if (stored == target)
-                    memset(target + converted * sample_size(), 0,
-                           static_cast<size_t>(held - converted * sample_size()));
-                *missing = {offset + held, (lines - 1) * layout_.line_stride + layout_.span(samples),
-                            rectangle.line + samples_read / rectangle.samples,
+            samples_read += samples;
+            if (held < span(piece)) {
+                *missing = {offset + held, span(all), rectangle.line + samples_read / rectangle.samples,
                             rectangle.sample + samples_read % rectangle.samples};
                 return true;
             }
