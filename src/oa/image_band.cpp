@@ -49,5 +49,5 @@ void tell_short_read(const ShortRead &missing) {
     util_notice(NoticeKind::Error,
                 util_format("Bytes read: %lld.\nBytes attempted to be read: %lld\nline = %lld, sample = %lld",
                             static_cast<long long>(missing.bytes_read), static_cast<long long>(missing.bytes_wanted),
-                            static_cast<long long>(missing.line + 1), static_cast<long long>(missing.sample + 1)));
+                            static_cast<long long>(missing.line) + 1, static_cast<long long>(missing.sample) + 1));
 }
