@@ -27,8 +27,8 @@ struct ImageDescription {
     int64_t minimum = -1;     // the label's MINIMUM and MAXIMUM; -1: to be computed from the samples shown
     int64_t maximum = -1;
     int64_t bands = 1;
-    float real_minimum = 0;  // of 32-bit reals
-    float real_maximum = 0;
+    double real_minimum = 0;  // of reals without a range in the label, computed from the samples shown
+    double real_maximum = 0;
     bool is_signed = true;     // unless SAMPLE_TYPE says UNSIGNED
     bool lines_large = false;  // more than one block of lines, of samples
     bool samples_large = false;
@@ -39,6 +39,9 @@ struct ImageDescription {
     std::unique_ptr<PixelImage> display_image;
     int16_t palette_number = 0;
 };
+
+// True when samples of that SAMPLE_TYPE are floats once they are native.
+bool is_real_sample_type(const std::string &sample_type);
 
 inline constexpr int64_t block_span = 2000;         // lines and samples of a block at most
 inline constexpr int64_t chosen_span_limit = 4000;  // of a block chosen by hand

@@ -2,36 +2,22 @@
 #pragma once
 
 #include "viewer/model/image_description.h"
+#include "viewer/model/sample_range.h"
 
 #include <array>
 #include <cstdint>
 #include <string>
 
-// Minimum and maximum of lines x samples native values lying row after row. The starting values bias the result on
-// purpose: a maximum is never below 0, an unsigned 16-bit minimum never above 32767, a 64-bit one never above 999999.
-// NaNs are passed over. With lines < 1 the starting values come back.
-struct IntegerRange {
-    int64_t minimum;
-    int64_t maximum;
-};
-struct RealRange {
-    double minimum;
-    double maximum;
-};
-struct WordRange {  // 32-bit samples, read as integers and, from the same bits, as floats
-    IntegerRange integers;
-    RealRange reals;
-};
-IntegerRange cstretch16s(const void *samples, int64_t lines, int64_t line_samples);
-IntegerRange cstretch16us(const void *samples, int64_t lines, int64_t line_samples);
-WordRange cstretch32s(const void *samples, int64_t lines, int64_t line_samples);
-WordRange cstretch32us(const void *samples, int64_t lines, int64_t line_samples);
-RealRange cstretch64s(const void *samples, int64_t lines, int64_t line_samples);
-RealRange cstretch64us(const void *samples, int64_t lines, int64_t line_samples);
+// Computes the description's range from native samples when the label left its minimum or maximum open (-1): of reals
+// the real pair, else the integers. Nothing for 8-bit samples, which are shown as they are.
+void find_stretch_range(const void *samples, ImageDescription *description, int64_t lines, int64_t line_samples);
 
-// Maps native samples of 16, 32 or 64 bits linearly onto the bytes of `display` (lines x line_samples), computing and
-// storing the description's range first when its minimum or maximum is -1. Values outside the range wrap around.
-// False for any other sample size; the display then stays as it is.
+// Maps native samples of 16, 32 or 64 bits linearly onto the bytes of `display`, between the description's minimum and
+// maximum as they stand (the real pair for reals without a range in the label). Values outside wrap around. False for
+// any other sample size; the display then stays as it is.
+bool map_samples(const void *samples, const ImageDescription &description, int64_t count, uint8_t *display);
+
+// Both in turn, for lines x line_samples samples lying row after row.
 bool scale_image(const void *samples, ImageDescription *description, int64_t lines, int64_t line_samples,
                  uint8_t *display);
 

@@ -1,0 +1,85 @@
+#include "viewer/model/stretch.h"
+
+namespace {
+
+// The ramp from black at `low` to white at `high`; as it is when there is no ramp between the two.
+void set_grey_ramp(ColourTable *colours, int low, int high) {
+    if (high <= low)
+        return;
+    const float slope = 255.0F / static_cast<float>(high - low);
+    for (int i = 0; i < 256; ++i) {
+        const float level = static_cast<float>(i - low) * slope + 0.5F;
+        const auto grey = static_cast<uint8_t>(level < 0 ? 0.0F : level > 255 ? 255.0F : level);
+        (*colours)[static_cast<size_t>(i)] = {grey, grey, grey};
+    }
+}
+
+}  // namespace
+
+std::array<int64_t, 256> count_levels(const PixelImage &image) {
+    std::array<int64_t, 256> counts = {};
+    if (image.bytes_per_pixel != 1)
+        return counts;
+    // Neighbours are mostly of one level: counting them in tables of their own keeps each count from waiting for the
+    // one before.
+    std::array<std::array<int64_t, 256>, 4> tables = {};
+    const uint8_t *pixels = image.pixels.get();
+    const int64_t size = int64_t{image.width} * image.height;
+    int64_t i = 0;
+    for (; i + 4 <= size; i += 4) {
+        for (size_t table = 0; table < 4; ++table)
+            ++tables[table][pixels[i + static_cast<int64_t>(table)]];
+    }
+    for (; i < size; ++i)
+        ++tables[0][pixels[i]];
+    for (size_t level = 0; level < counts.size(); ++level)
+        counts[level] = tables[0][level] + tables[1][level] + tables[2][level] + tables[3][level];
+    return counts;
+}
+
+void stretch_colours(PixelImage *image) {
+    const auto counts = count_levels(*image);
+    int64_t total = 0;
+    for (size_t level = 1; level < counts.size(); ++level)
+        total += counts[level];
+    if (total == 0)
+        return;
+
+    int low = 0;
+    int high = 0;
+    float running = 0;
+    for (int level = 1; level < 256; ++level) {
+        running += static_cast<float>(counts[static_cast<size_t>(level)]) * 100 / static_cast<float>(total);
+        if (low == 0 && running > 0.5F)
+            low = level;
+        if (high == 0 && running >= 99.5F)
+            high = level;
+    }
+    set_grey_ramp(&image->colours, low, high);
+}
+
+void stretch_colours_to_range(PixelImage *image) {
+    const auto counts = count_levels(*image);
+    int low = 0;
+    int high = 255;
+    while (low < high && counts[static_cast<size_t>(low)] == 0)
+        ++low;
+    while (high > low && counts[static_cast<size_t>(high)] == 0)
+        --high;
+    set_grey_ramp(&image->colours, low, high);
+}
+
+void invert_colours(PixelImage *image) {
+    for (size_t i = 0; i < image->colours.size(); ++i) {
+        const auto grey = static_cast<uint8_t>(255 - i);
+        image->colours[i] = {grey, grey, grey};
+    }
+}
+
+void reset_colours(PixelImage *image) {
+    image->colours = util_grey_colours();
+}
+
+double getDNValue(uint8_t display_byte) {
+    return display_byte;
+}
