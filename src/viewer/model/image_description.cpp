@@ -15,9 +15,12 @@ bool positive_keyword(const ObjDesc *node, const char *name, int64_t *out) {
     return OaKwdValuetoLong(name, node, out) == 0 && *out > 0;
 }
 
+// A value of another type counts as absent and is not worth a report.
 int64_t integer_keyword(const ObjDesc *node, const char *name, int64_t when_absent) {
+    const char *text = nullptr;
     int64_t value = 0;
-    return OaKwdValuetoLong(name, node, &value) == 0 ? value : when_absent;
+    const bool is_integer = OaKwdValuetoStr(name, node, &text) == 0 && text && OdlDataType(text) == VALUE_INTEGER;
+    return is_integer && OaKwdValuetoLong(name, node, &value) == 0 ? value : when_absent;
 }
 
 std::string text_keyword(const ObjDesc *node, const char *name, const char *when_absent) {

@@ -32,6 +32,7 @@ class PlainImageSource : public SampleSource {
     int64_t band_;
     OaImageKeywords keywords_;
     bool checked_ = false;
+    ImageHandle handle_;  // opened with the first part that is read, so that blocks in order are decoded once
 };
 
 // The rectangle of an image that lies in memory.
@@ -108,11 +109,12 @@ OaObjectPtr PlainImageSource::read_rectangle(const SampleBlock &block) {
             return nullptr;
         return cut_out(*image, keywords_.line_samples, block, keywords_.sample_bits / 8);
     }
-    const ImageHandle handle(OaOpenImage(image_, band_));
-    if (!handle)
+    if (!handle_)
+        handle_.reset(OaOpenImage(image_, band_));
+    if (!handle_)
         return nullptr;
     return OaObjectPtr(
-        OaReadPartialImage(handle.get(), block.first_line, block.last_line, block.first_sample, block.last_sample));
+        OaReadPartialImage(handle_.get(), block.first_line, block.last_line, block.first_sample, block.last_sample));
 }
 
 // Samples whose native form has another size than the label says (ASCII numbers) cannot be shown; what a decoder left

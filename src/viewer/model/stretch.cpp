@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "viewer/model/vectorise.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -58,35 +59,50 @@ RealRange real_range_of(const ImageDescription &description, bool samples_are_re
     return {static_cast<double>(description.minimum), static_cast<double>(description.maximum)};
 }
 
-void store(ImageDescription *description, IntegerRange range) {
-    description->minimum = range.minimum;
-    description->maximum = range.maximum;
-}
-
-void store(ImageDescription *description, RealRange range) {
-    description->real_minimum = range.minimum;
-    description->real_maximum = range.maximum;
-}
-
 }  // namespace
 
-void find_stretch_range(const void *samples, ImageDescription *description, int64_t lines, int64_t line_samples) {
-    if (label_gives_range(*description))
+StretchRangeFinder::StretchRangeFinder(const ImageDescription &description)
+    : sample_bits_(description.sample_bits),
+      is_signed_(description.is_signed),
+      keeps_reals_(sample_bits_ == 64 || is_real_sample_type(description.sample_type)),
+      ranges_(find(nullptr, 0, 0)) {}
+
+StretchRangeFinder::Ranges StretchRangeFinder::find(const void *samples, int64_t lines, int64_t line_samples) const {
+    switch (sample_bits_) {
+        case 16:
+            return {is_signed_ ? cstretch16s(samples, lines, line_samples) : cstretch16us(samples, lines, line_samples),
+                    {}};
+        case 32: {
+            const WordRange range =
+                is_signed_ ? cstretch32s(samples, lines, line_samples) : cstretch32us(samples, lines, line_samples);
+            return {range.integers, range.reals};
+        }
+        case 64:
+            return {
+                {},
+                is_signed_ ? cstretch64s(samples, lines, line_samples) : cstretch64us(samples, lines, line_samples)};
+        default:
+            return {};
+    }
+}
+
+void StretchRangeFinder::add(const void *samples, int64_t lines, int64_t line_samples) {
+    const Ranges found = find(samples, lines, line_samples);
+    ranges_.integers = {std::min(ranges_.integers.minimum, found.integers.minimum),
+                        std::max(ranges_.integers.maximum, found.integers.maximum)};
+    ranges_.reals = {std::min(ranges_.reals.minimum, found.reals.minimum),
+                     std::max(ranges_.reals.maximum, found.reals.maximum)};
+}
+
+void StretchRangeFinder::store(ImageDescription *description) const {
+    if (label_gives_range(*description) || (sample_bits_ != 16 && sample_bits_ != 32 && sample_bits_ != 64))
         return;
-    const bool is_signed = description->is_signed;
-    if (description->sample_bits == 16) {
-        store(description,
-              is_signed ? cstretch16s(samples, lines, line_samples) : cstretch16us(samples, lines, line_samples));
-    } else if (description->sample_bits == 32) {
-        const WordRange range =
-            is_signed ? cstretch32s(samples, lines, line_samples) : cstretch32us(samples, lines, line_samples);
-        if (is_real_sample_type(description->sample_type))
-            store(description, range.reals);
-        else
-            store(description, range.integers);
-    } else if (description->sample_bits == 64) {
-        store(description,
-              is_signed ? cstretch64s(samples, lines, line_samples) : cstretch64us(samples, lines, line_samples));
+    if (keeps_reals_) {
+        description->real_minimum = ranges_.reals.minimum;
+        description->real_maximum = ranges_.reals.maximum;
+    } else {
+        description->minimum = ranges_.integers.minimum;
+        description->maximum = ranges_.integers.maximum;
     }
 }
 
@@ -114,7 +130,11 @@ bool map_samples(const void *samples, const ImageDescription &description, int64
 
 bool scale_image(const void *samples, ImageDescription *description, int64_t lines, int64_t line_samples,
                  uint8_t *display) {
-    find_stretch_range(samples, description, lines, line_samples);
+    if (!label_gives_range(*description)) {
+        StretchRangeFinder finder(*description);
+        finder.add(samples, lines, line_samples);
+        finder.store(description);
+    }
     return map_samples(samples, *description, lines * line_samples, display);
 }
 

@@ -8,16 +8,35 @@
 #include <cstdint>
 #include <string>
 
-// Computes the description's range from native samples when the label left its minimum or maximum open (-1): of reals
-// the real pair, else the integers. Nothing for 8-bit samples, which are shown as they are.
-void find_stretch_range(const void *samples, ImageDescription *description, int64_t lines, int64_t line_samples);
+// Gathers the range of native samples, strip after strip, by the finder for their size, sign and type.
+class StretchRangeFinder {
+  public:
+    explicit StretchRangeFinder(const ImageDescription &description);
+
+    void add(const void *samples, int64_t lines, int64_t line_samples);
+    // Stores the range, of reals as the real pair, when the label left its minimum or maximum open (-1). Nothing for
+    // 8-bit samples, which are shown as they are.
+    void store(ImageDescription *description) const;
+
+  private:
+    struct Ranges {
+        IntegerRange integers;
+        RealRange reals;
+    };
+    Ranges find(const void *samples, int64_t lines, int64_t line_samples) const;
+
+    int64_t sample_bits_;
+    bool is_signed_;
+    bool keeps_reals_;
+    Ranges ranges_;
+};
 
 // Maps native samples of 16, 32 or 64 bits linearly onto the bytes of `display`, between the description's minimum and
 // maximum as they stand (the real pair for reals without a range in the label). Values outside wrap around. False for
 // any other sample size; the display then stays as it is.
 bool map_samples(const void *samples, const ImageDescription &description, int64_t count, uint8_t *display);
 
-// Both in turn, for lines x line_samples samples lying row after row.
+// Both in turn, for lines x line_samples samples lying row after row; finds nothing when the label gives the range.
 bool scale_image(const void *samples, ImageDescription *description, int64_t lines, int64_t line_samples,
                  uint8_t *display);
 

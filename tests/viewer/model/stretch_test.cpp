@@ -1,0 +1,229 @@
+#include "viewer/model/stretch.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace {
+
+constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
+constexpr float infinity = std::numeric_limits<float>::infinity();
+
+ImageDescription described(int64_t bits, const char *sample_type, int64_t minimum = -1, int64_t maximum = -1) {
+    ImageDescription description;
+    description.sample_bits = bits;
+    description.sample_type = sample_type;
+    description.is_signed = !strstr(sample_type, "UNSIGNED");
+    description.minimum = minimum;
+    description.maximum = maximum;
+    return description;
+}
+
+template <typename T>
+std::vector<int> display_of(const std::vector<T> &samples, ImageDescription description) {
+    std::vector<uint8_t> display(samples.size());
+    EXPECT_TRUE(scale_image(samples.data(), &description, 1, static_cast<int64_t>(samples.size()), display.data()));
+    return {display.begin(), display.end()};
+}
+
+TEST(Finders, StartingValuesBiasTheRange) {
+    const std::vector<int16_t> negative = {-5, -3, -9};
+    EXPECT_EQ(cstretch16s(negative.data(), 1, 3).minimum, -9);
+    EXPECT_EQ(cstretch16s(negative.data(), 1, 3).maximum, 0);
+    const std::vector<uint16_t> bright = {65000, 40000};
+    EXPECT_EQ(cstretch16us(bright.data(), 2, 1).minimum, 32767);
+    EXPECT_EQ(cstretch16us(bright.data(), 2, 1).maximum, 65000);
+    const std::vector<double> large = {1e7, 2e7};
+    EXPECT_EQ(cstretch64s(large.data(), 1, 2).minimum, 999999.0);
+    EXPECT_EQ(cstretch64us(large.data(), 1, 2).maximum, 2e7);
+
+    EXPECT_EQ(cstretch16s(negative.data(), 0, 3).minimum, 32767);
+    EXPECT_EQ(cstretch16us(nullptr, -1, 5).maximum, 0);
+    const WordRange none = cstretch32us(nullptr, 0, 3);
+    EXPECT_EQ(none.integers.minimum, 4294967295);
+    EXPECT_EQ(none.reals.minimum, 4294967296.0);
+    EXPECT_EQ(cstretch32s(nullptr, 0, 3).integers.minimum, 2147483647);
+}
+
+TEST(Finders, WordsAreReadAsIntegersAndAsFloats) {
+    const std::vector<float> reals = {nan_value, -2.5F, 1e30F, nan_value};
+    const WordRange range = cstretch32s(reals.data(), 2, 2);
+    EXPECT_EQ(range.reals.minimum, -2.5);
+    EXPECT_EQ(range.reals.maximum, 1e30F);
+    const std::vector<uint32_t> words = {0x80000000U, 0x00000005U};
+    EXPECT_EQ(cstretch32s(words.data(), 1, 2).integers.minimum, -2147483648LL);
+    EXPECT_EQ(cstretch32us(words.data(), 1, 2).integers.maximum, 2147483648LL);
+}
+
+// Wherever an extreme lies, in a whole vector or in the tail, it is found.
+TEST(Finders, EveryPlaceCounts) {
+    for (size_t place = 0; place < 300; ++place) {
+        std::vector<int16_t> halves(300, 7);
+        halves[place] = -8;
+        EXPECT_EQ(cstretch16s(halves.data(), 3, 100).minimum, -8);
+        std::vector<double> reals(300, nan_value);
+        reals[place] = 9;
+        EXPECT_EQ(cstretch64s(reals.data(), 3, 100).maximum, 9);
+        EXPECT_EQ(cstretch64s(reals.data(), 3, 100).minimum, 9);
+    }
+}
+
+TEST(Stretch, EveryHalfwordMapsAsTheFormulaSays) {
+    struct Case {
+        const char *sample_type;
+        int64_t minimum, maximum;
+    };
+    const Case cases[] = {
+        {"MSB_INTEGER", 0, 4095},    {"MSB_INTEGER", -32768, 32767},        {"LSB_UNSIGNED_INTEGER", 0, 65535},
+        {"MSB_INTEGER", 100, 200},   {"MSB_UNSIGNED_INTEGER", 0, 0},        {"MSB_INTEGER", 200, 100},
+        {"MSB_INTEGER", 8, 7},       {"MSB_UNSIGNED_INTEGER", 40000, 7},    {"MSB_INTEGER", -3, 1000003},
+        {"MSB_INTEGER", 1, 1 << 30}, {"MSB_INTEGER", INT64_MIN, INT64_MAX}, {"MSB_INTEGER", 17, 9973},
+    };
+    std::vector<int16_t> samples;
+    for (int value = -32768; value < 32768; ++value)
+        samples.push_back(static_cast<int16_t>(value));
+    for (const Case &c : cases) {
+        const std::vector<int> display = display_of(samples, described(16, c.sample_type, c.minimum, c.maximum));
+        const auto span = static_cast<float>(static_cast<double>(c.maximum) + 1 - static_cast<double>(c.minimum));
+        const float step = span == 0 ? 1.0F : span * 0.00390625F;
+        for (size_t i = 0; i < samples.size(); ++i) {
+            volatile float quotient = static_cast<float>(samples[i] - static_cast<int16_t>(c.minimum)) / step;
+            ASSERT_EQ(display[i], static_cast<int>(quotient) & 255)
+                << samples[i] << " in " << c.minimum << " to " << c.maximum;
+        }
+    }
+}
+
+TEST(Stretch, ValuesOutsideTheRangeWrap) {
+    EXPECT_EQ(display_of<int16_t>({99, 100, 150, 200, 201, 255}, described(16, "MSB_INTEGER", 100, 200)),
+              (std::vector<int>{254, 0, 126, 253, 0, 136}));
+    // The unsigned maximum is found, but samples above 32767 map through their signed value.
+    EXPECT_EQ(display_of<uint16_t>({0, 256, 32767, 32768, 65535}, described(16, "MSB_UNSIGNED_INTEGER")),
+              (std::vector<int>{0, 1, 127, 128, 0}));
+    // In single precision the excess over a span of 32 and more is lost: the maximum itself wraps to black.
+    EXPECT_EQ(display_of<int32_t>({-1000, 0, 500, 998, 1000}, described(32, "LSB_INTEGER")),
+              (std::vector<int>{0, 128, 192, 255, 0}));
+    EXPECT_EQ(display_of<uint32_t>({0, 512, 0xffffff00U}, described(32, "LSB_UNSIGNED_INTEGER", 0, 1024)),
+              (std::vector<int>{0, 128, 192}));
+}
+
+TEST(Stretch, RealsByDataTypeWhateverItsName) {
+    const std::vector<float> samples = {0.0F, 0.25F, 0.5F, 0.999F};
+    const std::vector<int> expected = {0, 63, 127, 255};
+    const std::vector<float> with_one = {0.0F, 0.25F, 0.5F, 0.999F, 1.0F};
+    for (const char *name :
+         {"IEEE_REAL", "PC_REAL", "VAX_REAL", "REAL", "FLOAT", "SUN_REAL", "MAC_REAL", "VAXG_REAL"}) {
+        EXPECT_EQ(display_of(samples, described(32, name, 0, 1)), expected) << name;
+        const std::vector<int> found = display_of(with_one, described(32, name));
+        EXPECT_EQ(std::vector<int>(found.begin(), found.begin() + 4), expected) << name;
+    }
+    EXPECT_NE(display_of(samples, described(32, "MSB_INTEGER", 0, 1)), expected);
+    const std::vector<double> doubles = {0.0, 0.25, 0.5, 0.999, 1.0};
+    const std::vector<int> found = display_of(doubles, described(64, "IEEE_REAL"));
+    EXPECT_EQ(std::vector<int>(found.begin(), found.begin() + 4), expected);
+}
+
+TEST(Stretch, WhatNoIntegerHoldsIsBlack) {
+    EXPECT_EQ(display_of<float>({nan_value, infinity, -infinity, 3e38F, 1.5F}, described(32, "PC_REAL", 0, 256)),
+              (std::vector<int>{0, 0, 0, 0, 1}));
+    // In 64 bits the low eight bits of large whole numbers still count.
+    const double step = (256 + 0.000001) * 0.00390625;
+    EXPECT_EQ(display_of<double>({nan_value, 1e300, -1.5 * step, 4294967301.5 * step, 9.3e18 * step},
+                                 described(64, "PC_REAL", 0, 256)),
+              (std::vector<int>{0, 0, 255, 5, 0}));
+}
+
+// A computed range is kept with the description; the label's own range is never replaced.
+TEST(Stretch, RangeIsStoredByKind) {
+    const auto find = [](ImageDescription description, const auto &first, const auto &second) {
+        StretchRangeFinder finder(description);
+        finder.add(first.data(), 1, static_cast<int64_t>(first.size()));
+        finder.add(second.data(), 1, static_cast<int64_t>(second.size()));
+        finder.store(&description);
+        return description;
+    };
+    const std::vector<int16_t> halves = {5, 12};
+    const ImageDescription integers = find(described(16, "MSB_INTEGER", 3, -1), halves, std::vector<int16_t>{-7});
+    EXPECT_EQ(integers.minimum, -7);
+    EXPECT_EQ(integers.maximum, 12);
+    const std::vector<float> floats = {0.5F, 2.5F};
+    const ImageDescription reals = find(described(32, "PC_REAL"), floats, std::vector<float>{9.5F});
+    EXPECT_EQ(reals.real_minimum, 0.5);
+    EXPECT_EQ(reals.real_maximum, 9.5);
+    EXPECT_EQ(reals.minimum, -1);
+    const ImageDescription given = find(described(32, "PC_REAL", 1, 4), floats, floats);
+    EXPECT_EQ(given.minimum, 1);
+    EXPECT_EQ(given.real_maximum, 0);
+    EXPECT_EQ(find(described(8, "MSB_INTEGER"), floats, floats).maximum, -1);
+}
+
+TEST(DisplayImage, EightBitSamplesAreShownAsTheyAre) {
+    ImageDescription description = described(8, "MSB_INTEGER");
+    const uint8_t samples[] = {1, 2, 3, 250, 251, 252};
+    EXPECT_EQ(build_display_image(samples, &description, 2, 3), "");
+    ASSERT_TRUE(description.display_image);
+    EXPECT_EQ(description.display_image->width, 3);
+    EXPECT_EQ(memcmp(description.display_image->pixels.get(), samples, sizeof samples), 0);
+    EXPECT_EQ(description.display_image->colours, util_grey_colours());
+}
+
+TEST(DisplayImage, FailuresSayWhy) {
+    ImageDescription description = described(12, "MSB_INTEGER");
+    const uint8_t samples[] = {1, 2};
+    EXPECT_EQ(
+        build_display_image(samples, &description, 1, 1).find("Lumacart does not currently process your sample type."),
+        0u);
+    ASSERT_TRUE(description.display_image);
+    EXPECT_EQ(*description.display_image->pixels, 0);
+    EXPECT_EQ(build_display_image(nullptr, &description, 1, 1), "Create image -- No pointer to image data was found");
+    EXPECT_FALSE(description.display_image);
+    EXPECT_NE(build_display_image(samples, &description, int64_t{1} << 40, 1), "");
+}
+
+std::unique_ptr<PixelImage> image_with_levels(const std::vector<uint8_t> &levels) {
+    auto image = util_new_pixel_image(static_cast<int>(levels.size()), 1, 1);
+    memcpy(image->pixels.get(), levels.data(), levels.size());
+    image->colours = util_grey_colours();
+    return image;
+}
+
+TEST(ColourStretch, HalfAPerCentGoesBlackAndWhite) {
+    // Of 1000 pixels that count, 5 lie at 3, 6 at 10, 984 at 60 and 5 at 200; the background does not count.
+    std::vector<uint8_t> levels(5000, 0);
+    levels.insert(levels.end(), 5, 3);
+    levels.insert(levels.end(), 6, 10);
+    levels.insert(levels.end(), 984, 60);
+    levels.insert(levels.end(), 5, 200);
+    const auto image = image_with_levels(levels);
+    const auto counts = count_levels(*image);
+    EXPECT_EQ(counts[0], 5000);
+    EXPECT_EQ(counts[60], 984);
+    stretch_colours(image.get());  // from 10, where half a per cent is passed, to 60, where 99.5 are reached
+    EXPECT_EQ(image->colours[10].red, 0);
+    EXPECT_EQ(image->colours[11].green, 5);  // 5.1 + 0.5
+    EXPECT_EQ(image->colours[59].blue, 250);
+    EXPECT_EQ(image->colours[60].red, 255);
+    EXPECT_EQ(image->colours[255].red, 255);
+    stretch_colours_to_range(image.get());
+    EXPECT_EQ(image->colours[100].red, 128);
+    invert_colours(image.get());
+    EXPECT_EQ(image->colours[100].red, 155);
+    reset_colours(image.get());
+    EXPECT_EQ(image->colours, util_grey_colours());
+}
+
+TEST(ColourStretch, WithoutARampTheTableStays) {
+    for (const std::vector<uint8_t> &levels : {std::vector<uint8_t>(9, 0), std::vector<uint8_t>(9, 77)}) {
+        const auto image = image_with_levels(levels);
+        invert_colours(image.get());
+        const ColourTable before = image->colours;
+        stretch_colours(image.get());
+        stretch_colours_to_range(image.get());
+        EXPECT_EQ(image->colours, before);
+    }
+}
+
+}  // namespace
