@@ -1,0 +1,212 @@
+#include "base/file.h"
+#include "base/text.h"
+#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/image_part.h"
+#include "cli/picture.h"
+#include "cli/product.h"
+#include "cli/true_range.h"
+#include "viewer/model/stretch.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+namespace {
+
+struct Request {
+    std::string file;
+    std::string object = "*IMAGE";
+    int64_t band = 1;
+    std::optional<Interval> lines;
+    std::optional<Interval> samples;
+    std::string raw;
+    std::string png;
+};
+
+// Returns an empty text, or what is wrong with the arguments.
+std::string take_request(std::span<char *const> words, Request *request) {
+    std::optional<std::string> object, band, lines, samples, raw, png;
+    const Option options[] = {{"--object", &object},   {"--band", &band}, {"--lines", &lines},
+                              {"--samples", &samples}, {"--raw", &raw},   {"--png", &png}};
+    const std::string mistake = take_arguments(words, options, &request->file);
+    if (!mistake.empty())
+        return mistake;
+    if (band) {
+        const auto number = positive_number(*band);
+        if (!number)
+            return "--band takes a number from 1, not " + *band;
+        request->band = *number;
+    }
+    if (lines && !(request->lines = interval(*lines)))
+        return "--lines takes A:B with 1 <= A <= B, not " + *lines;
+    if (samples && !(request->samples = interval(*samples)))
+        return "--samples takes A:B with 1 <= A <= B, not " + *samples;
+    if ((raw && raw->empty()) || (png && png->empty()))
+        return "an output file needs a name";
+    request->object = object.value_or(request->object);
+    request->raw = raw.value_or("");
+    request->png = png.value_or("");
+    return "";
+}
+
+// The first object whose class or NAME matches.
+const ObjDesc *find_object(ObjDesc *root, const std::string &pattern) {
+    for (ObjDesc *node = root->first_child; node; node = OdlTraverseTree(node, root->level)) {
+        const Kwd *name = OdlFindKwd(node, "NAME", nullptr, 1, SCOPE_THIS_OBJECT);
+        const char *value = name ? OdlGetKwdValue(name) : nullptr;
+        if ((node->class_name && OdlWildCardCompare(pattern.c_str(), node->class_name)) ||
+            (value && OdlWildCardCompare(pattern.c_str(), util_without(value, '"').c_str())))
+            return node;
+    }
+    return nullptr;
+}
+
+// The part asked for. Returns an empty text, or why there is no such part.
+std::string choose_block(const Request &request, const ImageDescription &description, SampleBlock *block) {
+    if (request.band > description.bands)
+        return util_format("there is no band %lld; BANDS is %lld", static_cast<long long>(request.band),
+                           static_cast<long long>(description.bands));
+    const Interval lines = request.lines.value_or(Interval{1, description.lines});
+    const Interval samples = request.samples.value_or(Interval{1, description.line_samples});
+    if (lines.last > description.lines)
+        return util_format("there is no line %lld; LINES is %lld", static_cast<long long>(lines.last),
+                           static_cast<long long>(description.lines));
+    if (samples.last > description.line_samples)
+        return util_format("there is no sample %lld; LINE_SAMPLES is %lld", static_cast<long long>(samples.last),
+                           static_cast<long long>(description.line_samples));
+    *block = {lines.first, lines.last, samples.first, samples.last};
+    return "";
+}
+
+bool is_same_file(const std::string &a, const std::string &b) {
+    std::error_code ignored;
+    return std::filesystem::equivalent(a, b, ignored);
+}
+
+// A product is never written over, and two outputs are two files. Returns an empty text, or what is wrong.
+std::string check_outputs(const Request &request, const std::string &label, const ObjDesc *node) {
+    OaFileKeywords file;
+    if (OaGetFileKeywords(node, &file) != 0)
+        return error_string;
+    for (const std::string &output : {request.raw, request.png}) {
+        if (!output.empty() && (is_same_file(output, label) || is_same_file(output, file.file_name)))
+            return output + " belongs to the product";
+    }
+    if (!request.raw.empty() &&
+        std::filesystem::path(request.raw).lexically_normal() == std::filesystem::path(request.png).lexically_normal())
+        return "--raw and --png need files of their own";
+    return "";
+}
+
+struct Summary {
+    std::string type;
+    std::string range;
+};
+
+// An output file; it takes its place only when everything was done. Without a path nothing is written.
+class Output {
+  public:
+    // Each returns an empty text, or what failed.
+    std::string open(const std::string &path) {
+        path_ = path;
+        return path_.empty() || file_.open(path_) ? "" : failure();
+    }
+    std::string commit() { return !stream() || file_.commit() ? "" : failure(); }
+
+    FILE *stream() const { return file_.stream(); }
+    std::string failure() const { return path_ + ": " + strerror(errno); }
+
+  private:
+    std::string path_;
+    ReplacingFile file_;
+};
+
+// One pass over the samples: their type, their ranges, and the file of them. Returns an empty text, or what failed.
+std::string pass_over_samples(ImagePart *part, const Output &raw, ImageDescription *description, Summary *summary) {
+    std::optional<TrueRange> range;
+    StretchRangeFinder stretch(*description);
+    for (int64_t i = 0; i < part->strip_count(); ++i) {
+        const OaObject *samples = part->read(i);
+        if (!samples)
+            return read_failure;
+        const SampleBlock strip = part->strip(i);
+        if (!range) {
+            const char *type = nullptr;
+            OaKwdValuetoStr("SAMPLE_TYPE", samples->odl, &type);
+            summary->type = util_without(type ? type : "", '"');
+            range.emplace(summary->type, description->sample_bits);
+        }
+        range->add(samples->data, strip.lines() * strip.samples());
+        stretch.add(samples->data, strip.lines(), strip.samples());
+        const auto size = static_cast<size_t>(strip.lines() * strip.samples() * description->sample_bits / 8);
+        if (raw.stream() && fwrite(samples->data, 1, size, raw.stream()) != size)
+            return raw.failure();
+    }
+    stretch.store(description);
+    summary->range = range->text();
+    return "";
+}
+
+// Returns an empty text, or what failed; both outputs are then as they were.
+std::string write_outputs(const Request &request, ImagePart *part, ImageDescription *description, Summary *summary) {
+    Output raw;
+    Output png;
+    std::string error = raw.open(request.raw);
+    if (error.empty())
+        error = png.open(request.png);
+    if (error.empty())
+        error = pass_over_samples(part, raw, description, summary);
+    if (error.empty() && png.stream()) {
+        error = write_picture(part, *description, png.stream());
+        if (!error.empty())
+            error = request.png + ": " + error;
+    }
+    if (error.empty())
+        error = raw.commit();
+    return error.empty() ? png.commit() : error;
+}
+
+std::string export_image(const Request &request, const std::string &label, const ObjDesc *node) {
+    const auto source = plain_image_source(node, request.band);
+    ImageDescription description;
+    std::string error = source->describe(&description);
+    SampleBlock block;
+    if (error.empty())
+        error = choose_block(request, description, &block);
+    if (error.empty())
+        error = check_outputs(request, label, node);
+    if (!error.empty())
+        return error;
+
+    ImagePart part(source.get(), block, description.sample_bits / 8);
+    Summary summary;
+    error = write_outputs(request, &part, &description, &summary);
+    if (error.empty())
+        printf("%lld %lld %lld %s %s\n", static_cast<long long>(block.lines()), static_cast<long long>(block.samples()),
+               static_cast<long long>(description.sample_bits), summary.type.c_str(), summary.range.c_str());
+    return error;
+}
+
+}  // namespace
+
+int run_image(std::span<char *const> arguments) {
+    Request request;
+    const std::string mistake = take_request(arguments, &request);
+    if (!mistake.empty())
+        return fail(mistake);
+    const std::string label = find_label_file(request.file);
+    if (label.empty())
+        return exit_failed;
+    show_notices();
+    const OdlTree root(OaParseLabelFile(label.c_str(), nullptr, ODL_EXPAND_STRUCTURE, 1));
+    if (!root)
+        return fail(label + ": the label cannot be read");
+    const ObjDesc *node = find_object(root.get(), request.object);
+    if (!node)
+        return fail(label + ": there is no object " + request.object);
+    const std::string error = export_image(request, label, node);
+    if (!error.empty())
+        return fail(label + ": " + error);
+    return had_notices() ? exit_with_messages : exit_done;
+}

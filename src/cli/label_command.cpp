@@ -1,0 +1,76 @@
+#include "base/file.h"
+#include "cli/arguments.h"
+#include "cli/commands.h"
+#include "cli/product.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+namespace {
+
+// Gathers the parser's messages, which it appends to a file by name: standard error may be something that has no name.
+class MessageFile {
+  public:
+    MessageFile() : path_((std::filesystem::temp_directory_path() / "lumacart-XXXXXX").string()) {
+        const int descriptor = mkstemp(path_.data());
+        if (descriptor < 0)
+            path_.clear();
+        else
+            close(descriptor);
+    }
+    ~MessageFile() {
+        if (!path_.empty())
+            unlink(path_.c_str());
+    }
+    MessageFile(const MessageFile &) = delete;
+    MessageFile &operator=(const MessageFile &) = delete;
+
+    const char *path() const { return path_.empty() ? nullptr : path_.c_str(); }
+
+    // Copies the messages to standard error; false when there are none. The parser heads each file with a banner, of
+    // which the name is kept where messages follow.
+    bool show() const {
+        std::ifstream file(path_);
+        std::string banner;
+        bool any = false;
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with("Parsing File:")) {
+                banner = line + "\n";
+            } else if (line.find_first_not_of('-') != std::string::npos) {
+                fprintf(stderr, "%s%s\n", banner.c_str(), line.c_str());
+                banner.clear();
+                any = true;
+            }
+        }
+        return any;
+    }
+
+  private:
+    std::string path_;
+};
+
+}  // namespace
+
+int run_label(std::span<char *const> arguments) {
+    std::string file;
+    const std::string mistake = take_arguments(arguments, {}, &file);
+    if (!mistake.empty())
+        return fail(mistake);
+    const std::string label = find_label_file(file);
+    if (label.empty())
+        return exit_failed;
+
+    const MessageFile messages;
+    if (!messages.path())
+        return fail("no temporary file can be made for messages");
+    show_notices();
+    const OdlTree root(OaParseLabelFile(label.c_str(), messages.path(), ODL_EXPAND_STRUCTURE, 0));
+    const bool has_messages = messages.show();
+    if (!root)
+        return fail(label + ": the label cannot be read");
+    OdlPrintHierarchy(root.get(), nullptr, stdout);
+    return has_messages || had_notices() ? exit_with_messages : exit_done;
+}

@@ -1,0 +1,107 @@
+#include "cli/commands.h"
+
+#include <cstdio>
+#include <string_view>
+
+namespace {
+
+constexpr const char *general_help =
+    "usage: lumacart-cli COMMAND [ARGUMENT...]\n"
+    "\n"
+    "  label FILE   check the label of a product and list its objects\n"
+    "  image FILE   describe an image, write its samples or its picture\n"
+    "\n"
+    "  --help       this text; COMMAND --help tells about one command\n"
+    "  --version    the program's version\n";
+
+constexpr const char *label_help =
+    "usage: lumacart-cli label FILE\n"
+    "\n"
+    "Checks the label in FILE, or beside it under the same name with the extension lbl or LBL. Messages about the "
+    "label\n"
+    "go to standard error; the objects go to standard output, a line each: line, level, name and class.\n"
+    "\n"
+    "Exit status: 0 nothing to tell, 1 messages were written, 2 there is no label that can be read.\n";
+
+constexpr const char *image_help =
+    "usage: lumacart-cli image FILE [OPTION...]\n"
+    "\n"
+    "Reads an image of the product whose label is in FILE, or beside it under the same name with the extension lbl or\n"
+    "LBL, and prints one line:\n"
+    "\n"
+    "  LINES SAMPLES BITS TYPE MINIMUM MAXIMUM\n"
+    "\n"
+    "of the part read; BITS and TYPE as in memory, MINIMUM and MAXIMUM over its finite samples (- where there are "
+    "none\n"
+    "or the type has no numbers).\n"
+    "\n"
+    "  --object NAME   the first object of that class or NAME; * stands for any text (default: class *IMAGE)\n"
+    "  --band N        band, from 1 (default: 1)\n"
+    "  --lines A:B     lines A to B, from 1 (default: all)\n"
+    "  --samples A:B   samples A to B of each line, from 1 (default: all)\n"
+    "  --raw OUT       write the samples as they are in memory, row after row\n"
+    "  --png OUT       write the picture that the viewer shows, turned as the label directs\n"
+    "\n"
+    "Exit status: 0 done, 1 done with messages (such as a file that ends early), 2 failed; OUT is then as it was.\n";
+
+struct Command {
+    std::string_view name;
+    int (*run)(std::span<char *const> arguments);
+    const char *help;
+};
+constexpr Command commands[] = {
+    {"label", run_label, label_help},
+    {"image", run_image, image_help},
+};
+
+// False, after saying so, when what was printed did not all reach its place.
+bool output_is_complete() {
+    if (fflush(stdout) == 0 && !ferror(stdout))
+        return true;
+    fail("standard output cannot be written");
+    return false;
+}
+
+int print(const char *text) {
+    fputs(text, stdout);
+    return exit_done;
+}
+
+bool asks_for_help(std::span<char *const> arguments) {
+    for (const std::string_view argument : arguments) {
+        if (argument == "--")
+            return false;
+        if (argument == "--help")
+            return true;
+    }
+    return false;
+}
+
+int run(std::span<char *const> arguments) {
+    if (arguments.empty()) {
+        fputs(general_help, stderr);
+        return exit_failed;
+    }
+    const std::string_view name = arguments.front();
+    if (name == "--help")
+        return print(general_help);
+    if (name == "--version")
+        return print("lumacart-cli " LUMACART_VERSION "\n");
+    for (const Command &command : commands) {
+        if (name == command.name)
+            return asks_for_help(arguments.subspan(1)) ? print(command.help) : command.run(arguments.subspan(1));
+    }
+    return fail("unknown command " + std::string(name) + "; see lumacart-cli --help");
+}
+
+}  // namespace
+
+int fail(const std::string &text) {
+    fprintf(stderr, "lumacart-cli: %s\n", text.c_str());
+    return exit_failed;
+}
+
+int main(int argc, char **argv) {
+    const int status = run({argv + 1, static_cast<size_t>(argc > 0 ? argc - 1 : 0)});
+    return output_is_complete() ? status : exit_failed;
+}

@@ -1,0 +1,328 @@
+// Runs the real program.
+#include "support/corpus.h"
+#include "support/product.h"
+#include "support/sha256.h"
+
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <sstream>
+#include <sys/wait.h>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// For the shell; no path here holds a quote.
+std::string quoted(const std::string &word) {
+    return util_format("'%s'", word.c_str());
+}
+
+struct Outcome {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+Outcome run_command(const std::string &command) {
+    const ScratchFolder scratch;
+    const std::string out = scratch.file("out");
+    const std::string err = scratch.file("err");
+    const int result =
+        std::system(("{ " + command + "; } >" + quoted(out) + " 2>" + quoted(err) + " </dev/null").c_str());
+    return {WIFEXITED(result) ? WEXITSTATUS(result) : -1, read_file(out), read_file(err)};
+}
+
+std::string cli_command(const std::vector<std::string> &arguments) {
+    std::string command = quoted(LUMACART_CLI);
+    for (const std::string &argument : arguments)
+        command.append(" ").append(quoted(argument));
+    return command;
+}
+
+Outcome run_cli(const std::vector<std::string> &arguments) {
+    return run_command(cli_command(arguments));
+}
+
+struct Picture {
+    unsigned width = 0;
+    unsigned height = 0;
+    std::vector<int> levels;
+};
+
+Picture read_png(const std::string &path) {
+    Picture picture;
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&image, path.c_str()))
+        return picture;
+    EXPECT_EQ(image.format & PNG_FORMAT_FLAG_COLOR, 0u);
+    image.format = PNG_FORMAT_GRAY;
+    std::vector<uint8_t> levels(PNG_IMAGE_SIZE(image));
+    if (png_image_finish_read(&image, nullptr, levels.data(), 0, nullptr))
+        picture = {image.width, image.height, {levels.begin(), levels.end()}};
+    return picture;
+}
+
+// 3 lines of 4 samples, most significant byte first: 0, 100, .. 1100.
+std::string ramp() {
+    std::string bytes;
+    for (int i = 0; i < 12; ++i) {
+        bytes += static_cast<char>(i * 100 >> 8);
+        bytes += static_cast<char>(i * 100 & 255);
+    }
+    return bytes;
+}
+
+ImageProduct ramp_product() {
+    ImageProduct product{.lines = 3, .samples = 4, .bits = 16, .type = "MSB_INTEGER"};
+    product.more = "NAME = \"MAIN VIEW\"\n";
+    product.data = ramp();
+    return product;
+}
+
+std::string write_ramp(const ScratchFolder &scratch) {
+    return write_detached(scratch, "scene", ramp_product());
+}
+
+TEST(Cli, TellsAboutItself) {
+    EXPECT_EQ(run_cli({"--version"}).out, "lumacart-cli " LUMACART_VERSION "\n");
+    for (const std::vector<std::string> &words :
+         {std::vector<std::string>{"--help"}, {"label", "--help"}, {"image", "x", "--help"}}) {
+        const Outcome help = run_cli(words);
+        EXPECT_EQ(help.status, 0);
+        EXPECT_EQ(help.out.find("usage: lumacart-cli"), 0u);
+        EXPECT_EQ(help.err, "");
+    }
+    EXPECT_EQ(run_command(cli_command({"--help"}) + " >/dev/full").status, 2);
+}
+
+TEST(Cli, RefusesWhatItCannotDo) {
+    const ScratchFolder scratch;
+    const std::string label = write_ramp(scratch);
+    const std::string data = scratch.file("scene.IMG");
+    const std::string plain = scratch.write("plain.dat", std::string(1000, '\0'));
+    const std::string text =
+        scratch.write("text.lbl", "RECORD_TYPE = STREAM\r\nOBJECT = NOTE\r\nEND_OBJECT\r\nEND\r\n");
+    const std::string huge = scratch.write(
+        "huge.lbl",
+        "RECORD_TYPE = UNDEFINED\r\n^IMAGE = \"scene.IMG\"\r\nOBJECT = IMAGE\r\nLINES = 2000000000\r\n"
+        "LINE_SAMPLES = 2000000000\r\nSAMPLE_BITS = 64\r\nSAMPLE_TYPE = IEEE_REAL\r\nEND_OBJECT\r\nEND\r\n");
+    struct {
+        std::vector<std::string> arguments;
+        const char *reason;
+    } const cases[] = {
+        {{}, "usage"},
+        {{"view", label}, "unknown command view"},
+        {{"image"}, "which file?"},
+        {{"image", label, label}, "one file at a time"},
+        {{"image", label, "--bands", "1"}, "unknown option --bands"},
+        {{"image", label, "--band"}, "--band needs a value"},
+        {{"image", label, "--band=1", "--band", "1"}, "--band is given twice"},
+        {{"image", label, "--band", "0"}, "--band takes"},
+        {{"image", label, "--band", "2"}, "there is no band 2; BANDS is 1"},
+        {{"image", label, "--lines", "3"}, "--lines takes A:B"},
+        {{"image", label, "--lines", "3:2"}, "--lines takes A:B"},
+        {{"image", label, "--lines", "-1:2"}, "--lines takes A:B"},
+        {{"image", label, "--lines", "1:99999999999999999999"}, "--lines takes A:B"},
+        {{"image", label, "--lines", "1:4"}, "there is no line 4; LINES is 3"},
+        {{"image", label, "--samples", "5:5"}, "there is no sample 5; LINE_SAMPLES is 4"},
+        {{"image", label, "--object", "QUBE"}, "there is no object QUBE"},
+        {{"image", label, "--raw", ""}, "needs a name"},
+        {{"image", label, "--raw", scratch.file("no/where")}, "No such file or directory"},
+        {{"image", label, "--raw", data}, "belongs to the product"},
+        {{"image", label, "--png", label}, "belongs to the product"},
+        {{"image", label, "--png", scratch.file("a"), "--raw", scratch.file("./a")}, "files of their own"},
+        {{"image", scratch.file("absent")}, "No such file or directory"},
+        {{"image", scratch.path().string()}, "Is a directory"},
+        {{"image", plain}, "no label in the file nor beside it"},
+        {{"image", text}, "there is no object *IMAGE"},
+        {{"image", huge}, "LINES = 2000000000"},
+        {{"label", plain}, "no label in the file nor beside it"},
+        {{"label", scratch.file("absent")}, "No such file or directory"},
+        {{"label", label, "--band", "1"}, "unknown option --band"},
+    };
+    for (const auto &c : cases) {
+        const Outcome outcome = run_cli(c.arguments);
+        EXPECT_EQ(outcome.status, 2) << c.reason;
+        EXPECT_EQ(outcome.out, "") << c.reason;
+        EXPECT_NE(outcome.err.find(c.reason), std::string::npos) << outcome.err;
+    }
+}
+
+TEST(CliLabel, MessagesAndObjects) {
+    const ScratchFolder scratch;
+    const std::string label = write_ramp(scratch);
+    const Outcome good = run_cli({"label", label});
+    EXPECT_EQ(good.status, 0);
+    EXPECT_EQ(good.err, "");
+    EXPECT_NE(good.out.find("MAIN VIEW"), std::string::npos);
+    EXPECT_NE(good.out.find("--  IMAGE"), std::string::npos);
+    const Outcome beside = run_cli({"label", scratch.file("scene.IMG")});
+    EXPECT_EQ(beside.status, 0);
+    EXPECT_EQ(beside.out, good.out);
+    EXPECT_NE(beside.err.find("using " + label), std::string::npos);
+
+    const std::string bad =
+        scratch.write("bad.lbl", "RECORD_TYPE = STREAM\r\nOBJECT = IMAGE\r\nLINES = 1__2\r\nEND\r\n");
+    const Outcome faulty = run_cli({"label", bad});
+    EXPECT_EQ(faulty.status, 1);
+    EXPECT_NE(faulty.err.find("Multiple underscores"), std::string::npos) << faulty.err;
+    EXPECT_NE(faulty.out.find("--  IMAGE"), std::string::npos);
+    EXPECT_EQ(faulty.out.find("Multiple underscores"), std::string::npos);
+}
+
+TEST(CliImage, APartIsReadWrittenAndShown) {
+    const ScratchFolder scratch;
+    const std::string raw = scratch.file("part.raw");
+    const std::string png = scratch.file("part.png");
+    Outcome outcome = run_cli({"image", write_ramp(scratch), "--object", "MAIN*", "--lines=2:3", "--samples=2:4",
+                               "--raw", raw, "--png", png});
+    EXPECT_EQ(outcome.out, "2 3 16 LSB_INTEGER 500 1100\n");
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(outcome.status, 0);
+    const int16_t samples[] = {500, 600, 700, 900, 1000, 1100};
+    EXPECT_EQ(read_file(raw), std::string(reinterpret_cast<const char *>(samples), sizeof samples));
+    const Picture picture = read_png(png);
+    EXPECT_EQ(picture.width, 3u);
+    EXPECT_EQ(picture.height, 2u);
+    EXPECT_EQ(picture.levels, (std::vector<int>{0, 42, 85, 170, 212, 255}));  // 601 values on 256 levels
+
+    // The label's own range is used, values outside wrap; directions turn the picture.
+    ImageProduct turned = ramp_product();
+    turned.more = "MINIMUM = 100\nMAXIMUM = 355\nLINE_DISPLAY_DIRECTION = LEFT\nSAMPLE_DISPLAY_DIRECTION = DOWN\n";
+    outcome = run_cli({"image", write_detached(scratch, "turned", turned), "--lines", "1:2", "--png", png});
+    EXPECT_EQ(outcome.out, "2 4 16 LSB_INTEGER 0 700\n");
+    const Picture wrapped = read_png(png);
+    EXPECT_EQ(wrapped.width, 2u);
+    EXPECT_EQ(wrapped.height, 4u);
+    EXPECT_EQ(wrapped.levels, (std::vector<int>{300 - 256, 156, 400 - 256, 0, 500 - 256, 100, 600 - 512, 200}));
+}
+
+TEST(CliImage, RangeIsThatOfFiniteNumbers) {
+    struct {
+        int bits;
+        const char *type;
+        std::string samples;  // two
+        const char *line;
+    } const cases[] = {
+        {8, "LSB_INTEGER", "\xff\x7f", "1 2 8 LSB_INTEGER -1 127\n"},
+        {8, "UNSIGNED_INTEGER", "\xff\x7f", "1 2 8 LSB_UNSIGNED_INTEGER 127 255\n"},
+        {32, "LSB_UNSIGNED_INTEGER", std::string("\xff\xff\xff\xff\x01\0\0\0", 8),
+         "1 2 32 LSB_UNSIGNED_INTEGER 1 4294967295\n"},
+        {64, "LSB_INTEGER", std::string("\1\0\0\0\0\0\0\x80\2\0\0\0\0\0\0\0", 16),
+         "1 2 64 LSB_INTEGER -9223372036854775807 2\n"},
+    };
+    const ScratchFolder scratch;
+    for (const auto &c : cases)
+        EXPECT_EQ(run_cli({"image", write_detached(scratch, "pair",
+                                                   {.samples = 2, .bits = c.bits, .type = c.type, .data = c.samples})})
+                      .out,
+                  c.line);
+
+    constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    const float reals[] = {nan_value, -2.5F, infinity, 0.1F, -infinity, nan_value};
+    const std::string label = write_detached(scratch, "reals",
+                                             {.lines = 2,
+                                              .samples = 3,
+                                              .bits = 32,
+                                              .type = "PC_REAL",
+                                              .data = {reinterpret_cast<const char *>(reals), sizeof reals}});
+    EXPECT_EQ(run_cli({"image", label}).out, "2 3 32 PC_REAL -2.5 0.100000001\n");
+    EXPECT_EQ(run_cli({"image", label, "--samples=3:3", "--lines=1:1"}).out, "1 1 32 PC_REAL - -\n");
+}
+
+TEST(CliImage, AFileThatEndsEarlyIsToldAndShown) {
+    const ScratchFolder scratch;
+    ImageProduct product = ramp_product();
+    product.data = ramp().substr(8, 12);
+    const std::string label = write_detached(scratch, "short", product);
+    const std::string raw = scratch.file("short.raw");
+    const Outcome outcome = run_cli({"image", label, "--raw", raw, "--png", scratch.file("short.png")});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "3 4 16 LSB_INTEGER 0 900\n");
+    const size_t notice = outcome.err.find("Bytes read: 12");
+    EXPECT_NE(notice, std::string::npos) << outcome.err;
+    EXPECT_EQ(outcome.err.find("Bytes read", notice + 1), std::string::npos) << outcome.err;
+    EXPECT_EQ(fs::file_size(raw), 24u);
+}
+
+TEST(CliImage, AFailureLeavesTheOutputsAsTheyWere) {
+    const ScratchFolder scratch;
+    const std::string label = write_ramp(scratch);
+    const std::string raw = scratch.write("keep.raw", "before");
+    EXPECT_EQ(run_cli({"image", label, "--raw", raw, "--png", scratch.file("no/where.png")}).status, 2);
+    // A full disk, in small: files may not grow, and the program hears of it as an error.
+    const Outcome full =
+        run_command("(trap '' XFSZ; ulimit -f 0; " + cli_command({"image", label, "--raw", raw}) + " | cat)");
+    EXPECT_EQ(full.out, "");
+    EXPECT_EQ(read_file(raw), "before");
+    int files = 0;
+    for ([[maybe_unused]] const auto &entry : fs::directory_iterator(scratch.path()))
+        ++files;
+    EXPECT_EQ(files, 3) << "label, samples and the old output";
+}
+
+std::vector<std::string> fields_of(const std::string &line) {
+    std::vector<std::string> fields;
+    std::istringstream stream(line);
+    for (std::string field; std::getline(stream, field, '\t');)
+        fields.push_back(field);
+    return fields;
+}
+
+std::vector<std::map<std::string, std::string>> read_table(const fs::path &path) {
+    std::ifstream file(path);
+    std::string line;
+    std::getline(file, line);
+    const std::vector<std::string> names = fields_of(line);
+    std::vector<std::map<std::string, std::string>> rows;
+    while (std::getline(file, line)) {
+        const std::vector<std::string> fields = fields_of(line);
+        auto &row = rows.emplace_back();
+        for (size_t i = 0; i < std::min(names.size(), fields.size()); ++i)
+            row[names[i]] = fields[i];
+    }
+    return rows;
+}
+
+TEST(CliImage, RealPicturesGiveTheirKnownSamples) {
+    REQUIRE_CORPUS();
+    const auto pictures = read_table(corpus_path("real/manifest.tsv"));
+    ASSERT_EQ(pictures.size(), 8u);
+    for (auto picture : pictures) {
+        SCOPED_TRACE(picture["file"]);
+        const ScratchFolder scratch;
+        Sha256 sum;
+        double minimum = std::numeric_limits<double>::max();
+        double maximum = std::numeric_limits<double>::lowest();
+        for (int band = 1; band <= std::stoi(picture["bands"]); ++band) {
+            const std::string raw = scratch.file("band");
+            const Outcome outcome = run_cli({"image", corpus_path("real/" + picture["file"]).string(), "--band",
+                                             std::to_string(band), "--raw", raw});
+            ASSERT_EQ(outcome.status, 0) << outcome.err;
+            std::istringstream line(outcome.out);
+            std::string lines, samples, bits, type;
+            double low = 0;
+            double high = 0;
+            ASSERT_TRUE(line >> lines >> samples >> bits >> type >> low >> high) << outcome.out;
+            EXPECT_EQ(lines + " " + samples + " " + bits,
+                      picture["height"] + " " + picture["width"] + " " + picture["bits"]);
+            minimum = std::min(minimum, low);
+            maximum = std::max(maximum, high);
+            sum.add(read_file(raw));
+        }
+        EXPECT_EQ(sum.hex(), picture["sha256_samples"]);
+        if (picture["missing"] == "-") {  // the known range leaves out samples of the missing constant
+            EXPECT_NEAR(minimum, std::stod(picture["min"]), 1e-8 * std::abs(minimum));
+            EXPECT_NEAR(maximum, std::stod(picture["max"]), 1e-8 * std::abs(maximum));
+        }
+    }
+}
+
+}  // namespace
