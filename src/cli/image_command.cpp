@@ -88,7 +88,7 @@ bool is_same_file(const std::string &a, const std::string &b) {
 std::string check_outputs(const Request &request, const std::string &label, const ObjDesc *node) {
     OaFileKeywords file;
     if (OaGetFileKeywords(node, &file) != 0)
-        return error_string;
+        return read_failure;
     for (const std::string &output : {request.raw, request.png}) {
         if (!output.empty() && (is_same_file(output, label) || is_same_file(output, file.file_name)))
             return output + " belongs to the product";
@@ -171,6 +171,8 @@ std::string export_image(const Request &request, const std::string &label, const
     const auto source = plain_image_source(node, request.band);
     ImageDescription description;
     std::string error = source->describe(&description);
+    if (!error.empty() && error == error_string)
+        return read_failure;  // the libraries have reported the reason
     SampleBlock block;
     if (error.empty())
         error = choose_block(request, description, &block);

@@ -25,12 +25,6 @@ struct PngWriter::State {
     }
 };
 
-namespace {
-
-constexpr int compression_level = 3;  // noise hardly gets smaller at higher ones, but takes three times as long
-
-}  // namespace
-
 PngWriter::PngWriter() : state_(std::make_unique<State>()) {
     const auto keep_error = [](png_structp png, png_const_charp text) {
         static_cast<State *>(png_get_error_ptr(png))->error = text;
@@ -50,7 +44,6 @@ bool PngWriter::start(FILE *file, uint32_t width, uint32_t height) {
     return state_->run([=, png = state_->png, info = state_->info] {
         png_init_io(png, file);
         png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-        png_set_compression_level(png, compression_level);
         png_set_IHDR(png, info, width, height, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                      PNG_FILTER_TYPE_DEFAULT);
         png_write_info(png, info);

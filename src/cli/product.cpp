@@ -22,20 +22,15 @@ std::string head_of(FILE *file) {
     return head;
 }
 
-// Files of some image formats describe themselves.
-bool has_image_signature(std::string_view head) {
-    using namespace std::string_view_literals;
-    for (const std::string_view signature :
-         {"GIF87a"sv, "GIF89a"sv, "\0\0\0\x0cjP  \r\n\x87\n"sv, "\xff\x4f\xff\x51"sv}) {
-        if (head.substr(0, signature.size()) == signature)
-            return true;
-    }
-    return false;
+// GIF files describe themselves.
+bool holds_label(std::string_view head) {
+    return head.starts_with("GIF87a") || head.starts_with("GIF89a") || util_contains(head, "RECORD_TYPE") ||
+           (util_contains(head, "OBJECT") && util_contains(head, "="));
 }
 
-bool holds_label(std::string_view head) {
-    return has_image_signature(head) || util_contains(head, "RECORD_TYPE") ||
-           (util_contains(head, "OBJECT") && util_contains(head, "="));
+std::string without_digits(std::string text) {
+    std::erase_if(text, [](char c) { return c >= '0' && c <= '9'; });
+    return text;
 }
 
 }  // namespace
@@ -62,7 +57,7 @@ std::string find_label_file(const std::string &file) {
 
 void show_notices() {
     util_set_notice_hook([](NoticeKind, const std::string &text) {
-        if (notices.insert(text).second)
+        if (notices.insert(without_digits(text)).second)
             fprintf(stderr, "lumacart-cli: %s\n", text.c_str());
     });
 }

@@ -9,6 +9,7 @@
 // or LBL, saying so. Empty after saying why there is none.
 std::string find_label_file(const std::string &file);
 
-// From now on notices go to standard error, each text once: a picture is read a second time for its levels.
+// From now on notices go to standard error. Those that differ only in numbers are shown once: an image is read in
+// strips, and again for its picture, and each strip behind the end of a file would give a notice of its own.
 void show_notices();
 bool had_notices();

@@ -51,7 +51,7 @@ Outcome run_cli(const std::vector<std::string> &arguments) {
 struct Picture {
     unsigned width = 0;
     unsigned height = 0;
-    std::vector<int> levels;
+    std::vector<uint8_t> levels;
 };
 
 Picture read_png(const std::string &path) {
@@ -190,7 +190,7 @@ TEST(CliImage, APartIsReadWrittenAndShown) {
     const Picture picture = read_png(png);
     EXPECT_EQ(picture.width, 3u);
     EXPECT_EQ(picture.height, 2u);
-    EXPECT_EQ(picture.levels, (std::vector<int>{0, 42, 85, 170, 212, 255}));  // 601 values on 256 levels
+    EXPECT_EQ(picture.levels, (std::vector<uint8_t>{0, 42, 85, 170, 212, 255}));  // 601 values on 256 levels
 
     // The label's own range is used, values outside wrap; directions turn the picture.
     ImageProduct turned = ramp_product();
@@ -200,7 +200,40 @@ TEST(CliImage, APartIsReadWrittenAndShown) {
     const Picture wrapped = read_png(png);
     EXPECT_EQ(wrapped.width, 2u);
     EXPECT_EQ(wrapped.height, 4u);
-    EXPECT_EQ(wrapped.levels, (std::vector<int>{300 - 256, 156, 400 - 256, 0, 500 - 256, 100, 600 - 512, 200}));
+    EXPECT_EQ(wrapped.levels, (std::vector<uint8_t>{300 - 256, 156, 400 - 256, 0, 500 - 256, 100, 600 - 512, 200}));
+}
+
+// More samples than are held at a time: 7000 lines of 6000, all 0 but for two.
+TEST(CliImage, StripsJoinToOneImage) {
+    constexpr size_t lines = 7000;
+    constexpr size_t line_samples = 6000;
+    const ScratchFolder scratch;
+    const std::string label =
+        write_detached(scratch, "large", {.lines = lines, .samples = line_samples, .bits = 16, .type = "MSB_INTEGER"});
+    const size_t low = 10;
+    const size_t high = lines * line_samples - 20;
+    fs::resize_file(scratch.file("large.IMG"), lines * line_samples * 2);
+    std::fstream data(scratch.file("large.IMG"), std::ios::in | std::ios::out | std::ios::binary);
+    data.seekp(low * 2).write("\xff\x00", 2);
+    data.seekp(high * 2).write("\x02\xff", 2);
+    data.close();
+
+    const std::string raw = scratch.file("all.raw");
+    const std::string png = scratch.file("all.png");
+    EXPECT_EQ(run_cli({"image", label, "--raw", raw, "--png", png}).out, "7000 6000 16 LSB_INTEGER -256 767\n");
+    const std::string samples = read_file(raw);
+    ASSERT_EQ(samples.size(), lines * line_samples * 2);
+    EXPECT_EQ(samples.substr(low * 2, 4), std::string("\x00\xff\x00\x00", 4));
+    EXPECT_EQ(samples.substr(high * 2, 4), std::string("\xff\x02\x00\x00", 4));
+    const Picture picture = read_png(png);
+    ASSERT_EQ(picture.levels.size(), lines * line_samples);
+    EXPECT_EQ(picture.levels[low], 0);  // four values a level
+    EXPECT_EQ(picture.levels[low + 1], 64);
+    EXPECT_EQ(picture.levels[high], 255);
+
+    fs::resize_file(scratch.file("large.IMG"), lines * line_samples);  // both strips are short
+    const std::string notices = run_cli({"image", label, "--png", png}).err;
+    EXPECT_EQ(notices.find("Bytes read"), notices.rfind("Bytes read"));
 }
 
 TEST(CliImage, RangeIsThatOfFiniteNumbers) {
