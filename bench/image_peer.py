@@ -71,7 +71,7 @@ def main():
         phases = [statistics.median(column) for column in zip(*turns)]
         totals[who] = statistics.median(sum(turn) for turn in turns)
         print(f"{who:10}" + "".join(f"{value:9.1f}" for value in phases + [totals[who]]))
-    print(f"ratio image: lumacart takes {totals['lumacart'] / totals['numpy']:.3f} of numpy's time")
+    print(f"lumacart takes {totals['lumacart'] / totals['numpy']:.3f} of numpy's time")
     return 0
 
 

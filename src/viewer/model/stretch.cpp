@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
 #include <cstring>
 
 namespace {
@@ -22,8 +21,7 @@ constexpr double range_excess = 0.000001;   // keeps the step of a flat image ab
 }
 [[gnu::always_inline]] inline uint8_t low_byte(double value) {
     const bool fits = value >= -9223372036854775808.0 && value < 9223372036854775808.0;
-    const double whole = std::trunc(fits ? value : 0.0);
-    return static_cast<uint8_t>(static_cast<int32_t>(whole - 256.0 * std::floor(whole / 256.0)));
+    return static_cast<uint8_t>(static_cast<int64_t>(fits ? value : 0.0));
 }
 
 // Sample and minimum count as signed whatever the type says: unsigned values above 32767 come to lie below the minimum.
