@@ -1,7 +1,7 @@
 #include "viewer/model/sample_source.h"
 
 #include "support/product.h"
-#include "support/reports.h"
+#include "support/silent_reports.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ TEST(PlainImageSource, BlocksOfABandInAnyOrder) {
 }
 
 TEST(PlainImageSource, WhatIsNoBlockIsRefused) {
-    const Reports reports;
+    const SilentReports reports;
     const ScratchFolder scratch;
     const OpenProduct product(write_detached(scratch, "SCENE", two_bands()));
     const auto source = plain_image_source(product.image(), 1);
@@ -58,7 +58,7 @@ TEST(PlainImageSource, HostileLabelsGiveTheirMessage) {
     } const cases[] = {
         {huge, "LINES = 2000000000"}, {encoded, "unknown ENCODING_TYPE: ROT13"}, {odd, "SAMPLE_BITS not equal to"}};
     for (const auto &c : cases) {
-        const Reports reports;
+        const SilentReports reports;
         const ScratchFolder scratch;
         const OpenProduct product(write_detached(scratch, "SCENE", c.product));
         const auto source = plain_image_source(product.image(), 1);
@@ -69,7 +69,7 @@ TEST(PlainImageSource, HostileLabelsGiveTheirMessage) {
 
 // Numbers written as text come to another size in memory than the window was told.
 TEST(PlainImageSource, SamplesOfAnotherSizeAreNotShown) {
-    const Reports reports;
+    const SilentReports reports;
     const ScratchFolder scratch;
     ImageProduct text{.lines = 2, .samples = 2, .bits = 16, .type = "ASCII_INTEGER", .data = "11122122"};
     text.more = "INTERCHANGE_FORMAT = ASCII\n";
