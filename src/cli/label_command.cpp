@@ -14,12 +14,14 @@ namespace {
 // Gathers the parser's messages, which it appends to a file by name: standard error may be something that has no name.
 class MessageFile {
   public:
-    MessageFile() : path_((std::filesystem::temp_directory_path() / "lumacart-XXXXXX").string()) {
-        const int descriptor = mkstemp(path_.data());
+    MessageFile() {
+        std::error_code missing;
+        std::string path = (std::filesystem::temp_directory_path(missing) / "lumacart-XXXXXX").string();
+        const int descriptor = missing ? -1 : mkstemp(path.data());
         if (descriptor < 0)
-            path_.clear();
-        else
-            close(descriptor);
+            return;
+        close(descriptor);
+        path_ = path;
     }
     ~MessageFile() {
         if (!path_.empty())
