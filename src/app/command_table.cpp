@@ -1,0 +1,75 @@
+#include "app/command_table.h"
+
+#include <array>
+
+namespace {
+
+void open_product(Window *) {
+    open_object(0);
+}
+
+void quit(Window *) {
+    if (is_quit_OK())
+        gui_quit();
+}
+
+void close_window(Window *window) {
+    gui_destroy_window(window);
+}
+
+constexpr auto application = CommandDispatcher::Application;
+constexpr auto label = CommandDispatcher::Label;
+using enum CommandScope;
+
+// A command without a function is in the menu, disabled: what it shows is not there yet.
+constexpr std::array rows = {
+    CommandRow{1002, label, Any, open_product},
+    CommandRow{1003, label, Any, close_window},
+    CommandRow{1004, label, Label, nullptr},  // save the label text
+    CommandRow{1005, label, Label, nullptr},  // save it under a new name
+    CommandRow{1007, application, Any, open_product},
+    CommandRow{1008, application, Image, close_window},
+    CommandRow{1011, application, Any, quit},
+    CommandRow{1021, label, Any, show_about},
+    CommandRow{1023, application, Image, menu2_undo_display},
+    CommandRow{1026, label, Any, quit},
+    CommandRow{1027, application, Image, menu2_image_invert},
+    CommandRow{1028, application, Image, menu2_stretch_image},
+    CommandRow{1030, application, Any, nullptr},  // open a text file
+    CommandRow{1031, label, Any, nullptr},
+    CommandRow{1032, application, Image, nullptr},  // time parser
+    CommandRow{1033, label, Any, nullptr},          // browse a directory
+    CommandRow{1042, application, Image, menu2_stretch_display},
+    CommandRow{1047, application, Image, nullptr},  // object hierarchy
+    CommandRow{1048, application, Image, nullptr},  // object keywords
+    CommandRow{1050, application, Image, nullptr},  // histogram
+    CommandRow{1051, application, Image, nullptr},  // full label
+    CommandRow{1052, application, Qube, nullptr},   // side data
+    CommandRow{1053, application, Bands, nullptr},  // band selection
+    CommandRow{1054, application, Qube, nullptr},   // qube control
+    CommandRow{1056, application, Bands, nullptr},  // band minimum and maximum
+    CommandRow{1057, application, Any, nullptr},    // integers as hexadecimal
+    CommandRow{1059, label, Label, nullptr},        // line-end marks
+    CommandRow{1060, application, Any, nullptr},    // open a MOC product
+    CommandRow{1061, application, Any, nullptr},    // browse a directory
+    CommandRow{1064, application, Image, step_right},
+    CommandRow{1066, application, Any, nullptr},  // new label for a FITS file
+    CommandRow{1067, application, Any, nullptr},  // new label from the template
+    CommandRow{1069, label, Any, nullptr},
+    CommandRow{1070, label, Any, nullptr},
+    CommandRow{1071, application, Image, step_left},
+    CommandRow{1072, application, Image, step_down},
+    CommandRow{1073, application, Image, step_up},
+    CommandRow{1074, application, Image, choose_block},
+    CommandRow{1076, application, Any, show_about},
+    CommandRow{2001, application, Image, zoom_in},
+    CommandRow{2002, application, Image, zoom_out},
+    CommandRow{2003, application, Image, zoom_actual},
+    CommandRow{2004, application, Image, zoom_to_fit},
+};
+
+}  // namespace
+
+std::span<const CommandRow> lumacart_commands() {
+    return rows;
+}

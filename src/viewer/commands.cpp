@@ -1,0 +1,82 @@
+#include "viewer/commands.h"
+
+#include <array>
+
+namespace {
+
+std::span<const CommandRow> table;
+
+constexpr std::array product_commands = {1008, 1042, 1027, 1023, 1028, 1050, 1052, 1051, 1047, 1048, 1053, 1056};
+constexpr int first_standard_item = 32041;
+constexpr int last_standard_item = 32047;
+
+bool fits(CommandScope scope, const Window *window) {
+    if (scope == CommandScope::Any)
+        return true;
+    const GenericState *state = window_state(window);
+    if (!state)
+        return false;
+    switch (state->kind) {
+        case DocumentKind::Image:
+            return scope == CommandScope::Image;
+        case DocumentKind::Bands:
+            return scope == CommandScope::Bands;
+        case DocumentKind::Qube:
+            return scope == CommandScope::Qube;
+        case DocumentKind::Table:
+            return scope == CommandScope::Table;
+        case DocumentKind::Label:
+            return scope == CommandScope::Label;
+        case DocumentKind::None:
+            break;
+    }
+    return false;
+}
+
+}  // namespace
+
+void set_command_table(std::span<const CommandRow> rows) {
+    table = rows;
+}
+
+const CommandRow *find_command(int number, CommandDispatcher dispatcher, const Window *window) {
+    for (const CommandRow &row : table) {
+        if (row.number == number && row.dispatcher == dispatcher && row.run && fits(row.scope, window))
+            return &row;
+    }
+    return nullptr;
+}
+
+void do_WIN_MENUBAR(Window *window, int number) {
+    if (const CommandRow *row = find_command(number, CommandDispatcher::Application, window))
+        row->run(window);
+}
+
+void do_LUMCA_MENUBAR(Window *window, int number) {
+    if (const CommandRow *row = find_command(number, CommandDispatcher::Label, window))
+        row->run(window);
+    else
+        do_WIN_MENUBAR(gui_task_window(), number);
+}
+
+void enable_known_commands(Window *window, CommandDispatcher dispatcher) {
+    for (const int number : gui_commands(window))
+        gui_enable_command(window, number, find_command(number, dispatcher, window) != nullptr);
+}
+
+void main_set_menu(Window *window) {
+    for (const int number : product_commands)
+        gui_enable_command(window, number, false);
+    for (int number = first_standard_item; number <= last_standard_item; ++number)
+        gui_enable_command(window, number, false);
+}
+
+void set_large_menu_items(Window *window, const GenericState &state) {
+    const ImageDescription &image = *state.image_info;
+    gui_enable_command(window, 1055, true);
+    gui_enable_command(window, 1074, true);
+    gui_enable_command(window, 1073, image.block.first_line != 1);
+    gui_enable_command(window, 1071, image.block.first_sample != 1);
+    gui_enable_command(window, 1072, image.block.last_line != image.lines);
+    gui_enable_command(window, 1064, image.block.last_sample != image.line_samples);
+}

@@ -1,0 +1,418 @@
+#include "viewer/image_window.h"
+
+#include "base/text.h"
+#include "viewer/commands.h"
+#include "viewer/model/rotate.h"
+#include "viewer/model/stretch.h"
+#include "viewer/open_product.h"
+#include "viewer/session.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int status_line = 2;
+constexpr GuiSize smallest_status = {450, 16};
+constexpr size_t longest_title_name = 60;
+constexpr int scroll_step = 16;
+constexpr int largest_zoom = 32;
+constexpr int64_t smallest_shrunk_side = 32;  // the longer side keeps so many screen pixels
+constexpr int far_cursor_step = 10;
+
+struct PixelPosition {
+    int64_t column;
+    int64_t row;
+};
+
+const PixelImage *display_image(const GenericState *state) {
+    return state && state->image_info ? state->image_info->display_image.get() : nullptr;
+}
+
+// --- Creation -----------------------------------------------------------------------------------------------------
+
+// Reads the samples of the block; the whole image when it fits one block.
+bool read_samples(GenericState *state) {
+    ImageDescription &image = *state->image_info;
+    const SampleBlock &requested = state->label_state->requested_block;
+    const bool whole = !image.lines_large && !image.samples_large && requested == SampleBlock();
+    if (requested == SampleBlock())
+        initialize_display_image_ranges(&image, image.lines_large, image.samples_large);
+    else
+        image.block = requested;
+
+    const BusyCursor busy;
+    state->label_state->image_data = state->display_state->source->read_block(image.block);
+    if (state->label_state->image_data)
+        return true;
+    if (!session().unattended)
+        gui_error(whole ? error_string : "Image Create - could not find partial image\n" + error_string);
+    return false;
+}
+
+bool create_image(GenericState *state) {
+    ImageDescription &image = *state->image_info;
+    const OaObject *samples = state->label_state->image_data.get();
+    const std::string remark =
+        build_display_image(samples ? samples->data : nullptr, &image, image.block.lines(), image.block.samples());
+    if (!remark.empty() && image.display_image)
+        gui_note(remark);
+    else if (!remark.empty())
+        gui_error(remark);
+    return image.display_image != nullptr;
+}
+
+// Turns the display image as its directions say.
+bool turn_image(ImageDescription *image) {
+    if (image->line_display_direction == "DOWN" && image->sample_display_direction == "RIGHT")
+        return true;
+    RotatedImage turned =
+        rotate_image(*image->display_image, image->line_display_direction, image->sample_display_direction);
+    if (turned.out_of_memory) {
+        fatal_out_of_memory("Rotate image");
+        return false;
+    }
+    for (const std::string &error : turned.errors)
+        gui_error(error);
+    if (turned.image)
+        image->display_image = std::move(turned.image);
+    return true;
+}
+
+void update_content_size(Window *window, const GenericState &state) {
+    const PixelImage &image = *state.image_info->display_image;
+    const DisplayState &display = *state.display_state;
+    const auto shown = [&](int side) { return (side * display.zoom + display.shrink - 1) / display.shrink; };
+    gui_set_content_size(window, {shown(image.width), shown(image.height)}, scroll_step);
+}
+
+long win_image_e_create(Window *window) {
+    GenericState *state = window_state(window);
+    if (!state || !state->image_info || !state->display_state) {
+        gui_error("Image Create - invalid state");
+        return 1;
+    }
+    set_error_window(window);
+    const char *kind = state->display_state->is_qube_band ? "Lumacart - Image from QUBE - " : "Lumacart - Image - ";
+    gui_set_title(window, kind + shown_name(state->label_state->file_name, longest_title_name) + state->browser_tag);
+    gui_show_control(window, status_line, false);
+
+    if (!read_samples(state) || !create_image(state) || !turn_image(state->image_info.get()))
+        return 1;
+    enable_known_commands(window, CommandDispatcher::Application);
+    for (const int number : {1053, 1056, 1064, 1071, 1072, 1073, 1074})
+        gui_enable_command(window, number, false);
+    const ImageDescription &image = *state->image_info;
+    if (image.lines_large || image.samples_large || state->label_state->requested_block != SampleBlock())
+        set_large_menu_items(window, *state);
+    update_content_size(window, *state);
+    gui_set_client_size(window, {image.display_image->width, image.display_image->height});
+    return 0;
+}
+
+// --- Read-out -----------------------------------------------------------------------------------------------------
+
+// The image pixel at a point of the client area; false outside the image.
+bool pixel_at(const Window *window, const GenericState &state, GuiPoint point, PixelPosition *pixel) {
+    const DisplayState &display = *state.display_state;
+    const PixelImage &image = *state.image_info->display_image;
+    const GuiSize client = gui_client_size(window);
+    if (point.x < 0 || point.y < 0 || point.x >= client.width || point.y >= client.height)
+        return false;
+    const GuiPoint scroll = gui_scroll_position(window);
+    pixel->column = static_cast<int64_t>(std::floor(point.x + scroll.x)) * display.shrink / display.zoom;
+    pixel->row = static_cast<int64_t>(std::floor(point.y + scroll.y)) * display.shrink / display.zoom;
+    return pixel->column < image.width && pixel->row < image.height;
+}
+
+std::string pixel_text(const ImageDescription &description, const PixelPosition &pixel) {
+    const PixelImage &image = *description.display_image;
+    const uint8_t level = image.pixels.get()[pixel.row * image.width + pixel.column];
+    const Colour colour = image.colours[level];
+    const ImagePosition position = image_position_at(description, pixel.column, pixel.row);
+    return util_format("sample: %lld  line: %lld  DN: %.9g  DIS: (%d, %d, %d)", static_cast<long long>(position.sample),
+                       static_cast<long long>(position.line), getDNValue(level), colour.red, colour.green, colour.blue);
+}
+
+// The status line lies along the bottom edge of the client area.
+void place_status_line(Window *window) {
+    const GuiSize client = gui_client_size(window);
+    const GuiSize wanted = gui_wanted_size(window, status_line);
+    const int width = std::max(smallest_status.width, wanted.width);
+    const int height = std::max(smallest_status.height, wanted.height);
+    gui_move_control(window, status_line, {0, client.height - height, width, height});
+}
+
+void show_read_out(Window *window, GenericState *state, const PixelPosition &pixel) {
+    gui_set_text(window, status_line, pixel_text(*state->image_info, pixel));
+    place_status_line(window);
+    if (!state->display_state->status_shown)
+        gui_show_control(window, status_line, true);
+    state->display_state->status_shown = true;
+}
+
+void hide_cursor(Window *window, DisplayState *display) {
+    if (display->cursor_column < 0)
+        return;
+    display->cursor_column = -1;
+    gui_invalidate(window);
+}
+
+void hide_read_out(Window *window, DisplayState *display) {
+    gui_show_control(window, status_line, false);
+    display->status_shown = false;
+    hide_cursor(window, display);
+}
+
+void win_image_e_mouse_move(Window *window, GenericState *state, const Event &event) {
+    hide_cursor(window, state->display_state.get());
+    PixelPosition pixel;
+    if (pixel_at(window, *state, event.position, &pixel))
+        show_read_out(window, state, pixel);
+}
+
+// The screen place of an image pixel, in the client area.
+GuiRect pixel_place(const Window *window, const DisplayState &display, int64_t column, int64_t row) {
+    const GuiPoint scroll = gui_scroll_position(window);
+    const int left = static_cast<int>(column * display.zoom / display.shrink - std::llround(scroll.x));
+    const int top = static_cast<int>(row * display.zoom / display.shrink - std::llround(scroll.y));
+    return {left, top, display.zoom, display.zoom};
+}
+
+// The smallest scroll that brings [place, place + length) into a client area of this extent.
+double scroll_into_view(double scroll, int place, int length, int extent) {
+    if (place < 0)
+        return scroll + place;
+    if (place + length > extent)
+        return scroll + place + length - extent;
+    return scroll;
+}
+
+// Arrow keys move the read-out over the image, far with Shift.
+void move_cursor(Window *window, GenericState *state, int columns, int rows) {
+    DisplayState &display = *state->display_state;
+    const PixelImage &image = *state->image_info->display_image;
+    const GuiSize client = gui_client_size(window);
+    if (display.cursor_column < 0) {
+        PixelPosition centre = {};
+        const bool inside = pixel_at(window, *state, {client.width / 2.0, client.height / 2.0}, &centre);
+        display.cursor_column = inside ? centre.column : image.width / 2;
+        display.cursor_row = inside ? centre.row : image.height / 2;
+    }
+    // One step is at least one screen pixel.
+    display.cursor_column =
+        std::clamp<int64_t>(display.cursor_column + int64_t{columns} * display.shrink, 0, image.width - 1);
+    display.cursor_row = std::clamp<int64_t>(display.cursor_row + int64_t{rows} * display.shrink, 0, image.height - 1);
+
+    const GuiRect place = pixel_place(window, display, display.cursor_column, display.cursor_row);
+    const GuiPoint scroll = gui_scroll_position(window);
+    gui_scroll_to(window, {scroll_into_view(scroll.x, place.left, place.width, client.width),
+                           scroll_into_view(scroll.y, place.top, place.height, client.height)});
+    show_read_out(window, state, {display.cursor_column, display.cursor_row});
+    gui_invalidate(window);
+}
+
+// --- Zoom ---------------------------------------------------------------------------------------------------------
+
+GuiPoint client_centre(const Window *window) {
+    const GuiSize client = gui_client_size(window);
+    return {client.width / 2.0, client.height / 2.0};
+}
+
+// Sets the scale, keeping the image pixel at `anchor` where it is.
+void set_zoom(Window *window, int zoom, int shrink, GuiPoint anchor) {
+    GenericState *state = window_state(window);
+    if (!display_image(state))
+        return;
+    DisplayState &display = *state->display_state;
+    const double before = static_cast<double>(display.zoom) / display.shrink;
+    const double after = static_cast<double>(zoom) / shrink;
+    const GuiPoint scroll = gui_scroll_position(window);
+    display.zoom = zoom;
+    display.shrink = shrink;
+    update_content_size(window, *state);
+    gui_scroll_to(
+        window, {(scroll.x + anchor.x) / before * after - anchor.x, (scroll.y + anchor.y) / before * after - anchor.y});
+    gui_invalidate(window);
+}
+
+void zoom_by(Window *window, int steps, GuiPoint anchor) {
+    const GenericState *state = window_state(window);
+    const PixelImage *image = display_image(state);
+    if (!image)
+        return;
+    int zoom = state->display_state->zoom;
+    int shrink = state->display_state->shrink;
+    const int64_t longer_side = std::max(image->width, image->height);
+    for (; steps > 0; --steps) {
+        if (shrink > 1)
+            --shrink;
+        else if (zoom < largest_zoom)
+            ++zoom;
+    }
+    for (; steps < 0; ++steps) {
+        if (zoom > 1)
+            --zoom;
+        else if (longer_side / (shrink + 1) >= smallest_shrunk_side)
+            ++shrink;
+    }
+    set_zoom(window, zoom, shrink, anchor);
+}
+
+// --- Events -------------------------------------------------------------------------------------------------------
+
+void win_image_e_update(Window *window, const GenericState &state, const Event &event) {
+    gui_clear(event.canvas, event.area);
+    const PixelImage *image = display_image(&state);
+    if (!image)
+        return;
+    set_error_window(window);
+    const DisplayState &display = *state.display_state;
+    const GuiPoint scroll = gui_scroll_position(window);
+    gui_draw_image(event.canvas, *image, -static_cast<int>(std::lround(scroll.x)),
+                   -static_cast<int>(std::lround(scroll.y)), display.zoom, display.shrink);
+    if (display.cursor_column >= 0) {
+        GuiRect place = pixel_place(window, display, display.cursor_column, display.cursor_row);
+        gui_draw_marker(event.canvas, {place.left - 1, place.top - 1, place.width + 2, place.height + 2});
+    }
+}
+
+// 1 when the key was used.
+long win_image_e_key(Window *window, GenericState *state, const Event &event) {
+    const int far = event.modifiers & GUI_SHIFT ? far_cursor_step : 1;
+    switch (event.key) {
+        case GuiKey::Left:
+            move_cursor(window, state, -far, 0);
+            return 1;
+        case GuiKey::Right:
+            move_cursor(window, state, far, 0);
+            return 1;
+        case GuiKey::Up:
+            move_cursor(window, state, 0, -far);
+            return 1;
+        case GuiKey::Down:
+            move_cursor(window, state, 0, far);
+            return 1;
+        case GuiKey::Escape:
+            hide_read_out(window, state->display_state.get());
+            return 1;
+        case GuiKey::Character:
+            break;
+        default:
+            return 0;
+    }
+    switch (event.character) {
+        case U'+':
+        case U'=':  // the same key without Shift on many keyboards
+            zoom_in(window);
+            return 1;
+        case U'-':
+            zoom_out(window);
+            return 1;
+        case U'0':
+            zoom_actual(window);
+            return 1;
+        case U'f':
+        case U'F':
+            zoom_to_fit(window);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+void win_image_e_mouse_down(const Window *window, GenericState *state, const Event &event) {
+    PixelPosition pixel;
+    if (event.button != 1 || !pixel_at(window, *state, event.position, &pixel))
+        return;
+    const ImagePosition position = image_position_at(*state->image_info, pixel.column, pixel.row);
+    state->display_state->source->click(position.line, position.sample);
+}
+
+}  // namespace
+
+long WIN_IMAGE_eh(Window *window, const Event &event) {
+    if (event.type == EventType::Create) {
+        const long refused = win_image_e_create(window);
+        if (refused)
+            gui_set_window_data(window, nullptr);  // the state stays with the caller
+        return refused;
+    }
+    if (event.type == EventType::Destroy) {
+        forget_error_window(window);
+        free_window_state(window);
+        return 0;
+    }
+    GenericState *state = window_state(window);
+    if (!display_image(state))
+        return 0;
+    switch (event.type) {
+        case EventType::Update:
+            win_image_e_update(window, *state, event);
+            break;
+        case EventType::Size:
+            place_status_line(window);
+            break;
+        case EventType::Close:
+            gui_destroy_window(window);
+            break;
+        case EventType::MouseDown:
+            win_image_e_mouse_down(window, state, event);
+            break;
+        case EventType::MouseMove:
+            win_image_e_mouse_move(window, state, event);
+            break;
+        case EventType::MouseLeave:
+            hide_read_out(window, state->display_state.get());
+            break;
+        case EventType::Wheel:
+            zoom_by(window, event.wheel_steps, event.position);
+            break;
+        case EventType::Key:
+            return win_image_e_key(window, state, event);
+        case EventType::Scroll:
+            gui_invalidate(window);
+            break;
+        case EventType::Timer:
+            handle_error_timer(event);
+            break;
+        case EventType::Command:
+            do_WIN_MENUBAR(window, event.number);
+            break;
+        case EventType::FileDrop:
+            for (const std::string &file : event.files)
+                open_file(file);
+            break;
+        default:
+            break;
+    }
+    return 0;
+}
+
+void zoom_in(Window *window) {
+    zoom_by(window, 1, client_centre(window));
+}
+
+void zoom_out(Window *window) {
+    zoom_by(window, -1, client_centre(window));
+}
+
+void zoom_actual(Window *window) {
+    set_zoom(window, 1, 1, client_centre(window));
+}
+
+void zoom_to_fit(Window *window) {
+    const PixelImage *image = display_image(window_state(window));
+    if (!image || image->width < 1 || image->height < 1)
+        return;
+    // Once the image fits, its scroll bars go and the client area grows: the second look counts.
+    for (int look = 0; look < 2; ++look) {
+        const GuiSize client = gui_client_size(window);
+        if (client.width < 1 || client.height < 1)
+            return;
+        const int fits = std::min(client.width / image->width, client.height / image->height);
+        const int needs = std::max((image->width + client.width - 1) / client.width,
+                                   (image->height + client.height - 1) / client.height);
+        set_zoom(window, std::clamp(fits, 1, largest_zoom), fits >= 1 ? 1 : needs, {0, 0});
+    }
+}

@@ -1,0 +1,34 @@
+// The image window: one display image with scroll bars, a read-out and the commands on its colour table.
+#pragma once
+
+#include "viewer/state.h"
+
+#include <memory>
+
+// Opens an image window on the current object of the state's label.
+void open_image(std::unique_ptr<GenericState> state);
+// The same when the characteristics are known and a block is requested.
+void open_image_2(std::unique_ptr<GenericState> state);
+
+// Fills the state's image description and sample source. False after a message.
+bool get_image_characteristics(GenericState *state);
+
+long WIN_IMAGE_eh(Window *window, const Event &event);
+
+void menu2_stretch_display(Window *window);  // percentile stretch of the colour table
+void menu2_stretch_image(Window *window);    // linear stretch from the lowest to the highest level
+void menu2_image_invert(Window *window);
+void menu2_undo_display(Window *window);
+
+void zoom_in(Window *window);
+void zoom_out(Window *window);
+void zoom_actual(Window *window);
+void zoom_to_fit(Window *window);
+
+// Moving to a neighbouring block of a large image, in a new window.
+void step_up(Window *window);
+void step_down(Window *window);
+void step_left(Window *window);
+void step_right(Window *window);
+// Asks for lines and samples and opens them in a new window.
+void choose_block(Window *window);

@@ -1,0 +1,36 @@
+// From a file that the user chose to the first window that shows it.
+#pragma once
+
+#include "viewer/openers.h"
+
+#include <memory>
+#include <string>
+
+// The Open command: chooses a file (the one waiting in the session, else by dialog), reads its label and shows its
+// first displayable object. `browser_number` is 0, or 1 or 2 from browse mode.
+void open_object(int browser_number);
+// The same on a file that is already known.
+void open_file(const std::string &path);
+
+// A chosen file: directory (made current) and name. False after a message, or silently when the user cancelled.
+bool setup_open_object_1(const std::string &caller_name, std::string *directory, std::string *file_name);
+// Validates, parses and tidies the label of the file into the state, whose directory is set. False after a message.
+bool setup_open_object_2(const std::string &caller_name, GenericState *state, const std::string &file_name);
+
+// The label of another window's product parsed afresh, with the same object chosen. False after a message.
+bool reopen_label(const GenericState &from, GenericState *to);
+
+enum class LabelCheck {
+    Unreadable = -1,
+    NoLabel = 0,
+    TextOnly = 1,     // a label that describes only text
+    AnotherFile = 2,  // a detached label that the user accepted; the name was replaced
+    Attached = 3,
+    AnotherFileUnasked = 4,  // a detached label, taken without asking; the name was replaced
+};
+// Classifies the file by name and first bytes; `state`'s file name is replaced where a detached label is taken.
+LabelCheck validate_label(const std::string &directory, LabelState *state);
+
+// Lifts RECORD_BYTES, INTERCHANGE_FORMAT, RECORD_TYPE, FILE_RECORDS and FILE_NAME to the root of a label that has a
+// FILE object. Returns the root.
+ObjDesc *remove_file_object(ObjDesc *root);

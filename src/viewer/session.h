@@ -1,0 +1,46 @@
+// What holds for the whole run of the viewer.
+#pragma once
+
+#include "viewer/state.h"
+
+#include <cstdint>
+#include <string>
+
+struct Session {
+    std::string cmdline_fname;     // a file to open without asking; taken by the next opening
+    uint8_t old_ascii_format = 0;  // the profile's first two fields at start, put back before every opening
+    uint8_t old_binary_format = 0;
+    std::string working_directory;  // at start, "/" at its end
+    int browser_count = 0;
+    int browse_continue_win = 0;
+    bool unattended = false;  // browse mode runs on a timer: nobody answers questions
+};
+
+Session &session();
+
+// Puts back the two saved fields of the object access profile.
+void restore_profile();
+
+// The viewer's entry behind the windowing layer: reads the arguments, makes the application, runs its event loop.
+// `argc` counts the platform's own argument. Returns the process's exit status.
+int start_viewer(int argc, char **argv);
+
+// Handler of the task window.
+long task_eh(Window *window, const Event &event);
+
+bool is_quit_OK();
+
+// Trap for the toolkit's messages: 0 lets the toolkit handle one, 1 says it has been dealt with. Memory exhaustion is
+// reported later, by the error window's timer, out of the toolkit's own code.
+int on_toolkit_error(const ToolkitError &message);
+// The image window made or drawn last, whose timer reports.
+void set_error_window(Window *window);
+void forget_error_window(Window *window);
+// To be called with each timer event of an image window; true when it was the error timer.
+bool handle_error_timer(const Event &event);
+
+// Shows "%s\nOut of Memory\n..." and ends the application.
+void fatal_out_of_memory(const std::string &context);
+
+// The About dialog.
+void show_about(Window *owner);

@@ -1,0 +1,56 @@
+// What a document window owns: one GenericState, freed when the window is destroyed.
+#pragma once
+
+#include "gui/gui.h"
+#include "oa/oa.h"
+#include "viewer/model/image_description.h"
+#include "viewer/model/sample_source.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+// The product behind a window.
+struct LabelState {
+    std::string file_name;                 // of the label, within GenericState::directory
+    OdlTree root;                          // the whole label
+    ObjDesc *current_object = nullptr;     // what the window shows; within `root`
+    bool label_from_another_file = false;  // the label that was parsed is not the file that the user chose
+    bool text_only = false;
+    int image_count = 0;          // images opened from this label
+    SampleBlock requested_block;  // of a window on one block; no lines: the window decides
+    OaObjectPtr image_data;       // native samples of the block shown
+};
+
+// How an image window draws its image.
+struct DisplayState {
+    std::unique_ptr<SampleSource> source;
+    int zoom = 1;    // screen pixels an image pixel
+    int shrink = 1;  // image pixels a screen pixel; one of the two is 1
+    bool inverted = false;
+    bool is_qube_band = false;
+    bool status_shown = false;
+    int64_t cursor_column = -1;  // of the read-out that the arrow keys move; -1: not shown
+    int64_t cursor_row = -1;
+};
+
+// Which kind of document a window shows; the command table chooses by it.
+enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4, None = 5 };
+
+struct GenericState {
+    DocumentKind kind = DocumentKind::Label;
+    std::string directory;    // of the product, without a slash at its end
+    std::string browser_tag;  // "" unless opened from browse mode
+    bool is_browse_window = false;
+    std::unique_ptr<LabelState> label_state;
+    std::unique_ptr<ImageDescription> image_info;
+    std::unique_ptr<DisplayState> display_state;  // after the label, which its source reads
+};
+
+// The state of a document window; null for the task window and dialogs.
+GenericState *window_state(const Window *window);
+// Hands a state to a window that is being made; free_window_state ends it in the window's Destroy event.
+void free_window_state(Window *window);
+
+// At most `limit` bytes of a name, whole UTF-8 characters only.
+std::string shown_name(const std::string &name, size_t limit);

@@ -1,0 +1,10 @@
+// The viewer core and image display: what other modules may know of it. Start with session.h (the run), state.h (what a
+// window owns), commands.h and openers.h (how modules are joined), open_product.h (the flow from file to window).
+#pragma once
+
+#include "viewer/commands.h"
+#include "viewer/image_window.h"
+#include "viewer/open_product.h"
+#include "viewer/openers.h"
+#include "viewer/session.h"
+#include "viewer/state.h"
