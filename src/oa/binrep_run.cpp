@@ -57,18 +57,21 @@ struct Widen {
 }
 
 // F to IEEE of 4 bytes and G to IEEE of 8 have the same fields: the exponent, whose bias is two greater, is lowered by
-// two. Special: zero, the reserved operand, and the two exponents that become subnormal.
+// two. Exponent 0 is zero. Special: the reserved operand and the two exponents that become subnormal.
 template <typename T, int exponent_bits, std::endian dst_order>
 struct VaxSameFields {
     using Src = T;
     using Dst = T;
     static constexpr int mantissa_bits = 8 * sizeof(T) - 1 - exponent_bits;
+    static constexpr T exponents = (T{1} << exponent_bits) - 1;
     [[gnu::always_inline]] static bool special(Src stored) {
-        constexpr T exponents = (T{1} << exponent_bits) - 1;
-        return (vax_word_order(stored) >> mantissa_bits & exponents) < 3;
+        const T sign_and_exponent = vax_word_order(stored) >> mantissa_bits;
+        return sign_and_exponent == exponents + 1 || ((sign_and_exponent & exponents) - 1) < 2;
     }
     [[gnu::always_inline]] static Dst item(Src stored) {
-        return reorder<dst_order>(vax_word_order(stored) - (T{2} << mantissa_bits));
+        const T value = vax_word_order(stored);
+        const T real = value - (T{2} << mantissa_bits);
+        return reorder<dst_order>((value >> mantissa_bits & exponents) == 0 ? T{0} : real);
     }
 };
 template <std::endian dst_order>
@@ -77,19 +80,20 @@ template <std::endian dst_order>
 using VaxG = VaxSameFields<uint64_t, 11, dst_order>;
 
 // D has 55 mantissa bits behind 8 exponent bits: three are rounded away, to even; a carry goes into the exponent as it
-// should. Special: zero and the reserved operand.
+// should. Exponent 0 is zero. Special: the reserved operand.
 template <std::endian dst_order>
 struct VaxD {
     using Src = uint64_t;
     using Dst = uint64_t;
-    [[gnu::always_inline]] static bool special(Src stored) { return (vax_word_order(stored) >> 55 & 0xFF) == 0; }
+    [[gnu::always_inline]] static bool special(Src stored) { return vax_word_order(stored) >> 55 == 0x100; }
     [[gnu::always_inline]] static Dst item(Src stored) {
         constexpr uint64_t sign_bit = uint64_t{1} << 63;
         constexpr uint64_t rebias = uint64_t{1023 - 129} << 52;
         const uint64_t value = vax_word_order(stored);
         const uint64_t magnitude = value & ~sign_bit;
         const uint64_t rounded = (magnitude + 3 + (magnitude >> 3 & 1)) >> 3;
-        return reorder<dst_order>((value & sign_bit) | (rounded + rebias));
+        const uint64_t real = (value & sign_bit) | (rounded + rebias);
+        return reorder<dst_order>((value >> 55 & 0xFF) == 0 ? 0 : real);
     }
 };
 
@@ -125,7 +129,7 @@ struct PlainLoop {
     }
 };
 
-// Looks a block over for special values first; a block that has any goes the way by layout.
+// Looks a block over for special values first; in a block that has any, those go the way by layout.
 template <typename Kernel>
 struct LoopWithSpecials {
     [[gnu::always_inline]] static void run(const BinrepPlan &plan, const uint8_t *src, uint8_t *dst, int64_t count) {
@@ -137,12 +141,22 @@ struct LoopWithSpecials {
             for (int64_t i = 0; i < values; ++i)
                 specials |= Src{Kernel::special(load<Src>(src + i * int64_t{sizeof(Src)}))};
             if (specials)
-                BinrepConvertByLayout(plan, src, dst, values);
+                convert_singly(plan, src, dst, values);
             else
                 convert_values<Kernel>(src, dst, values);
             src += values * int64_t{sizeof(Src)};
             dst += values * int64_t{sizeof(typename Kernel::Dst)};
             count -= values;
+        }
+    }
+
+  private:
+    static void convert_singly(const BinrepPlan &plan, const uint8_t *src, uint8_t *dst, int64_t count) {
+        for (; count > 0; --count, src += sizeof(typename Kernel::Src), dst += sizeof(typename Kernel::Dst)) {
+            if (Kernel::special(load<typename Kernel::Src>(src)))
+                BinrepConvertByLayout(plan, src, dst, 1);
+            else
+                convert_values<Kernel>(src, dst, 1);
         }
     }
 };
