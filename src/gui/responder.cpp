@@ -35,29 +35,33 @@ class ClosableBox final : public QMessageBox {
     }
 };
 
-ClosableBox *new_box(QMessageBox::Icon icon, const std::string &text) {
+struct BoxKind {
+    QMessageBox::Icon icon;
+    const char *name;
+};
+BoxKind kind_of(NoticeKind kind) {
+    switch (kind) {
+        case NoticeKind::Note:
+            return {QMessageBox::Information, "Note"};
+        case NoticeKind::Warning:
+            return {QMessageBox::Warning, "Warning"};
+        case NoticeKind::Error:
+            break;
+    }
+    return {QMessageBox::Critical, "Error"};
+}
+
+ClosableBox *new_box(const BoxKind &kind, const std::string &text) {
     auto *box = new ClosableBox(QApplication::activeWindow());
     const LongText shown = fit_text(QString::fromStdString(text));
-    box->setIcon(icon);
-    box->setWindowTitle(QApplication::applicationName());
+    box->setIcon(kind.icon);
+    box->setWindowTitle(QApplication::applicationName() + QLatin1String(" - ") + QLatin1String(kind.name));
     box->setTextFormat(Qt::PlainText);
     box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     box->setText(shown.text);
     if (shown.cut)
         box->setDetailedText(QString::fromStdString(text));
     return box;
-}
-
-QMessageBox::Icon icon_of(NoticeKind kind) {
-    switch (kind) {
-        case NoticeKind::Note:
-            return QMessageBox::Information;
-        case NoticeKind::Warning:
-            return QMessageBox::Warning;
-        case NoticeKind::Error:
-            break;
-    }
-    return QMessageBox::Critical;
 }
 
 bool declines(const std::string &button) {
@@ -110,7 +114,7 @@ class DesktopResponder final : public Responder {
             return;
         }
         const OrdinaryCursor cursor;
-        const QPointer<QMessageBox> box(new_box(icon_of(kind), text));
+        const QPointer<QMessageBox> box(new_box(kind_of(kind), text));
         box->exec();
         delete box;
     }
@@ -119,7 +123,7 @@ class DesktopResponder final : public Responder {
         if (!qApp)
             return -1;
         const OrdinaryCursor cursor;
-        const QPointer<QMessageBox> box(new_box(QMessageBox::Question, text));
+        const QPointer<QMessageBox> box(new_box({QMessageBox::Question, "Question"}, text));
         QList<QAbstractButton *> shown;
         for (const std::string &button : buttons) {
             // One role for all: the desktop's order of roles would change that of the buttons.
