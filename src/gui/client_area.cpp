@@ -181,7 +181,11 @@ void ClientArea::resizeEvent(QResizeEvent *) {
 
 void ClientArea::paintEvent(QPaintEvent *source) {
     QPainter painter(viewport());
-    Canvas canvas{&painter, source->rect(), palette().base()};
+    // On a screen of a fractional scale the exposed part may end within a screen pixel: that one is drawn too.
+    const double scale = viewport()->devicePixelRatio();
+    const bool fractional = scale != std::floor(scale);
+    const QRect exposed = fractional ? source->rect().adjusted(-1, -1, 1, 1) : source->rect();
+    Canvas canvas{&painter, exposed & viewport()->rect(), palette().base()};
     if (!window_ || window_->stage != WindowStage::Live) {
         painter.fillRect(canvas.exposed, canvas.background);
         return;

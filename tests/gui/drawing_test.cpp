@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -140,6 +141,21 @@ TEST_F(Drawing, ImagesAreExactToThePixel) {
         g_scene.image->pixels.get()[0] = 5;
         EXPECT_EQ(shown_pixel(window, 0, 0), 0x010203u) << "the colour table changed";
     });
+}
+
+// Where a part ends within a screen pixel that pixel is not left to the background.
+TEST_F(Drawing, PartsMeetOnAScreenOfFractionalScale) {
+    setenv("QT_SCALE_FACTOR", "1.25", 1);
+    run([](Window *window) {
+        g_scene.image = test_image(300, 200, 1);
+        gui_invalidate(window);
+        const std::vector<unsigned> whole = screenshot(window);
+        EXPECT_FALSE(whole.empty());
+        for (int i = 0; i < 20; ++i)
+            repaint_part(window, {3 + i, 5 + i, 50 + 3 * i, 31 + 2 * i});
+        EXPECT_TRUE(screenshot(window) == whole);
+    });
+    unsetenv("QT_SCALE_FACTOR");
 }
 
 // Beyond what 32 bits count, in the image and on the scaled one; only the rows that are shown are touched.

@@ -125,6 +125,7 @@ TEST(CommandLine, ThePlatformAddsItsArgumentBehindTheUsers) {
 
 // In processes of their own, for they change the environment.
 TEST(CommandLine, WithoutADisplayTheProgramSaysSo) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto run_with_display = [](const char *display) {
         for (const char *variable : {"WAYLAND_DISPLAY", "WAYLAND_SOCKET", "QT_QPA_PLATFORM"})
             unsetenv(variable);

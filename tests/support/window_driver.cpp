@@ -11,6 +11,8 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPixmap>
+#include <QScreen>
 #include <QScrollBar>
 #include <QTest>
 #include <QTimer>
@@ -80,6 +82,16 @@ QAction *find_action(const Window *window, int command) {
             return action;
     }
     return nullptr;
+}
+
+std::vector<unsigned> pixels_of(const QPixmap &picture) {
+    const QImage image = picture.toImage();
+    std::vector<unsigned> pixels;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            pixels.push_back(image.pixel(x, y) & 0xffffff);
+    }
+    return pixels;
 }
 
 template <typename Box>
@@ -234,13 +246,16 @@ void ask_to_quit() {
 
 std::vector<unsigned> shown_pixels(Window *window, GuiRect area) {
     settle();
-    const QImage image = drawing_area(window)->grab(QRect(area.left, area.top, area.width, area.height)).toImage();
-    std::vector<unsigned> pixels;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            pixels.push_back(image.pixel(x, y) & 0xffffff);
-    }
-    return pixels;
+    return pixels_of(drawing_area(window)->grab(QRect(area.left, area.top, area.width, area.height)));
+}
+
+std::vector<unsigned> screenshot(Window *window) {
+    settle();
+    return pixels_of(window->frame->screen()->grabWindow(window->frame->winId()));
+}
+
+void repaint_part(Window *window, GuiRect area) {
+    drawing_area(window)->repaint(area.left, area.top, area.width, area.height);
 }
 
 unsigned shown_pixel(Window *window, int x, int y) {

@@ -44,6 +44,9 @@ std::string title_on_screen(const Window *window);
 // Repaints this part of the client area, no more, and returns its pixels row by row as 0xRRGGBB.
 std::vector<unsigned> shown_pixels(Window *window, GuiRect area);
 unsigned shown_pixel(Window *window, int x, int y);
+// What stands on the screen now, and an ordinary repaint of a part of it.
+std::vector<unsigned> screenshot(Window *window);
+void repaint_part(Window *window, GuiRect area);
 unsigned document_background(const Window *window);
 bool has_scroll_bars(const Window *window);
 GuiRect place_on_screen(const Window *window);
