@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QSessionManager>
-#include <QTimer>
 
 #include <cstdio>
 #include <cstdlib>
@@ -59,19 +58,20 @@ class Application final : public QApplication {
 
 // --- Display ------------------------------------------------------------------------------------------------------
 
-bool is_set(const char *variable) {
+std::string_view environment(const char *variable) {
     const char *value = getenv(variable);
-    return value && *value;
+    return value ? value : "";
 }
 
 // Qt ends the process with a core dump where there is none.
 bool has_display(const Arguments &arguments) {
     std::string_view platform = arguments.toolkit_value("platform");
-    if (platform.empty() && is_set("QT_QPA_PLATFORM"))
-        platform = getenv("QT_QPA_PLATFORM");
-    const bool needs_one = platform.empty() || platform.starts_with("xcb") || platform.starts_with("wayland");
-    return !needs_one || is_set("DISPLAY") || is_set("WAYLAND_DISPLAY") || is_set("WAYLAND_SOCKET") ||
-           !arguments.toolkit_value("display").empty();
+    if (platform.empty())
+        platform = environment("QT_QPA_PLATFORM");
+    if (!platform.empty() && !platform.starts_with("xcb") && !platform.starts_with("wayland"))
+        return true;
+    return !environment("DISPLAY").empty() || !environment("WAYLAND_DISPLAY").empty() ||
+           !environment("WAYLAND_SOCKET").empty() || !arguments.toolkit_value("display").empty();
 }
 
 // While the application is made: a display that does not answer ends the process, but with a message and status 1.
@@ -131,7 +131,8 @@ void gui_quit() {
     if (g_state.quitting)
         return;
     g_state.quitting = true;
-    const std::vector<Window *> windows = all_windows();
+    // The list shrinks as they go.
+    const std::vector<Window *> windows(all_windows().begin(), all_windows().end());
     for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
         if (*window != g_state.task)
             end_window(*window);
@@ -161,10 +162,11 @@ void raise_toolkit_error(const ToolkitError &message) {
         return;
     // Not here, where a window may be half painted; and not once more for every repaint while the box is shown.
     g_state.error_shown = true;
-    QTimer::singleShot(0, qApp, [text = message.text] {
+    const auto show = [text = message.text] {
         gui_error(text);
         g_state.error_shown = false;
-    });
+    };
+    QMetaObject::invokeMethod(qApp, show, Qt::QueuedConnection);
 }
 
 // --- Pointer ------------------------------------------------------------------------------------------------------

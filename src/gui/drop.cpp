@@ -4,7 +4,6 @@
 
 #include <QDropEvent>
 #include <QMimeData>
-#include <QTimer>
 #include <QUrl>
 
 namespace {
@@ -32,12 +31,13 @@ bool take_drop(Window *window, QEvent *source) {
     drop->accept();
     if (source->type() == QEvent::Drop) {
         // Later, for opening may take long and ask questions, and the source waits for this event's end.
-        QTimer::singleShot(0, window, [window, files = std::move(files)] {
+        const auto deliver = [window, files = std::move(files)] {
             Event event;
             event.type = EventType::FileDrop;
             event.files = files;
             send_event(window, event);
-        });
+        };
+        QMetaObject::invokeMethod(window, deliver, Qt::QueuedConnection);
     }
     return true;
 }

@@ -56,7 +56,7 @@ enum class EventType {
     FocusIn,   // the window became the active one
     FocusOut,  // or another did
     Scroll,    // the client area was scrolled to another position
-    Control,   // a control was used
+    Control,   // a button was pressed, a line of text edited
     Command,   // a menu item was chosen
     Timer,
     FileDrop,  // files were dropped on the window

@@ -31,7 +31,7 @@ class ClosableBox final : public QMessageBox {
         if (escapeButton())
             QMessageBox::closeEvent(event);
         else
-            QDialog::closeEvent(event);
+            reject();
     }
 };
 

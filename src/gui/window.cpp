@@ -24,12 +24,13 @@ Event plain_event(EventType type) {
     return event;
 }
 
-void call_handler(Window *window, const Event &event, long *answer) {
+long call_handler(Window *window, const Event &event) {
     ++window->handlers_running;
-    *answer = window->handler(window, event);
+    const long answer = window->handler(window, event);
     --window->handlers_running;
     if (window->stage == WindowStage::Dead && window->handlers_running == 0)
         window->frame->deleteLater();
+    return answer;
 }
 
 Window *newest_owned_by(const Window *owner) {
@@ -81,10 +82,7 @@ bool Window::is_dialog() const {
 }
 
 long send_event(Window *window, const Event &event) {
-    long answer = 0;
-    if (window && window->stage == WindowStage::Live)
-        call_handler(window, event, &answer);
-    return answer;
+    return window && window->stage == WindowStage::Live ? call_handler(window, event) : 0;
 }
 
 bool Window::eventFilter(QObject *watched, QEvent *source) {
@@ -148,8 +146,7 @@ Window *build_window(int resource, Window *owner, EventHandler handler, void *da
 }
 
 bool announce_window(Window *window) {
-    long refused = 0;
-    call_handler(window, plain_event(EventType::Create), &refused);
+    const long refused = call_handler(window, plain_event(EventType::Create));
     if (window->stage == WindowStage::Dead)
         return false;
     if (refused != 0) {
@@ -171,8 +168,7 @@ void end_window(Window *window) {
     window->stage = WindowStage::Closing;
     while (Window *owned = newest_owned_by(window))
         end_window(owned);
-    long ignored = 0;
-    call_handler(window, plain_event(EventType::Destroy), &ignored);
+    call_handler(window, plain_event(EventType::Destroy));
     window->stage = WindowStage::Dead;
     std::erase(g_windows, window);
     if (window->modal)
