@@ -185,7 +185,8 @@ void ClientArea::paintEvent(QPaintEvent *source) {
     const double scale = viewport()->devicePixelRatio();
     const bool fractional = scale != std::floor(scale);
     const QRect exposed = fractional ? source->rect().adjusted(-1, -1, 1, 1) : source->rect();
-    Canvas canvas{&painter, exposed & viewport()->rect(), palette().base()};
+    const QBrush &ground = property("pictures").toBool() ? palette().dark() : palette().base();
+    Canvas canvas{&painter, exposed & viewport()->rect(), ground};
     if (!window_ || window_->stage != WindowStage::Live) {
         painter.fillRect(canvas.exposed, canvas.background);
         return;

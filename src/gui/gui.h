@@ -6,7 +6,8 @@
 //   - a window names its menu bar by a dynamic property `menuBar` (a number),
 //   - a control has a dynamic property `number`,
 //   - a menu item has a dynamic property `command`,
-//   - the drawing area is a widget of class ClientArea.
+//   - the drawing area is a widget of class ClientArea; the dynamic property `pictures` gives it a ground on which
+//     pictures stand out, instead of that of documents.
 // Lengths are logical pixels. Texts are UTF-8; file names are bytes as the system has them.
 #pragma once
 
@@ -141,6 +142,7 @@ std::string gui_title(const Window *window);
 void gui_set_title(Window *window, const std::string &title);
 void gui_raise(Window *window);
 GuiSize gui_client_size(const Window *window);
+GuiSize gui_client_size_without_bars(const Window *window);  // what it were if nothing had to be scrolled
 // Gives the client area this size, scroll bars excluded, or as much of it as the screen has less 64 pixels. The bars
 // that the content needs then are added to the window, so set the content's size first.
 void gui_set_client_size(Window *window, GuiSize size);
@@ -179,7 +181,7 @@ void gui_check_command(Window *window, int command, bool checked);  // choosing 
 
 // --- Drawing ------------------------------------------------------------------------------------------------------
 
-void gui_clear(Canvas *canvas, const GuiRect &area);  // with the desktop's background for documents
+void gui_clear(Canvas *canvas, const GuiRect &area);  // with the ground that the desktop's colours give it
 // Draws the image with its top-left corner at (left, top), each pixel `zoom` x `zoom`, or (zoom 1) every `shrink`-th
 // pixel of every `shrink`-th row. Converts only what is exposed. Raises a toolkit error (5, 1) when memory for that is
 // out or the image has no pixels.

@@ -58,6 +58,10 @@ GuiSize gui_client_size(const Window *window) {
     return size_of(window->client->viewport_size_in(window->frame->size() - surroundings(*window)));
 }
 
+GuiSize gui_client_size_without_bars(const Window *window) {
+    return window->client ? size_of(window->client->maximumViewportSize()) : gui_client_size(window);
+}
+
 void gui_set_client_size(Window *window, GuiSize size) {
     QWidget *frame = window->frame;
     if (!window->client || frame->isMaximized() || frame->isFullScreen())

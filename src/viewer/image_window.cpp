@@ -19,6 +19,7 @@ constexpr int scroll_step = 16;
 constexpr int largest_zoom = 32;
 constexpr int64_t smallest_shrunk_side = 32;  // the longer side keeps so many screen pixels
 constexpr int far_cursor_step = 10;
+constexpr int smallest_marker = 11;  // around the pixel of the keyboard read-out
 
 struct PixelPosition {
     int64_t column;
@@ -272,8 +273,10 @@ void win_image_e_update(Window *window, const GenericState &state, const Event &
     gui_draw_image(event.canvas, *image, -static_cast<int>(std::lround(scroll.x)),
                    -static_cast<int>(std::lround(scroll.y)), display.zoom, display.shrink);
     if (display.cursor_column >= 0) {
-        GuiRect place = pixel_place(window, display, display.cursor_column, display.cursor_row);
-        gui_draw_marker(event.canvas, {place.left - 1, place.top - 1, place.width + 2, place.height + 2});
+        const GuiRect place = pixel_place(window, display, display.cursor_column, display.cursor_row);
+        const int margin = std::max(1, (smallest_marker - place.width) / 2);
+        gui_draw_marker(event.canvas,
+                        {place.left - margin, place.top - margin, place.width + 2 * margin, place.height + 2 * margin});
     }
 }
 
@@ -403,16 +406,11 @@ void zoom_actual(Window *window) {
 
 void zoom_to_fit(Window *window) {
     const PixelImage *image = display_image(window_state(window));
-    if (!image || image->width < 1 || image->height < 1)
+    const GuiSize client = gui_client_size_without_bars(window);
+    if (!image || image->width < 1 || image->height < 1 || client.width < 1 || client.height < 1)
         return;
-    // Once the image fits, its scroll bars go and the client area grows: the second look counts.
-    for (int look = 0; look < 2; ++look) {
-        const GuiSize client = gui_client_size(window);
-        if (client.width < 1 || client.height < 1)
-            return;
-        const int fits = std::min(client.width / image->width, client.height / image->height);
-        const int needs = std::max((image->width + client.width - 1) / client.width,
-                                   (image->height + client.height - 1) / client.height);
-        set_zoom(window, std::clamp(fits, 1, largest_zoom), fits >= 1 ? 1 : needs, {0, 0});
-    }
+    const int fits = std::min(client.width / image->width, client.height / image->height);
+    const int needs =
+        std::max((image->width + client.width - 1) / client.width, (image->height + client.height - 1) / client.height);
+    set_zoom(window, std::clamp(fits, 1, largest_zoom), fits >= 1 ? 1 : needs, {0, 0});
 }
