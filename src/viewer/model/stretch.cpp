@@ -13,12 +13,6 @@ constexpr float level_share = 0.00390625F;  // 1 / 256
 constexpr double range_excess = 0.000001;   // keeps the step of a flat image above 0
 
 // Low eight bits of the value without its fraction; 0 for a NaN and for what 64 bits do not hold.
-//
-// A float of 2^31 and more is a multiple of 256, so that 32 bits hold all that counts.
-[[gnu::always_inline]] inline uint8_t low_byte(float value) {
-    const bool fits = value > -2147483648.0F && value < 2147483648.0F;
-    return static_cast<uint8_t>(static_cast<int32_t>(fits ? value : 0.0F));
-}
 [[gnu::always_inline]] inline uint8_t low_byte(double value) {
     const bool fits = value >= -9223372036854775808.0 && value < 9223372036854775808.0;
     return static_cast<uint8_t>(static_cast<int64_t>(fits ? value : 0.0));
@@ -36,13 +30,16 @@ void map_halfwords(const int16_t *samples, const ImageDescription &description, 
     });
 }
 
-template <typename Real, typename T>
+// Samples and limits count as `Value` holds them. The quotient is taken in double: in single precision the excess of
+// the range would be lost, and with it the largest sample would wrap around to black.
+template <typename Value, typename T>
 void map_linearly(const T *samples, RealRange range, int64_t count, uint8_t *display) {
-    const Real minimum = static_cast<Real>(range.minimum);
-    const Real step = (static_cast<Real>(range.maximum) - minimum + static_cast<Real>(range_excess)) * level_share;
+    const double minimum = static_cast<Value>(range.minimum);
+    const double maximum = static_cast<Value>(range.maximum);
+    const double step = (maximum - minimum + range_excess) * level_share;
     run_vectorised([=]() __attribute__((always_inline)) {
         for (int64_t i = 0; i < count; ++i)
-            display[i] = low_byte((static_cast<Real>(samples[i]) - minimum) / step);
+            display[i] = low_byte((static_cast<double>(static_cast<Value>(samples[i])) - minimum) / step);
     });
 }
 

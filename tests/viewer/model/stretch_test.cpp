@@ -96,11 +96,11 @@ TEST(Stretch, ValuesOutsideTheRangeWrap) {
     // The unsigned maximum is found, but samples above 32767 map through their signed value.
     EXPECT_EQ(display_of<uint16_t>({0, 256, 32767, 32768, 65535}, described(16, "MSB_UNSIGNED_INTEGER")),
               (std::vector<int>{0, 1, 127, 128, 0}));
-    // In single precision the excess over a span of 32 and more is lost: the maximum itself wraps to black.
+    // The excess over the range keeps the largest sample white; in single precision it would be lost.
     EXPECT_EQ(display_of<int32_t>({-1000, 0, 500, 998, 1000}, described(32, "LSB_INTEGER")),
-              (std::vector<int>{0, 128, 192, 255, 0}));
+              (std::vector<int>{0, 127, 191, 255, 255}));
     EXPECT_EQ(display_of<uint32_t>({0, 512, 0xffffff00U}, described(32, "LSB_UNSIGNED_INTEGER", 0, 1024)),
-              (std::vector<int>{0, 128, 192}));
+              (std::vector<int>{0, 127, 193}));
 }
 
 TEST(Stretch, RealsByDataTypeWhateverItsName) {
