@@ -70,7 +70,7 @@ void restore_profile() {
     Oa_profile.dst_format_for_binary = session().old_binary_format;
 }
 
-int start_viewer(int argc, char **argv) {
+void begin_session(int argc, char **argv) {
     Session &run = session();
     run.old_ascii_format = Oa_profile.dst_format_for_ascii;
     run.old_binary_format = Oa_profile.dst_format_for_binary;
@@ -79,6 +79,10 @@ int start_viewer(int argc, char **argv) {
     if (argc >= 3)
         run.cmdline_fname = std::string(argv[1]).substr(0, longest_cmdline_name);
     run.working_directory = current_directory();
+}
+
+int start_viewer(int argc, char **argv) {
+    begin_session(argc, argv);
     return gui_run("Lumacart", task_window_resource, task_eh);
 }
 

@@ -21,8 +21,12 @@ Session &session();
 // Puts back the two saved fields of the object access profile.
 void restore_profile();
 
-// The viewer's entry behind the windowing layer: reads the arguments, makes the application, runs its event loop.
-// `argc` counts the platform's own argument. Returns the process's exit status.
+// Reads the arguments and what holds at start into the session, and connects the libraries' notices and the toolkit's
+// messages. `argc` counts the platform's own argument.
+void begin_session(int argc, char **argv);
+
+// The viewer's entry behind the windowing layer: begins the session, makes the application, runs its event loop.
+// Returns the process's exit status.
 int start_viewer(int argc, char **argv);
 
 // Handler of the task window.
