@@ -1,0 +1,106 @@
+// Any bytes as a label: from memory and from a file, with every reader of the tree let loose on the result.
+#include "base/memory.h"
+#include "base/notice.h"
+#include "odl/odl.h"
+#include "odl/validate.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+void demand(bool holds) {
+    if (!holds)
+        abort();
+}
+
+// Where messages are written, so that their making is run too.
+FILE *discarded() {
+    static FILE *stream = fopen("/dev/null", "w");
+    return stream;
+}
+
+// A file of its own for this process; the label includes itself when it names this file.
+const std::string &label_path() {
+    static const std::string path = [] {
+        std::string pattern = "/tmp/label_fuzz-XXXXXX";
+        close(mkstemp(pattern.data()));
+        atexit([] { unlink(label_path().c_str()); });
+        return pattern;
+    }();
+    return path;
+}
+
+void read_value(const Kwd *keyword) {
+    const char *value = OdlGetKwdValue(keyword);
+    OdlGetKwdValueType(keyword);
+    OdlFirstWord(value);
+    OdlNextWord(value);
+    OdlWildCardCompare("*A*1*", value);
+    if (!value)
+        return;
+    const char *start = OdlValueStart(value);
+    demand(OdlValueEnd(start) >= start);
+    OdlValidElement(value, nullptr, discarded(), 1, 0);
+    OdlValidValueList(value, nullptr, discarded(), 1);
+    OdlValidBraces(value, nullptr, discarded(), 1);
+    int64_t location = 0;
+    int type = 0;
+    const OaPtr<char> file_name(OdlGetFileName(keyword, &location, &type));
+}
+
+void read_tree(ObjDesc *root) {
+    OdlPrintHierarchy(root, nullptr, discarded());
+    OdlGetLabelVersion(root);
+    for (ObjDesc *object = root; object; object = OdlTraverseTree(object, 0)) {
+        demand(object == root || object->level == object->parent->level + 1);
+        demand(!object->first_child || object->first_child->parent == object);
+        demand(!object->last_child || !object->last_child->right_sibling);
+        for (const Kwd *keyword = OdlGetFirstKwd(object); keyword; keyword = OdlGetNextKwd(keyword)) {
+            demand(keyword->parent == object);
+            read_value(keyword);
+        }
+    }
+    OdlFindKwd(root, "*A", "*1*", 2, SCOPE_SUBTREE);
+    OdlFindObjDesc(root, "*", "N*", nullptr, 0, SCOPE_SUBTREE);
+}
+
+void cut_and_paste(ObjDesc *root) {
+    ObjDesc *child = root->first_child;
+    if (!child)
+        return;
+    ObjDesc *deepest = root->last_child;
+    while (deepest->last_child)
+        deepest = deepest->last_child;
+    OdlCutObjDesc(child);
+    if (deepest != child && deepest->parent)
+        OdlPasteObjDescBefore(child, deepest);
+    else
+        OdlPasteObjDesc(child, root);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    util_set_notice_hook([](NoticeKind, const std::string &) {});
+    const std::string text(reinterpret_cast<const char *>(data), size);
+
+    ObjDesc *root = OdlParseFile("fuzz.lbl", nullptr, text.c_str(), nullptr, discarded(), 0, 0, 0, 0);
+    read_tree(root);
+    cut_and_paste(root);
+    read_tree(root);
+    OdlFreeTree(root);
+
+    FILE *file = fopen(label_path().c_str(), "wb");
+    demand(file != nullptr);
+    fwrite(data, 1, size, file);
+    fclose(file);
+    root = OdlParseLabelFile(label_path().c_str(), nullptr, ODL_EXPAND_STRUCTURE | ODL_EXPAND_CATALOG, 1);
+    demand(root != nullptr);
+    odl_suppress_messages = 0;
+    read_tree(root);
+    OdlFreeTree(root);
+    return 0;
+}
