@@ -29,7 +29,7 @@ std::string take_request(std::span<char *const> words, Request *request) {
     std::optional<std::string> object, band, lines, samples, raw, png;
     const Option options[] = {{"--object", &object},   {"--band", &band}, {"--lines", &lines},
                               {"--samples", &samples}, {"--raw", &raw},   {"--png", &png}};
-    const std::string mistake = take_arguments(words, options, &request->file);
+    std::string mistake = take_arguments(words, options, &request->file);
     if (!mistake.empty())
         return mistake;
     if (band) {
@@ -194,7 +194,7 @@ std::string export_image(const Request &request, const std::string &label, const
 
 int run_image(std::span<char *const> arguments) {
     Request request;
-    const std::string mistake = take_request(arguments, &request);
+    std::string mistake = take_request(arguments, &request);
     if (!mistake.empty())
         return fail(mistake);
     const std::string label = find_label_file(request.file);

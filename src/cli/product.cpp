@@ -44,7 +44,7 @@ std::string find_label_file(const std::string &file) {
     if (holds_label(head_of(chosen.get())))
         return file;
     for (const char *extension : {"lbl", "LBL"}) {
-        const std::string beside = std::filesystem::path(file).replace_extension(extension).string();
+        std::string beside = std::filesystem::path(file).replace_extension(extension).string();
         const FilePtr label = util_open_regular(beside.c_str());
         if (label && holds_label(head_of(label.get()))) {
             fprintf(stderr, "lumacart-cli: %s has no label of its own; using %s\n", file.c_str(), beside.c_str());

@@ -23,7 +23,6 @@ const char *const pathSep = "/";
 
 namespace {
 
-using odl::marks_of;
 
 // Position of the "/*" of a comment that runs to the line's end, or npos. `within_quotes`: the line begins inside a
 // quoted text.
