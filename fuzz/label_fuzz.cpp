@@ -67,18 +67,15 @@ void read_tree(ObjDesc *root) {
     OdlFindObjDesc(root, "*", "N*", nullptr, 0, SCOPE_SUBTREE);
 }
 
+// Moves the first child of the root before the deepest last descendant of another one.
 void cut_and_paste(ObjDesc *root) {
     ObjDesc *child = root->first_child;
-    if (!child)
+    ObjDesc *target = root->last_child;
+    if (child == target)
         return;
-    ObjDesc *deepest = root->last_child;
-    while (deepest->last_child)
-        deepest = deepest->last_child;
-    OdlCutObjDesc(child);
-    if (deepest != child && deepest->parent)
-        OdlPasteObjDescBefore(child, deepest);
-    else
-        OdlPasteObjDesc(child, root);
+    while (target->last_child)
+        target = target->last_child;
+    OdlPasteObjDescBefore(OdlCutObjDesc(child), target);
 }
 
 }  // namespace

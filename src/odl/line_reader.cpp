@@ -27,7 +27,10 @@ odl::LineReader::LineReader(FILE *file)
     : file_(file), buffer_(buffer_size), position_(buffer_.data()), end_(buffer_.data()) {}
 
 odl::LineReader::LineReader(std::string_view text)
-    : position_(text.data()), end_(text.data() + text.size()), at_end_of_file_(true) {}
+    : position_(text.data()),
+      end_(text.data() + text.size()),
+      bytes_read_(static_cast<int64_t>(text.size())),
+      at_end_of_file_(true) {}
 
 // Moves what is left to the front of the buffer and reads until it is full or the file ends.
 void odl::LineReader::fill() {
@@ -37,6 +40,7 @@ void odl::LineReader::fill() {
     at_end_of_file_ = got < buffer_size - left;
     position_ = buffer_.data();
     end_ = position_ + left + got;
+    bytes_read_ += static_cast<int64_t>(got);
 }
 
 // Passes over one line end, if there is one.

@@ -25,6 +25,8 @@ class LineReader {
     bool next(Line &line);
     // Number of the physical line that was read last, counted from 1; 0 before the first.
     long line_number() const { return line_number_; }
+    // Bytes of the lines so far, with their line ends.
+    int64_t bytes_taken() const { return bytes_read_ - bytes_ahead(); }
     // Bytes that were read ahead of the last line.
     int64_t bytes_ahead() const { return end_ - position_; }
 
@@ -38,6 +40,7 @@ class LineReader {
     const char *position_ = nullptr;
     const char *end_ = nullptr;
     long line_number_ = 0;
+    int64_t bytes_read_ = 0;
     bool within_line_ = false;  // the last piece was not the end of its line
     bool at_end_of_file_ = false;
 };

@@ -23,6 +23,8 @@ const char *const pathSep = "/";
 
 namespace {
 
+// No label is as long as this. What goes on without an END is the data behind it, which may be larger than the memory.
+constexpr int64_t longest_label = int64_t{1} << 26;
 
 // Position of the "/*" of a comment that runs to the line's end, or npos. `within_quotes`: the line begins inside a
 // quoted text.
@@ -38,6 +40,14 @@ size_t comment_position(std::string_view line, bool within_quotes) {
 
 std::string_view null_if_empty(std::string_view text) {
     return text.empty() ? std::string_view() : text;
+}
+
+// The root can be given comments by several closing statements; the last one stays.
+void store_comment(char *&slot, std::string_view comment) {
+    if (comment.empty())
+        return;
+    OaFree(slot);
+    slot = OaCopyText(comment);
 }
 
 struct Counts {
@@ -74,7 +84,6 @@ class Parser {
 
     odl::MessagePlace place() const { return messages_.at(statement_.line_number()); }
     int32_t line_number() const { return static_cast<int32_t>(statement_.line_number()); }
-    void store_comment(char *&slot, std::string_view comment);
 
     odl::LineReader &lines_;
     std::string_view file_name_;
@@ -93,7 +102,7 @@ class Parser {
 
 ObjDesc *Parser::parse(bool ignore_missing_end) {
     odl::Line line;
-    while (!end_found_ && lines_.next(line))
+    while (!end_found_ && lines_.bytes_taken() < longest_label && lines_.next(line))
         take_line(line);
     if (!statement_.empty())
         finish_statement();
@@ -231,14 +240,6 @@ void Parser::add_keyword() {
 void Parser::end_label() {
     end_found_ = true;
     store_comment(current_->post_comment, pending_comment_);
-}
-
-// The root can be given comments by several closing statements; the last one stays.
-void Parser::store_comment(char *&slot, std::string_view comment) {
-    if (comment.empty())
-        return;
-    OaFree(slot);
-    slot = OaCopyText(comment);
 }
 
 void print_banner(const char *file_name, FILE *handle) {

@@ -158,13 +158,20 @@ TEST(Parser, LeavesACallersStreamBehindTheLabel) {
     fclose(stream);
 }
 
-// An attached label's data must not be drawn in: here they are a hole of many gigabytes.
+// An attached label's data must not be drawn in, whether or not an END stands before them: here they are a hole of
+// many gigabytes.
 TEST(Parser, ReadsNoFurtherThanTheLabel) {
     const ScratchFolder folder;
     const std::string path = folder.write("a.img", "A = 1\nEND\n");
     ASSERT_EQ(truncate(path.c_str(), int64_t{20} << 30), 0);
     const TreePtr root(OdlParseLabelFile(path.c_str(), nullptr, 3, 1));
     EXPECT_EQ(outline(root.get()), "ROOT @0\n  A = 1 @1\n");
+
+    const std::string endless = folder.write("b.img", "A = 1\n");
+    ASSERT_EQ(truncate(endless.c_str(), int64_t{20} << 30), 0);
+    const TreePtr cut(OdlParseLabelFile(endless.c_str(), nullptr, 3, 1));
+    EXPECT_STREQ(cut->first_keyword->value, "1");
+    EXPECT_EQ(odl_message_count, 1);
 }
 
 TEST(Parser, CountsChildrenAndNamesTheFile) {
