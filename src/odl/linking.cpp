@@ -59,9 +59,9 @@ bool can_paste_beside(const Record *record, const Record *old) {
 ObjDesc *next_in_subtree(ObjDesc *object, const ObjDesc *top) {
     if (object->first_child)
         return object->first_child;
-    while (object != top && !object->right_sibling)
+    while (object && object != top && !object->right_sibling)
         object = object->parent;
-    return object == top ? nullptr : object->right_sibling;
+    return object && object != top ? object->right_sibling : nullptr;
 }
 
 }  // namespace
