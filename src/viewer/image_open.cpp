@@ -64,6 +64,16 @@ long block_dialog_eh(Window *dialog, const Event &event) {
     return 0;
 }
 
+// The block that the user types into the dialog; false when it was cancelled.
+bool get_user_image_ranges(Window *window, const ImageDescription &image, SampleBlock *block) {
+    BlockChoice choice{image.block, image.lines, image.line_samples};
+    const int answer = gui_run_dialog(block_dialog_resource, window, block_dialog_eh, &choice);
+    if (answer < 0)
+        gui_error("Can't open dialog");
+    *block = choice.block;
+    return answer == ok_button;
+}
+
 // Opens a window of its own on another block of the same image.
 void open_block(const GenericState &from, const SampleBlock &block) {
     auto state = std::make_unique<GenericState>();
@@ -127,13 +137,9 @@ void step_right(Window *window) {
 
 void choose_block(Window *window) {
     const GenericState *state = window_state(window);
-    if (!state || !state->image_info)
-        return;
-    BlockChoice choice{state->image_info->block, state->image_info->lines, state->image_info->line_samples};
-    const int answer = gui_run_dialog(block_dialog_resource, window, block_dialog_eh, &choice);
-    if (answer < 0)
-        gui_error("Can't open dialog");
+    SampleBlock block;
     // The window may have gone while the dialog was open.
-    if (answer == ok_button && gui_window_exists(window))
-        open_block(*state, choice.block);
+    if (state && state->image_info && get_user_image_ranges(window, *state->image_info, &block) &&
+        gui_window_exists(window))
+        open_block(*state, block);
 }

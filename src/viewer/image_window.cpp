@@ -32,22 +32,38 @@ const PixelImage *display_image(const GenericState *state) {
 
 // --- Creation -----------------------------------------------------------------------------------------------------
 
-// Reads the samples of the block; the whole image when it fits one block.
-bool read_samples(GenericState *state) {
+// Reads the samples of the description's block. The reason of a failure is in error_string.
+bool read_block(GenericState *state) {
+    const BusyCursor busy;
+    state->label_state->image_data = state->display_state->source->read_block(state->image_info->block);
+    return state->label_state->image_data != nullptr;
+}
+
+bool get_partial_image_obj(Window *window, GenericState *state) {
+    if (!read_block(state)) {
+        if (!session().unattended)
+            gui_error("Image Create - could not find partial image\n" + error_string);
+        return false;
+    }
+    set_large_menu_items(window, *state);
+    return true;
+}
+
+// Reads the whole image when it fits one block and none was asked for, else the block.
+bool read_samples(Window *window, GenericState *state) {
     ImageDescription &image = *state->image_info;
     const SampleBlock &requested = state->label_state->requested_block;
-    const bool whole = !image.lines_large && !image.samples_large && requested == SampleBlock();
-    if (requested == SampleBlock())
-        initialize_display_image_ranges(&image, image.lines_large, image.samples_large);
-    else
+    if (requested != SampleBlock()) {
         image.block = requested;
-
-    const BusyCursor busy;
-    state->label_state->image_data = state->display_state->source->read_block(image.block);
-    if (state->label_state->image_data)
+        return get_partial_image_obj(window, state);
+    }
+    initialize_display_image_ranges(&image, image.lines_large, image.samples_large);
+    if (image.lines_large || image.samples_large)
+        return get_partial_image_obj(window, state);
+    if (read_block(state))
         return true;
     if (!session().unattended)
-        gui_error(whole ? error_string : "Image Create - could not find partial image\n" + error_string);
+        gui_error(error_string);
     return false;
 }
 
@@ -98,14 +114,12 @@ long win_image_e_create(Window *window) {
     gui_set_title(window, kind + shown_name(state->label_state->file_name, longest_title_name) + state->browser_tag);
     gui_show_control(window, status_line, false);
 
-    if (!read_samples(state) || !create_image(state) || !turn_image(state->image_info.get()))
-        return 1;
     enable_known_commands(window, CommandDispatcher::Application);
     for (const int number : {1053, 1056, 1064, 1071, 1072, 1073, 1074})
         gui_enable_command(window, number, false);
+    if (!read_samples(window, state) || !create_image(state) || !turn_image(state->image_info.get()))
+        return 1;
     const ImageDescription &image = *state->image_info;
-    if (image.lines_large || image.samples_large || state->label_state->requested_block != SampleBlock())
-        set_large_menu_items(window, *state);
     update_content_size(window, *state);
     gui_set_client_size(window, {image.display_image->width, image.display_image->height});
     return 0;
@@ -126,13 +140,21 @@ bool pixel_at(const Window *window, const GenericState &state, GuiPoint point, P
     return pixel->column < image.width && pixel->row < image.height;
 }
 
-std::string pixel_text(const ImageDescription &description, const PixelPosition &pixel) {
-    const PixelImage &image = *description.display_image;
-    const uint8_t level = image.pixels.get()[pixel.row * image.width + pixel.column];
-    const Colour colour = image.colours[level];
-    const ImagePosition position = image_position_at(description, pixel.column, pixel.row);
-    return util_format("sample: %lld  line: %lld  DN: %.9g  DIS: (%d, %d, %d)", static_cast<long long>(position.sample),
-                       static_cast<long long>(position.line), getDNValue(level), colour.red, colour.green, colour.blue);
+int64_t get_curr_sample(const ImageDescription &description, const PixelPosition &pixel) {
+    return image_position_at(description, pixel.column, pixel.row).sample;
+}
+
+int64_t get_curr_line(const ImageDescription &description, const PixelPosition &pixel) {
+    return image_position_at(description, pixel.column, pixel.row).line;
+}
+
+void set_pixel_window(Window *window, const ImageDescription &description, const PixelPosition &pixel, double value,
+                      Colour colour) {
+    gui_set_text(window, status_line,
+                 util_format("sample: %lld  line: %lld  DN: %.9g  DIS: (%d, %d, %d)",
+                             static_cast<long long>(get_curr_sample(description, pixel)),
+                             static_cast<long long>(get_curr_line(description, pixel)), value, colour.red, colour.green,
+                             colour.blue));
 }
 
 // The status line lies along the bottom edge of the client area.
@@ -145,7 +167,9 @@ void place_status_line(Window *window) {
 }
 
 void show_read_out(Window *window, GenericState *state, const PixelPosition &pixel) {
-    gui_set_text(window, status_line, pixel_text(*state->image_info, pixel));
+    const PixelImage &image = *state->image_info->display_image;
+    const uint8_t level = image.pixels.get()[pixel.row * image.width + pixel.column];
+    set_pixel_window(window, *state->image_info, pixel, getDNValue(level), image.colours[level]);
     place_status_line(window);
     if (!state->display_state->status_shown)
         gui_show_control(window, status_line, true);
