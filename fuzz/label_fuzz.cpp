@@ -92,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
     FILE *file = fopen(label_path().c_str(), "wb");
     demand(file != nullptr);
-    fwrite(data, 1, size, file);
+    fwrite(text.data(), 1, text.size(), file);
     fclose(file);
     root = OdlParseLabelFile(label_path().c_str(), nullptr, ODL_EXPAND_STRUCTURE | ODL_EXPAND_CATALOG, 1);
     demand(root != nullptr);
