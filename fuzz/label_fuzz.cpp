@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace {
@@ -22,15 +23,15 @@ FILE *discarded() {
     return stream;
 }
 
-// A file of its own for this process; the label includes itself when it names this file.
-const std::string &label_path() {
-    static const std::string path = [] {
-        std::string pattern = "/tmp/label_fuzz-XXXXXX";
-        close(mkstemp(pattern.data()));
-        atexit([] { unlink(label_path().c_str()); });
-        return pattern;
-    }();
-    return path;
+// A file in memory; the label includes itself when it names it.
+int label_file() {
+    static const int descriptor = memfd_create("label", 0);
+    return descriptor;
+}
+
+void write_label(const std::string &text) {
+    demand(ftruncate(label_file(), 0) == 0);
+    demand(pwrite(label_file(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
 }
 
 void read_value(const Kwd *keyword) {
@@ -90,11 +91,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     read_tree(root);
     OdlFreeTree(root);
 
-    FILE *file = fopen(label_path().c_str(), "wb");
-    demand(file != nullptr);
-    fwrite(text.data(), 1, text.size(), file);
-    fclose(file);
-    root = OdlParseLabelFile(label_path().c_str(), nullptr, ODL_EXPAND_STRUCTURE | ODL_EXPAND_CATALOG, 1);
+    write_label(text);
+    const std::string path = std::string("/proc/self/fd/") + std::to_string(label_file());
+    root = OdlParseLabelFile(path.c_str(), nullptr, ODL_EXPAND_STRUCTURE | ODL_EXPAND_CATALOG, 1);
     demand(root != nullptr);
     odl_suppress_messages = 0;
     read_tree(root);
