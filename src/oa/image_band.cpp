@@ -34,18 +34,14 @@ OaObject *read_image_object(const char *routine, ImageBand *band, const SampleRe
     if (!band->read(rectangle, buffer.get(), &missing))
         return nullptr;
     OalReportBinrepErrors(routine);
-    tell_short_read(missing);
-    OaObject *object = OaNewOaObject(label.get(), buffer.get(), rectangle.area() * band->sample_size());
-    if (!object)
-        return nullptr;
-    static_cast<void>(label.release());
-    static_cast<void>(buffer.release());
-    return object;
+    band->tell_short_read(missing);
+    return OaNewOaObject(label.release(), buffer.release(), rectangle.area() * band->sample_size());
 }
 
-void tell_short_read(const ShortRead &missing) {
-    if (missing.bytes_read == missing.bytes_wanted)
+void ImageBand::tell_short_read(const ShortRead &missing) {
+    if (missing.bytes_read == missing.bytes_wanted || told_short_)
         return;
+    told_short_ = true;
     util_notice(NoticeKind::Error,
                 util_format("Bytes read: %lld.\nBytes attempted to be read: %lld\nline = %lld, sample = %lld",
                             static_cast<long long>(missing.bytes_read), static_cast<long long>(missing.bytes_wanted),

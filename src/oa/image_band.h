@@ -38,6 +38,9 @@ class ImageBand {
     int64_t sample_size() const { return sample_size_; }
     // The image's label, describing this band in its native form.
     const ObjDesc *label() const { return label_.get(); }
+    // Shows the message of a read that met the end of the file, once however many follow; does nothing when no sample
+    // is missing.
+    void tell_short_read(const ShortRead &missing);
 
   protected:
     ImageBand(const OaImageKeywords &image, OdlTree label, int64_t native_sample_size)
@@ -47,7 +50,8 @@ class ImageBand {
 
   private:
     OdlTree label_;
-    int64_t sample_size_;  // bytes
+    int64_t sample_size_;      // bytes
+    bool told_short_ = false;  // the end of the file was met and the user knows
 };
 
 // Opens a band (from 1; any number where the image has only one). Null after reporting in the name of `routine`.
@@ -56,9 +60,6 @@ std::unique_ptr<ImageBand> open_plain_band(const char *routine, const ObjDesc *i
                                            int64_t band);
 
 // The rectangle as a new object in `buffer` (zeroed, of the rectangle's size; from here on the object's), which `label`
-// is to describe. Shows one message when samples are missing and reports values that did not fit. Null after reporting.
+// is to describe. Tells of missing samples and reports values that did not fit. Null after reporting.
 OaObject *read_image_object(const char *routine, ImageBand *band, const SampleRectangle &rectangle,
                             OaPtr<uint8_t> buffer, OdlTree label);
-
-// Shows the one message of a read that met the end of the file; does nothing when no sample is missing.
-void tell_short_read(const ShortRead &missing);

@@ -9,7 +9,6 @@ struct ImageHandle {
     std::unique_ptr<ImageBand> band;
     OaPtr<uint8_t> line_buffer;  // native samples of line_held, once a line was asked for
     int64_t line_held = 0;       // from 1
-    bool told_short = false;     // the end of the file was met and the user knows
 };
 
 ImageHandle *handle_of(const OaObject *object) {
@@ -31,10 +30,7 @@ bool fetch_line(const char *routine, ImageHandle *handle, int64_t line) {
     ShortRead missing;
     if (!band.read({line - 1, 1, 0, band.line_samples()}, handle->line_buffer.get(), &missing))
         return false;
-    if (missing.bytes_read < missing.bytes_wanted && !handle->told_short) {
-        handle->told_short = true;
-        tell_short_read(missing);
-    }
+    band.tell_short_read(missing);
     handle->line_held = line;
     return true;
 }
@@ -57,11 +53,8 @@ OaObject *OaOpenImage(const ObjDesc *image_node, int64_t band) {
     describe_part(label.get(), {0, 1, 0, 0});
     OaLongtoKwdValue("SOURCE_LINES", label.get(), handle->band->lines());
     OaLongtoKwdValue("SOURCE_LINE_SAMPLES", label.get(), handle->band->line_samples());
-    OaObject *object = OaNewOaObject(label.get(), nullptr, 0);
-    if (!object)
-        return nullptr;
-    static_cast<void>(label.release());
-    object->owns_data = false;
+    OaObject *object = OaNewOaObject(label.release(), nullptr, 0);
+    object->owns_data = false;  // the handle's line buffer
     object->appl1 = handle.release();
     return object;
 }
@@ -130,10 +123,7 @@ OaObject *OaReadPartialImage(OaObject *handle_object, int64_t start_line, int64_
 }
 
 OaObject *OaCloseImage(OaObject *handle_object) {
-    if (!handle_object)
-        return nullptr;
-    delete handle_of(handle_object);
-    handle_object->appl1 = nullptr;
-    handle_object->data = nullptr;
+    if (handle_object)
+        delete handle_of(handle_object);
     return OaDeleteObject(handle_object);
 }

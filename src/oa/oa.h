@@ -103,6 +103,7 @@ struct OaObject {
     bool owns_data = true;
     void *appl1 = nullptr;  // an open image's handle
 };
+// Takes over both, which may be null; `data` is a block of OaMalloc. Never null.
 OaObject *OaNewOaObject(ObjDesc *odl, void *data, int64_t size);
 OaObject *OaDeleteObject(OaObject *object);  // null is allowed; returns null
 
@@ -174,7 +175,8 @@ int OaCheckImageExtent(const OaImageKeywords &image, const OaFileKeywords &file)
 // 1. Null after reporting.
 OaObject *OaReadImage(const ObjDesc *image_node, int64_t band);
 
-// A handle that reads rectangles of one band. Null after reporting; close it with OaCloseImage.
+// A handle that reads rectangles of one band. Of a file that ends early it gives one notice, whatever is read. Null
+// after reporting; close it with OaCloseImage.
 OaObject *OaOpenImage(const ObjDesc *image_node, int64_t band);
 // Number of consecutive native samples available from (line, sample), both 1-based, on; the handle object's data points
 // at the first of them until the next call. 0 after reporting.
