@@ -39,7 +39,7 @@ OaBandStorage band_storage_of(const std::string &text) {
 
 // Upper case, without double quotes and outer blanks.
 std::string plain_text(const char *value) {
-    return util_upper(util_trim(util_without(value ? value : "", '"')));
+    return util_upper(util_trim(util_without(value, '"')));
 }
 
 constexpr const char *reader = "OaGetImageKeywords";
@@ -99,10 +99,11 @@ int64_t line_bytes(const OaImageKeywords &image) {
     return bytes;
 }
 
-// Bytes of `bands` bands; -1 when that is no size.
-int64_t image_bytes(const OaImageKeywords &image, int64_t bands) {
+// Bytes of all bands; -1 when that is no size.
+int64_t image_bytes(const OaImageKeywords &image) {
     int64_t bytes = line_bytes(image);
-    if (bytes < 0 || __builtin_mul_overflow(bytes, image.lines, &bytes) || __builtin_mul_overflow(bytes, bands, &bytes))
+    if (bytes < 0 || __builtin_mul_overflow(bytes, image.lines, &bytes) ||
+        __builtin_mul_overflow(bytes, image.bands, &bytes))
         return -1;
     return bytes;
 }
@@ -134,7 +135,7 @@ int OaGetImageKeywords(const ObjDesc *node, OaImageKeywords *out) {
         return 1;
     }
     const char *sample_type = nullptr;
-    if (OaKwdValuetoStr("SAMPLE_TYPE", node, &sample_type) != 0 || !sample_type) {
+    if (OaKwdValuetoStr("SAMPLE_TYPE", node, &sample_type) != 0) {
         OaReportFailure(531, "%s: SAMPLE_TYPE keyword missing.", __func__);
         return 1;
     }
@@ -143,7 +144,7 @@ int OaGetImageKeywords(const ObjDesc *node, OaImageKeywords *out) {
         read_size(node, "LINE*PREFIX*BYTES", false, 0, &out->line_prefix_bytes) != 0 ||
         read_size(node, "LINE*SUFFIX*BYTES", false, 0, &out->line_suffix_bytes) != 0 || read_encoding(node, out) != 0)
         return 1;
-    if (image_bytes(*out, out->bands) < 0) {
+    if (image_bytes(*out) < 0) {
         OaReportFailure(502, "%s: %s describe an image larger than any file.", __func__, claims_of(*out).c_str());
         return 1;
     }
@@ -158,13 +159,12 @@ int OaCheckImageExtent(const OaImageKeywords &image, const OaFileKeywords &file)
     }
     const bool interleaved =
         image.bands > 1 && (image.band_storage == OA_LINE_INTERLEAVED || image.band_storage == OA_SAMPLE_INTERLEAVED);
-    const int64_t bands = interleaved ? image.bands : 1;
     const int64_t held = status.st_size - file.start;
-    const int64_t line = line_bytes(image) * bands;
-    const int64_t claim = image_bytes(image, bands);
+    const int64_t line = line_bytes(image) * (interleaved ? image.bands : 1);
+    const int64_t claim = image_bytes(image);
     int64_t end = 0;
     if (file.start < 0 || held < line || (claim - 1) / largest_claim >= held ||
-        __builtin_add_overflow(file.start, image_bytes(image, image.bands), &end)) {
+        __builtin_add_overflow(file.start, claim, &end)) {
         OaReportFailure(
             502, "%s: %s claim %lld bytes, %lld a line, from byte %lld on; %s of %lld bytes holds %lld from there.",
             __func__, claims_of(image).c_str(), static_cast<long long>(claim), static_cast<long long>(line),

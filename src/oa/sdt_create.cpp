@@ -104,7 +104,7 @@ bool is_spare(const ObjDesc *node) {
 
 int read_data_type(const ObjDesc *node, OaObjectClass object_class, OaInterchangeFormat src_format) {
     const char *text = nullptr;
-    if (OaKwdValuetoStr(object_class == OA_IMAGE ? "SAMPLE_TYPE" : "DATA_TYPE", node, &text) != 0 || !text)
+    if (OaKwdValuetoStr(object_class == OA_IMAGE ? "SAMPLE_TYPE" : "DATA_TYPE", node, &text) != 0)
         return report_missing_type(node, object_class);
     std::string name(text);
     OaSlot *slot = OalSlotOf(node);

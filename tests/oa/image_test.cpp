@@ -324,6 +324,8 @@ TEST_F(Image, ReadsABandThatTheFileDoesNotHold) {
               (std::vector<int16_t>{sample_at(2, 1, 1), sample_at(2, 1, 2), 0, 0}));
     EXPECT_EQ(samples_of<int16_t>(read(label, 3).get()), std::vector<int16_t>(4));
     EXPECT_EQ(notices_.size(), 2u);
+    image.bands = 25;  // of which the file holds three halves
+    expect_refused(OpenProduct(write_detached(folder_, "SHORT", image)).image(), 1, 502, "BANDS = 25");
     // Of interleaved samples the last that is whole counts.
     image = counted_picture(2, 2, 3, "SAMPLE_INTERLEAVED");
     image.data.resize(3 * 6 + 3);
