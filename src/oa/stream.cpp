@@ -109,7 +109,7 @@ int read_fixed(OaStream *stream, int64_t wanted, Target target, int64_t *bytes_r
     const int64_t position = stream->current_position;
     stream->current_position += *bytes_read;
     if (*bytes_read == count) {
-        if (wanted < 1 && (stream->flags & OA_LINE_FEED_AT_END) && stream->record_bytes <= count)
+        if (wanted < 0 && (stream->flags & OA_LINE_FEED_AT_END) && stream->record_bytes <= count)
             target.bytes[stream->record_bytes - 1] = '\n';
         return 0;
     }

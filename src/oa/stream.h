@@ -10,7 +10,7 @@
 
 enum OaStreamFlags {
     OA_IS_SEEKABLE = 1,       // may be positioned directly
-    OA_LINE_FEED_AT_END = 2,  // a whole fixed-length record's last byte is delivered as a line feed
+    OA_LINE_FEED_AT_END = 2,  // a whole fixed-length record asked for by a negative count ends with a line feed
 };
 
 struct OaStream {

@@ -175,8 +175,10 @@ TEST_F(Stream, FixedRecords) {
 
     const OaStreamPtr lines = open("one  two  ", OA_FIXED_LENGTH, 5);
     lines->flags |= OA_LINE_FEED_AT_END;
-    EXPECT_EQ(read(lines.get()), 0);
+    EXPECT_EQ(read(lines.get(), -1), 0);
     EXPECT_EQ(unit_, "one \n");
+    EXPECT_EQ(read(lines.get(), 0, 0), 0);
+    EXPECT_EQ(unit_, "one  ");
 }
 
 TEST_F(Stream, VariableLengthRecords) {
