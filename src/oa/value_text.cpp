@@ -14,12 +14,13 @@ std::string_view number_part(std::string_view text) {
     return util_trim(text.substr(0, text.find('<')), white_space);
 }
 
+// A plus sign, which from_chars does not take, is left out before a number.
+std::string_view without_plus(std::string_view text) {
+    return text.starts_with('+') && !text.starts_with("+-") ? text.substr(1) : text;
+}
+
 bool parse_digits(std::string_view text, int radix, int64_t *value) {
-    if (text.starts_with('+')) {
-        text.remove_prefix(1);
-        if (text.starts_with('-'))
-            return false;
-    }
+    text = without_plus(text);
     const char *end = text.data() + text.size();
     const auto [stopped, error] = std::from_chars(text.data(), end, *value, radix);
     return error == std::errc() && stopped == end;
@@ -45,9 +46,7 @@ bool OalParseReal(std::string_view text, double *value) {
         *value = static_cast<double>(integer);
         return true;
     }
-    std::string_view number = number_part(text);
-    if (number.starts_with('+'))
-        number.remove_prefix(1);
+    const std::string_view number = without_plus(number_part(text));
     // Names of infinities and NaNs are symbols in a label.
     if (number.empty() || number.find_first_not_of("0123456789+-.eE") != std::string_view::npos)
         return false;

@@ -102,7 +102,7 @@ TEST_F(Keywords, NumbersOfValues) {
                  {"16#10#", 0, 16}, {"1E400", 1, 0},
                  {"NAN", 1, 0},     {"INF", 1, 0},
                  {"\"1.5\"", 1, 0}, {"", 1, 0},
-                 {"1.5.2", 1, 0}};
+                 {"1.5.2", 1, 0},   {"+-1.5", 1, 0}};
     for (const auto &c : reals) {
         OaStrtoKwdValue("K", node.get(), c.value);
         double number = 0;
