@@ -66,6 +66,18 @@ constexpr DataTypeName OaKRV_data_type_info[] = {
     // Its quotes belong to the name: a label's value, which loses its own, never equals it.
     {"\"N/A\"",              OA_NO_DATA_TYPE,          OA_NO_DATA_TYPE,     false},
 };
+
+struct ComplexType {
+    OaDataType type;
+    OaDataType half;
+};
+constexpr ComplexType complex_types[] = {
+    {OA_IEEE_COMPLEX, OA_IEEE_REAL},
+    {OA_IBM_COMPLEX,  OA_IBM_REAL},
+    {OA_PC_COMPLEX,   OA_PC_REAL},
+    {OA_VAX_COMPLEX,  OA_VAX_REAL},
+    {OA_VAXG_COMPLEX, OA_VAXG_REAL},
+};
 // clang-format on
 
 void remove_double_quotes(char *text) {
@@ -99,27 +111,19 @@ const char *OaKRVDataTypetoStr(int code) {
 }
 
 bool OalIsComplexType(OaDataType type) {
-    switch (type) {
-        case OA_IEEE_COMPLEX:
-        case OA_IBM_COMPLEX:
-        case OA_PC_COMPLEX:
-        case OA_VAX_COMPLEX:
-        case OA_VAXG_COMPLEX:
-            return true;
-        default:
-            return false;
-    }
+    return OalHalfOfComplex(type) != type;
 }
 
-bool OalIsRealType(OaDataType type) {
-    switch (type) {
-        case OA_IEEE_REAL:
-        case OA_PC_REAL:
-        case OA_VAX_REAL:
-        case OA_VAXG_REAL:
-        case OA_IBM_REAL:
-            return true;
-        default:
-            return false;
-    }
+OaDataType OalHalfOfComplex(OaDataType type) {
+    for (const ComplexType &row : complex_types)
+        if (row.type == type)
+            return row.half;
+    return type;
+}
+
+OaDataType OalComplexOfHalves(OaDataType half) {
+    for (const ComplexType &row : complex_types)
+        if (row.half == half)
+            return row.type;
+    return half;
 }

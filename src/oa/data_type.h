@@ -44,7 +44,9 @@ OaDataType OaStrtoKRVDataType(char *name, OaInterchangeFormat interchange_format
 const char *OaKRVDataTypetoStr(int code);
 
 bool OalIsComplexType(OaDataType type);
-bool OalIsRealType(OaDataType type);  // binary reals
+// The type of a complex type's two halves, and the complex type of two such; a type that has none is its own.
+OaDataType OalHalfOfComplex(OaDataType type);
+OaDataType OalComplexOfHalves(OaDataType half);
 
 // What a translation profile does with one source type and size.
 struct OaTypeConversion {

@@ -147,21 +147,6 @@ int measure_image(const ObjDesc *node, OaSlot *slot) {
     return 0;
 }
 
-OaDataType real_type_of(OaDataType complex_type) {
-    switch (complex_type) {
-        case OA_IEEE_COMPLEX:
-            return OA_IEEE_REAL;
-        case OA_PC_COMPLEX:
-            return OA_PC_REAL;
-        case OA_VAX_COMPLEX:
-            return OA_VAX_REAL;
-        case OA_VAXG_COMPLEX:
-            return OA_VAXG_REAL;
-        default:
-            return OA_IBM_REAL;
-    }
-}
-
 // A complex item is two reals. Only in an image of 64 bits a sample it is one: labels made from FITS headers call
 // 8-byte reals so, and no image has complex samples of single precision.
 int split_complex(const ObjDesc *node, OaSlot *slot) {
@@ -169,7 +154,7 @@ int split_complex(const ObjDesc *node, OaSlot *slot) {
         return 0;
     const ObjDesc *object = node->parent ? node->parent : node;
     if (slot->src.size == 8 && OaGetObjectClass(object) == OA_IMAGE) {
-        slot->src.data_type = real_type_of(slot->src.data_type);
+        slot->src.data_type = OalHalfOfComplex(slot->src.data_type);
         return 0;
     }
     slot->complex_type = slot->src.data_type;

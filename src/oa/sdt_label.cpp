@@ -16,30 +16,13 @@ void set_interchange_format(ObjDesc *node, OaInterchangeFormat format) {
                           node->first_keyword);
 }
 
-OaDataType complex_type_of(OaDataType real_type) {
-    switch (real_type) {
-        case OA_PC_REAL:
-            return OA_PC_COMPLEX;
-        case OA_VAX_REAL:
-            return OA_VAX_COMPLEX;
-        case OA_VAXG_REAL:
-            return OA_VAXG_COMPLEX;
-        case OA_IBM_REAL:
-            return OA_IBM_COMPLEX;
-        case OA_IEEE_REAL:
-            return OA_IEEE_COMPLEX;
-        default:
-            return real_type;
-    }
-}
-
 // The two halves of each complex item become one again.
 void rejoin_complex(OaSlot *slot) {
     if (slot->complex_type == OA_NO_DATA_TYPE)
         return;
     slot->total_repetitions /= 2;
     slot->dst.size *= 2;
-    slot->dst.data_type = complex_type_of(slot->dst.data_type);
+    slot->dst.data_type = OalComplexOfHalves(slot->dst.data_type);
 }
 
 void describe_column(ObjDesc *node, const OaSlot &slot) {

@@ -58,18 +58,6 @@ constexpr Source ascii_sources[] = {
     {OA_ASCII_INTEGER,        0, nullptr,       Destination::signed_integer,   4,  0},
     {OA_ASCII_REAL,           0, nullptr,       Destination::real,             8,  0},
 };
-
-struct ComplexHalf {
-    OaDataType type;
-    OaDataType half;
-};
-constexpr ComplexHalf complex_halves[] = {
-    {OA_IEEE_COMPLEX, OA_IEEE_REAL},
-    {OA_IBM_COMPLEX,  OA_IBM_REAL},
-    {OA_PC_COMPLEX,   OA_PC_REAL},
-    {OA_VAX_COMPLEX,  OA_VAX_REAL},
-    {OA_VAXG_COMPLEX, OA_VAXG_REAL},
-};
 // clang-format on
 
 // Bits are never interpreted, only printed.
@@ -125,13 +113,6 @@ const OaTypeConversion *find(std::span<const Entry> entries, OaDataType type, in
     return nullptr;
 }
 
-OaDataType half_of(OaDataType type) {
-    for (const ComplexHalf &row : complex_halves)
-        if (row.type == type)
-            return row.half;
-    return type;
-}
-
 }  // namespace
 
 const OaTypeConversion *OalGetTypeConversionFromProfile(OaDataType type, int64_t size, OaInterchangeFormat src_format,
@@ -150,5 +131,5 @@ const OaTypeConversion *OalGetTypeConversionFromProfile(OaDataType type, int64_t
     if (dst_format == OA_BINARY && profile == as_stored)
         return nullptr;
     return find(low_byte_first ? std::span<const Entry>(binary_low_first) : std::span<const Entry>(binary_high_first),
-                half_of(type), size);
+                OalHalfOfComplex(type), size);
 }
