@@ -48,8 +48,7 @@ bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaIm
     // What stands inside an image (a window, a group of remarks) describes no bytes of its own.
     while (tree->first_child)
         OdlFreeTree(OdlCutObjDesc(tree->first_child));
-    if (image.bands > 1)
-        delete_keywords(tree.get(), {"BANDS", "BAND_STORAGE_TYPE", "BAND_SEQUENCE"});
+    delete_keywords(tree.get(), {"BANDS", "BAND_STORAGE_TYPE", "BAND_SEQUENCE"});
     if (!OalCreateSDT(tree.get(), src_format)) {
         OaReportFailure(oa_errno, "%s: CreateSDT returned error.", routine);
         return false;

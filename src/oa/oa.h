@@ -106,6 +106,9 @@ struct OaObject {
 // Takes over both, which may be null; `data` is a block of OaMalloc. Never null.
 OaObject *OaNewOaObject(ObjDesc *odl, void *data, int64_t size);
 OaObject *OaDeleteObject(OaObject *object);  // null is allowed; returns null
+// Reads an object by the reader of its class, of an image the first band. Null after reporting: 530 for a class that
+// has none.
+OaObject *OaReadObject(const ObjDesc *node);
 
 struct OaObjectDeleter {
     void operator()(OaObject *object) const { OaDeleteObject(object); }

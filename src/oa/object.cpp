@@ -17,3 +17,14 @@ OaObject *OaDeleteObject(OaObject *object) {
     }
     return nullptr;
 }
+
+OaObject *OaReadObject(const ObjDesc *node) {
+    const OaObjectClass object_class = OaGetObjectClass(node);
+    switch (object_class) {
+        case OA_IMAGE:
+            return OaReadImage(node, 1);
+        default:
+            OaReportFailure(530, "%s: no reader for %s objects.", __func__, OaObjectClasstoStr(object_class));
+            return nullptr;
+    }
+}

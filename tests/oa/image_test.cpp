@@ -237,8 +237,10 @@ TEST_F(Image, FindsEachBandInEveryStorage) {
 }
 
 TEST_F(Image, ReadsBehindAnAttachedLabel) {
-    const ImageProduct image = counted_picture(4, 100, 1, "");
-    EXPECT_EQ(samples_of<int16_t>(read(write_attached(folder_, "ATTACHED", image)).get()), counted_band(1, 4, 100));
+    const OpenProduct product(write_attached(folder_, "ATTACHED", counted_picture(4, 100, 1, "")));
+    EXPECT_EQ(samples_of<int16_t>(OaObjectPtr(OaReadObject(product.image())).get()), counted_band(1, 4, 100));
+    EXPECT_FALSE(OaReadObject(product.root.get()));
+    EXPECT_EQ(oa_errno, 530);
 }
 
 TEST_F(Image, ReadsAroundPrefixesInEveryFile) {
