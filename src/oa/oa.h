@@ -54,6 +54,7 @@ enum OaObjectClass {
 
 // By exact name, failing that by suffix (SPECTRAL_QUBE is a QUBE); case and outer blanks do not matter.
 OaObjectClass OaGetObjectClass(const ObjDesc *node);
+// The class's name; "OA_UNKNOWN_CLASS" for any other code.
 const char *OaObjectClasstoStr(int object_class);
 
 // --- Keywords -----------------------------------------------------------------------------------------------------
@@ -63,10 +64,11 @@ const char *OaObjectClasstoStr(int object_class);
 int OaKwdValuetoStr(const char *name, const ObjDesc *node, const char **out);  // the tree keeps the text
 int OaKwdValuetoLong(const char *name, const ObjDesc *node, int64_t *out);     // based integers count with their value
 int OaKwdValuetoDouble(const char *name, const ObjDesc *node, double *out);    // integers and reals
-// Replace the value of the keyword, or append a new one. A null text leaves an empty value.
+// Replace the value of the keyword, or append a new one. A null text leaves an empty value. 0, or 1 after reporting a
+// null argument (501).
 int OaStrtoKwdValue(const char *name, ObjDesc *node, const char *text);
 int OaLongtoKwdValue(const char *name, ObjDesc *node, int64_t value);
-int OaDeleteKwd(const char *name, ObjDesc *node);
+int OaDeleteKwd(const char *name, ObjDesc *node);  // the first that matches: 0, or 1 when there is none
 // The elements of a sequence or set (a scalar counts as one), without brackets, quotes and units; split at commas
 // outside quotes. 0, or 1 when an element is no integer (oa_errno 600).
 int OaSequencetoLongArray(const char *value, std::vector<int64_t> *out);
@@ -74,7 +76,8 @@ int OaSequencetoStrArray(const char *value, std::vector<std::string> *out);
 // The current name of a keyword that older labels call otherwise; `name` itself when it has no other.
 const char *OaDealiasKwdName(const char *name);
 
-// OA_BINARY when the label is silent; OA_NO_FORMAT after reporting a value that is neither.
+// OA_ASCII for a HISTORY, OA_BINARY when the label is silent; OA_NO_FORMAT after reporting a value that is neither
+// (531).
 OaInterchangeFormat OaGetObjectInterchangeFormat(const ObjDesc *node);
 
 // --- Trees --------------------------------------------------------------------------------------------------------
@@ -135,7 +138,8 @@ struct OaFileKeywords {
     OaInterchangeFormat interchange_format = OA_BINARY;
 };
 // From the pointer of the node's class (or name) on the nearest ancestor. Call it on the original node, not on a copy.
-// 0, or 1 after reporting: 531 no pointer, 700 no such file, 502 a start that is no position.
+// 0, or 1 after reporting: 531 no pointer or a bad interchange format, 700 no such file, 502 a start that is no
+// position.
 int OaGetFileKeywords(const ObjDesc *node, OaFileKeywords *out);
 
 // ROWS, ROW_BYTES, row prefix and suffix of a table-like node. 0, or -1 with oa_errno 531.

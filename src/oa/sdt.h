@@ -57,7 +57,7 @@ inline OaSlot *OalSlotOf(const ObjDesc *node) {
     return static_cast<OaSlot *>(node->appl1);
 }
 
-// A zero-filled slot attached to the node.
+// A zero-filled slot attached to the node, which has none. Never null: out of memory ends the process.
 OaSlot *OalNewSDTNode(ObjDesc *node);
 
 // Returns `object` (a root) with its slots, or null after reporting; free it with OalFreeSDT either way.
@@ -84,19 +84,25 @@ int OalConvertRun(OaSlot *slot, const uint8_t *src, uint8_t *dst, int64_t count)
 void OalSDTtoODLTree(ObjDesc *sdt, OaInterchangeFormat dst_interchange_format);
 // Frees the label tree with its slots; null is allowed. Returns null.
 ObjDesc *OalFreeSDT(ObjDesc *tree);
-void OalFreeSDTStruct(OaSlot *slot);
+void OalFreeSDTStruct(OaSlot *slot);  // null is allowed
 
-// The steps of OalCreateSDT.
+// The steps of OalCreateSDT and OalSDTtoODLTree.
 enum OaTraverseMode { OA_BUILD_SLOTS = 0, OA_ADJUST_KEYWORDS = 1 };
+// Visits children before their parent. Building stops at the first node that fails and returns its code.
 int OalPostOrderTraverse(ObjDesc *node, int mode, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
+// The slot of a node whose children have theirs; one that has a slot is left alone. 0, or 1 after reporting.
 int OalBuildSDTNode(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
+// Chooses conversion and destination of a leaf whose source type and item size are known. 0, or 1 after reporting.
 int OalDetermineConvertParameters(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
+// Raises a node's alignment to the largest of its children's; a SPARE fills up to that what stands before it.
 void OalDetermineRepNodeAlignment(ObjDesc *node);
 // Fills a gap before the node's source bytes with a SPARE. 0, or 1 after reporting (534) that they overlap what stands
 // before.
 int OalCheckForGapInSrcData(ObjDesc *node);
+// Makes the node's keywords describe its converted data and frees its slot.
 void OalAdjustKwdstoMatchSDT(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
 
+// Neighbours of a label node, or null.
 inline ObjDesc *LeftmostSDTChild(const ObjDesc *node) {
     return node->first_child;
 }
