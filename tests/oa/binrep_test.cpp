@@ -1,6 +1,7 @@
 #include "oa/binrep.h"
 
 #include "oa/binrep_layout.h"
+#include "support/hex.h"
 #include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
@@ -23,23 +24,6 @@ constexpr const char *table_names[] = {
     "LSB_UINT2",   "LSB_UINT4",  "LSB_UINT8",  "LSB_INT2",   "LSB_INT4",    "LSB_INT8", "IEEE_REAL4", "IEEE_REAL8",
     "IEEE_REAL10", "VAXF_REAL4", "VAXD_REAL8", "VAXG_REAL8", "VAXH_REAL16", "PC_REAL4", "PC_REAL8",   "PC_REAL10"};
 
-Bytes from_hex(const std::string &hex) {
-    Bytes bytes;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2)
-        bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
-    return bytes;
-}
-
-std::string to_hex(const Bytes &bytes) {
-    std::string hex;
-    for (const uint8_t byte : bytes) {
-        constexpr char digits[] = "0123456789abcdef";
-        hex += digits[byte >> 4];
-        hex += digits[byte & 15];
-    }
-    return hex;
-}
-
 const BinrepDescrip *form(const std::string &name) {
     const BinrepDescrip *found = OalFindBinrepDescrip(name.c_str());
     EXPECT_NE(found, nullptr) << name;
@@ -47,8 +31,8 @@ const BinrepDescrip *form(const std::string &name) {
 }
 
 std::string convert(const std::string &src, const std::string &hex, const std::string &dst) {
-    const Bytes from = from_hex(hex);
-    Bytes to(form(dst)->size);
+    const std::string from = from_hex(hex);
+    std::string to(form(dst)->size, '\0');
     EXPECT_EQ(from.size(), form(src)->size);
     BinrepConvert(from.data(), to.data(), form(src), form(dst));
     return to_hex(to);
@@ -90,7 +74,7 @@ TEST_F(Binrep, KnownNumbersInEveryRealForm) {
             double value = 0;
             BinrepConvert(from_hex(known.hex[i]).data(), &value, form(known.name), form("PC_REAL8"));
             EXPECT_EQ(value, values[i]) << known.name;
-            Bytes back(form(known.name)->size);
+            std::string back(form(known.name)->size, '\0');
             BinrepConvert(&values[i], back.data(), form("PC_REAL8"), form(known.name));
             EXPECT_EQ(to_hex(back), known.hex[i]) << known.name;
         }

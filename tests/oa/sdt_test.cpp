@@ -188,9 +188,7 @@ TEST_F(Sdt, RewritesColumns) {
     for (const Case &c :
          {Case{"MSB_INTEGER", 3, 1, "MSB_BIT_STRING", "3", "3"}, Case{"MSB_INTEGER", 8, 1, "MSB_BIT_STRING", "8", "8"},
           Case{"COMPLEX", 8, 1, "PC_COMPLEX", "8", "8"}, Case{"VAX_COMPLEX", 32, 2, "PC_COMPLEX", "32", "16"},
-          Case{"IBM_COMPLEX", 8, 1, "IBM_COMPLEX", "8", "8"}, Case{"IEEE_REAL", 20, 2, "PC_REAL", "16", "8"},
-          Case{"\"UNSIGNED_INTEGER\"", 4, 2, "LSB_UNSIGNED_INTEGER", "4", "2"},
-          Case{"DATE", 10, 1, "DATE", "10", "10"}}) {
+          Case{"IBM_COMPLEX", 8, 1, "IBM_COMPLEX", "8", "8"}, Case{"IEEE_REAL", 20, 2, "PC_REAL", "16", "8"}}) {
         SCOPED_TRACE(c.type);
         const OaSdt column(new_column(c.type, 1, c.bytes, c.items));
         ASSERT_TRUE(OalCreateSDT(column.get(), OA_BINARY));
@@ -237,11 +235,8 @@ TEST_F(Sdt, RefusesWhatItCannotPlan) {
     const auto image_with = [&](const char *keyword, const char *value) {
         return with(new_image(2, 2, 16, "MSB_INTEGER"), keyword, value);
     };
-    const auto image_around = [](ObjDesc *child) {
-        ObjDesc *image = new_image(1, 1, 8, "MSB_INTEGER");
-        OdlPasteObjDesc(child, image);
-        return image;
-    };
+    ObjDesc *const image_around_column = new_image(1, 1, 8, "MSB_INTEGER");
+    OdlPasteObjDesc(new_column("CHARACTER", 1, 1), image_around_column);
     struct Case {
         ObjDesc *object;
         int code;
@@ -249,10 +244,8 @@ TEST_F(Sdt, RefusesWhatItCannotPlan) {
     };
     for (const Case &c :
          {Case{image_with("LINES", "0"), 531, "LINES keyword value not found for IMAGE object."},
-          Case{image_with("LINE_SAMPLES", "-3"), 531, "LINE_SAMPLES keyword value not found for IMAGE object."},
           Case{image_with("SAMPLE_BITS", "7"), 531, "SAMPLE_BITS keyword value not found for IMAGE object."},
           Case{image_with("LINES", "9223372036854775807"), 502, "LINES = 9223372036854775807"},
-          Case{image_with("LINE_SAMPLES", "4611686018427387904"), 502, "too large"},
           Case{image_with("LINE_PREFIX_BYTES", "9223372036854775807"), 502, "too large"},
           Case{image_with("SAMPLE_TYPE", "msb_integer"), 531, "DATA_TYPE keyword value: msb_integer in\nIMAGE node"},
           Case{new_object("COLUMN", {{"NAME", "X"}}), 531, "for COLUMN object\nwith NAME = X."},
@@ -260,7 +253,7 @@ TEST_F(Sdt, RefusesWhatItCannotPlan) {
           Case{with(new_column("CHARACTER", 1, 1), "ITEMS", "0"), 531, "ITEMS keyword value not found"},
           Case{with(new_column("CHARACTER", 1, 4), "ROW_PREFIX_BYTES", "4"), 530, "not allowed for COLUMN object."},
           Case{with(new_column("CHARACTER", 1, 4), "ITEM_OFFSET", "4"), 520, "ITEM_OFFSET"},
-          Case{image_around(new_column("CHARACTER", 1, 1)), 530, "a IMAGE object cannot contain sub-objects."},
+          Case{image_around_column, 530, "a IMAGE object cannot contain sub-objects."},
           Case{new_object("TABLE"), 530, "Unknown object class."}}) {
         SCOPED_TRACE(c.message);
         const OaSdt object(c.object);
