@@ -2,6 +2,7 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "oa/oa.h"
+#include "oa/value_text.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -70,10 +71,12 @@ const Kwd *find_pointer(const ObjDesc *node) {
 
 // --- The record format --------------------------------------------------------------------------------------------
 
+// The nearest value that is a number, else 0. Labels say UNK and N/A here, which is no failure to report.
 int64_t inherited_long(const char *name, const ObjDesc *node) {
+    const char *text = nullptr;
     int64_t value = 0;
     for (; node; node = node->parent)
-        if (OaKwdValuetoLong(name, node, &value) == 0)
+        if (OaKwdValuetoStr(name, node, &text) == 0 && OalParseInteger(text, &value))
             return value;
     return 0;
 }

@@ -111,7 +111,8 @@ TEST_F(FileKeywords, PointersAreThoseOfTheNearestAncestorAndInOrder) {
     for (const char *name : {"1.IMG", "2.IMG", "FILE.IMG", "NAMED.IMG"})
         folder_.write(name, "data");
     const OdlTree root = parse(
-        "RECORD_TYPE = FIXED_LENGTH\nRECORD_BYTES = 4\n^IMAGE = \"1.IMG\"\n^IMAGE = \"2.IMG\"\n^MAP = \"NAMED.IMG\"\n"
+        "RECORD_TYPE = FIXED_LENGTH\nRECORD_BYTES = 4\nFILE_RECORDS = UNK\n^IMAGE = \"1.IMG\"\n^IMAGE = "
+        "\"2.IMG\"\n^MAP = \"NAMED.IMG\"\n"
         "OBJECT = IMAGE\nEND_OBJECT\n"
         "OBJECT = IMAGE\nEND_OBJECT\n"
         "OBJECT = IMAGE\nEND_OBJECT\n"
@@ -125,6 +126,7 @@ TEST_F(FileKeywords, PointersAreThoseOfTheNearestAncestorAndInOrder) {
         ASSERT_EQ(OaGetFileKeywords(find(root, "IMAGE", i + 1), &file), 0) << i;
         EXPECT_EQ(file.file_name, folder_.file(expected[i]));
     }
+    EXPECT_TRUE(reports_.nothing_written());
     EXPECT_EQ(file.record_type, OA_STREAM);
     EXPECT_EQ(file.file_records, 9);
     EXPECT_EQ(file.record_bytes, 4) << "from further up";
