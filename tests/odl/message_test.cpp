@@ -21,57 +21,52 @@ using WrongStatements = Messages;
 
 TEST_F(WrongStatements, DrawTheirMessages) {
     struct {
+        int code;
         const char *text;
         const char *messages;
-        int code;
     } const cases[] = {
-        {"9ABC = 1", " Line 1 -- KEYWORD identifier:  \"9ABC\"  does not begin with a letter\n", 308},
-        {"A-B-C = 1",
-         " Line 1 -- KEYWORD identifier:  \"A-B-C\"  contains 2 embedded\n           non-alphanumeric or \"_\" "
-         "characters\n",
-         308},
-        {"A B = 1",
-         " Line 1 -- KEYWORD identifier:  \"A B\"  contains 1 embedded non-alphanumeric\n           or \"_\" "
-         "character\n",
-         308},
-        {"= 5", " Line 1 -- KEYWORD identifier is missing\n", 309},
-        {"^ = 5", " Line 1 -- KEYWORD identifier is missing\n", 308},
-        {"A = 1\nB = 1\nA = 2", " Line 3 -- Duplicate KEYWORD identifier:  \"A\"\n", 309},
-        {"A = 12ABC", " Line 1 -- Unable to determine the data type of VALUE: \"12ABC\"\n", 306},
-        {"A = N/A\nB = n/a\nC = NA\nD = \"N__\"\nE = {}", "", 0},
-        {"A = N/a", " Line 1 -- Unable to determine the data type of VALUE: \"N/a\"\n", 306},
-        {"A = (1,2) <m>", "VALUE LIST not properly enclosed in braces or parentheses\n", 303},
-        {"A = (1,{2)}", "Bad nesting in VALUE LIST.  Expected a right brace and found a parenthesis\ninstead.\n", 303},
-        {"A = {(1,2})", "Bad nesting in VALUE LIST.  Expected a right parenthesis and found a brace\ninstead.\n", 303},
-        {"A = (1, 2X, 'a')", " Line 1 -- Unable to determine the data type of VALUE LIST element 2: \"2X\"\n", 306},
-        {"A = \"a\"b\"\"", " Line 1 -- Embedded double quote in VALUE\n", 304},
-        {"A = 'it's'", " Line 1 -- Embedded single quote in VALUE\n", 304},
-        {"A = 'it", " Line 1 -- Unpaired single quote in VALUE\n", 304},
-        {"A = ('it, 2)", " Line 1 -- Unpaired single quote in VALUE LIST element 1\n", 304},
-        {"A = X__Y", " Line 1 -- Multiple underscores in VALUE\n", 305},
-        {"A = _X_",
-         " Line 1 -- First character is an underscore in VALUE\n Line 1 -- Last character is an underscore in VALUE\n",
-         304},
-        {"A = 5 <m",
+        {308, "9ABC = 1", " Line 1 -- KEYWORD identifier:  \"9ABC\"  does not begin with a letter\n"},
+        {308, "A-B-C = 1",
+         " Line 1 -- KEYWORD identifier:  \"A-B-C\"  contains 2 embedded\n"
+         "           non-alphanumeric or \"_\" characters\n"},
+        {308, "A B = 1",
+         " Line 1 -- KEYWORD identifier:  \"A B\"  contains 1 embedded non-alphanumeric\n"
+         "           or \"_\" character\n"},
+        {309, "= 5", " Line 1 -- KEYWORD identifier is missing\n"},
+        {308, "^ = 5", " Line 1 -- KEYWORD identifier is missing\n"},
+        {309, "A = 1\nB = 1\nA = 2", " Line 3 -- Duplicate KEYWORD identifier:  \"A\"\n"},
+        {306, "A = 12ABC", " Line 1 -- Unable to determine the data type of VALUE: \"12ABC\"\n"},
+        {0, "A = N/A\nB = n/a\nC = NA\nD = \"N__\"\nE = {}", ""},
+        {306, "A = N/a", " Line 1 -- Unable to determine the data type of VALUE: \"N/a\"\n"},
+        {303, "A = (1,2) <m>", "VALUE LIST not properly enclosed in braces or parentheses\n"},
+        {303, "A = (1,{2)}", "Bad nesting in VALUE LIST.  Expected a right brace and found a parenthesis\ninstead.\n"},
+        {303, "A = {(1,2})", "Bad nesting in VALUE LIST.  Expected a right parenthesis and found a brace\ninstead.\n"},
+        {306, "A = (1, 2X, 'a')", " Line 1 -- Unable to determine the data type of VALUE LIST element 2: \"2X\"\n"},
+        {304, "A = \"a\"b\"\"", " Line 1 -- Embedded double quote in VALUE\n"},
+        {304, "A = 'it's'", " Line 1 -- Embedded single quote in VALUE\n"},
+        {304, "A = 'it", " Line 1 -- Unpaired single quote in VALUE\n"},
+        {304, "A = ('it, 2)", " Line 1 -- Unpaired single quote in VALUE LIST element 1\n"},
+        {305, "A = X__Y", " Line 1 -- Multiple underscores in VALUE\n"},
+        {304, "A = _X", " Line 1 -- First character is an underscore in VALUE\n"},
+        {304, "A = X_", " Line 1 -- Last character is an underscore in VALUE\n"},
+        {307, "A = 5 <m",
          " Line 1 -- Missing the closing '>' character in the UNITS expression: \"<m\",\n"
-         "           for VALUE:  \"5 \"\n",
-         307},
-        {"A = 5 <m> x",
+         "           for VALUE:  \"5 \"\n"},
+        {307, "A = 5 <m> x",
          " Line 1 -- Extraneous characters found after the closing '>' character in\n"
-         "           the UNITS expression: \"<m> x\", for VALUE:  \"5 \"\n",
-         307},
-        {"A = (1, 5<a<b>)",
+         "           the UNITS expression: \"<m> x\", for VALUE:  \"5 \"\n"},
+        {307, "A = (1, 5<a<b>)",
          " Line 1 -- Embedded '<' character found in the UNITS expression: \"<a<b>\",\n"
-         "           for VALUE LIST element 2:  \"5\"\n",
-         307},
-        {"OBJECT = 9T\nEND_OBJECT = 9T",
-         " Line 1 -- OBJECT class identifier:  \"9T\"  does not begin with a letter\n"
-         " Line 2 -- END_OBJECT class identifier:  \"9T\"  does not begin with a letter\n",
-         308},
-        {"OBJECT = T\nEND_OBJECT = t", " Line 2 -- OBJECT and END_OBJECT class identifiers do not match\n", 300},
-        {"OBJECT = T\nEND_OBJECT =", " Line 2 -- END_OBJECT class identifier is missing\n", 308},
-        {"END_OBJECT\nEND_GROUP", " Line 1 -- Extra END_OBJECT encountered\n Line 2 -- Extra END_OBJECT encountered\n",
-         300},
+         "           for VALUE LIST element 2:  \"5\"\n"},
+        {308, "OBJECT = 9\nEND_OBJECT = 9",
+         " Line 1 -- OBJECT class identifier:  \"9\"  does not begin with a letter\n"
+         " Line 2 -- END_OBJECT class identifier:  \"9\"  does not begin with a letter\n"},
+        {300, "OBJECT = T\nEND_OBJECT = t", " Line 2 -- OBJECT and END_OBJECT class identifiers do not match\n"},
+        {308, "OBJECT = T\nEND_OBJECT =", " Line 2 -- END_OBJECT class identifier is missing\n"},
+        {300, "END_OBJECT", " Line 1 -- Extra END_OBJECT encountered\n"},
+        {300, "END_OBJECT\nEND_GROUP",
+         " Line 1 -- Extra END_OBJECT encountered\n"
+         " Line 2 -- Extra END_OBJECT encountered\n"},
     };
     for (const auto &one : cases) {
         odl_errno = 0;
