@@ -40,7 +40,8 @@ constexpr size_t grain = 16;
 constexpr size_t class_count = 32;
 constexpr size_t header_size = sizeof(uint64_t);
 constexpr size_t largest_pooled = class_count * grain - header_size;
-constexpr size_t pool_chunk_size = size_t{1} << 18;
+constexpr size_t first_chunk_size = size_t{1} << 18;
+constexpr size_t huge_page = size_t{1} << 21;
 constexpr size_t smallest_mapped = size_t{1} << 20;
 constexpr size_t smallest_huge = size_t{1} << 22;
 constexpr size_t heap_offset = 16;
@@ -60,6 +61,23 @@ uint64_t &origin_of(void *payload) {
     return *(static_cast<uint64_t *>(payload) - 1);
 }
 
+// Small programs take little; once as much as a huge page was used, chunks are huge pages.
+size_t next_chunk_size() {
+    static size_t taken = 0;
+    const size_t size = taken < huge_page ? first_chunk_size : huge_page;
+    taken += size;
+    return size;
+}
+
+char *new_chunk(size_t size) {
+    if (size < huge_page)
+        return static_cast<char *>(malloc(size));
+    void *chunk = aligned_alloc(huge_page, size);
+    if (chunk)
+        madvise(chunk, size, MADV_HUGEPAGE);
+    return static_cast<char *>(chunk);
+}
+
 void *pool_cell(size_t size) {
     const size_t grains = (size + header_size + grain - 1) / grain;
     if (FreeCell *cell = free_cells[grains]) {
@@ -67,13 +85,14 @@ void *pool_cell(size_t size) {
         return cell;
     }
     const size_t cell_size = grains * grain;
+    // Cells start eight bytes off the alignment so that payloads are aligned; the rest of the old chunk is lost.
     if (chunk_left < cell_size) {
-        auto *chunk = static_cast<char *>(malloc(pool_chunk_size));
+        const size_t chunk_size = next_chunk_size();
+        char *chunk = new_chunk(chunk_size);
         if (!chunk)
             return nullptr;
-        // Cells start eight bytes off the alignment so that payloads are aligned; the rest of the old chunk is lost.
         chunk_position = chunk + header_size;
-        chunk_left = pool_chunk_size - grain;
+        chunk_left = chunk_size - grain;
     }
     void *payload = chunk_position + header_size;
     chunk_position += cell_size;
