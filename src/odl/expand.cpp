@@ -12,10 +12,10 @@
 namespace {
 
 // Two pointers in each file to the next one double the tree with every level, so depth, number and amount of what a
-// label may draw in are bounded.
+// label may draw in are bounded. A keyword takes some thirty times the bytes of its shortest text.
 constexpr int deepest_inclusion = 32;
 constexpr int most_inclusions = 1000;
-constexpr int64_t most_included_bytes = int64_t{1} << 28;
+constexpr int64_t most_included_bytes = int64_t{1} << 24;
 
 struct Pattern {
     OdlExpand expand;
@@ -51,6 +51,7 @@ class Expander {
     std::vector<Kwd *> expand_pointer(const Pointer &pointer, const char *pattern);
     std::vector<Kwd *> include(const Pointer &pointer, const char *path, int64_t start_location, int location_type);
     void report_missing(const Kwd *pointer, const char *pattern, const char *file_name) const;
+    void report_excess(const Kwd *pointer);
 
     const char *message_file_name_;
     int suppress_messages_;
@@ -58,6 +59,7 @@ class Expander {
     std::vector<Pointer> pointers_;  // not expanded so far, in order
     int attempts_ = 0;
     int64_t included_bytes_ = 0;
+    bool excess_reported_ = false;
 };
 
 ObjDesc *child_of_class(const ObjDesc *parent, const char *class_name) {
@@ -130,8 +132,10 @@ bool Expander::is_on_chain(const Source &file, int source) const {
 
 // Returns the pointers of the included file.
 std::vector<Kwd *> Expander::expand_pointer(const Pointer &pointer, const char *pattern) {
-    if (attempts_ >= most_inclusions || included_bytes_ >= most_included_bytes)
+    if (attempts_ >= most_inclusions || included_bytes_ >= most_included_bytes) {
+        report_excess(pointer.keyword);
         return {};
+    }
     ++attempts_;
     int64_t start_location = 1;
     int location_type = ODL_RECORD_LOCATION;
@@ -153,14 +157,16 @@ std::vector<Kwd *> Expander::include(const Pointer &pointer, const char *path, i
     const FilePtr stream(OdlLocateStart(path, start_location, location_type));
     if (!stream)
         return {};
+    const int64_t start = ftello(stream.get());
     std::vector<Kwd *> pointers;
     ObjDesc *included = odl::parse_label({.file_name = path,
                                           .file_handle = stream.get(),
                                           .message_file_name = message_file_name_,
                                           .suppress_messages = suppress_messages_,
-                                          .ignore_missing_end = 1},
+                                          .ignore_missing_end = 1,
+                                          .most_bytes = most_included_bytes - included_bytes_},
                                          pointers);
-    included_bytes_ += ftello(stream.get());
+    included_bytes_ += ftello(stream.get()) - start;
     sources_.push_back(file);
     move_keywords(included, pointer.keyword);
     move_children(included, pointer.keyword->parent);
@@ -174,6 +180,17 @@ void Expander::report_missing(const Kwd *pointer, const char *pattern, const cha
     OdlPrintMessage(message_file_name_, nullptr, pointer->line_number, problem.c_str());
     util_notice(NoticeKind::Note,
                 util_format("Line %d: Unable to locate required format file: %s", pointer->line_number, file_name));
+}
+
+// Once for all pointers that are left as they are.
+void Expander::report_excess(const Kwd *pointer) {
+    if (excess_reported_)
+        return;
+    excess_reported_ = true;
+    const std::string problem = util_format("%s names one file too many:  %d files and %lld bytes have been included",
+                                            pointer->name, attempts_, static_cast<long long>(included_bytes_));
+    OdlPrintMessage(message_file_name_, nullptr, pointer->line_number, problem.c_str());
+    util_notice(NoticeKind::Note, util_format("Line %d: %s", pointer->line_number, problem.c_str()));
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ constexpr ptrdiff_t longest_piece = 255;
 // With this much in the buffer a piece and its line end can be taken without another look at the file.
 constexpr ptrdiff_t look_ahead = longest_piece + 2;
 
-// Up to the line feed, less a carriage return before it; other carriage returns, which are rare, are left inside.
+// Up to the line feed, less a carriage return before it; other carriage returns are left inside.
 std::string_view up_to_line_feed(std::string_view text) {
     const size_t feed = text.find('\n');
     if (feed == std::string_view::npos)
@@ -23,8 +23,8 @@ std::string_view up_to_line_feed(std::string_view text) {
 
 }  // namespace
 
-odl::LineReader::LineReader(FILE *file)
-    : file_(file), buffer_(buffer_size), position_(buffer_.data()), end_(buffer_.data()) {}
+odl::LineReader::LineReader(FILE *file, int64_t most_bytes)
+    : file_(file), most_bytes_(most_bytes), buffer_(buffer_size), position_(buffer_.data()), end_(buffer_.data()) {}
 
 odl::LineReader::LineReader(std::string_view text)
     : position_(text.data()),
@@ -36,7 +36,10 @@ odl::LineReader::LineReader(std::string_view text)
 void odl::LineReader::fill() {
     const auto left = static_cast<size_t>(end_ - position_);
     memmove(buffer_.data(), position_, left);
-    const size_t got = fread(buffer_.data() + left, 1, buffer_size - left, file_);
+    const auto room = static_cast<int64_t>(buffer_size - left);
+    const auto wanted = static_cast<size_t>(std::min(room, most_bytes_ - bytes_read_));
+    const size_t got = fread(buffer_.data() + left, 1, wanted, file_);
+    bytes_read_ += static_cast<int64_t>(got);
     at_end_of_file_ = got < buffer_size - left;
     position_ = buffer_.data();
     end_ = position_ + left + got;
@@ -70,9 +73,14 @@ bool odl::LineReader::next(Line &line) {
 
     const std::string_view piece(position_, static_cast<size_t>(std::min(end_ - position_, longest_piece)));
     line.text = up_to_line_feed(piece);
-    line.marks = marks_within(line.text);
-    if (line.marks & MARK_LINE_END)
+    // Where lone returns end lines, looking at the marks first would look at each byte once for every line before it.
+    if (has_lone_returns_)
         line.text = line.text.substr(0, line.text.find('\r'));
+    line.marks = marks_within(line.text);
+    if (line.marks & MARK_LINE_END) {
+        line.text = line.text.substr(0, line.text.find('\r'));
+        has_lone_returns_ = true;
+    }
     position_ += line.text.size();
     if (line.marks & MARK_NUL)
         line.text = line.text.substr(0, line.text.find('\0'));

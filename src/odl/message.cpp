@@ -15,6 +15,8 @@ namespace {
 constexpr size_t line_width = 75;
 // An indent that would leave fewer columns than this for the text is not taken.
 constexpr size_t least_columns = 3;
+// What a message quotes of a label may be as long as the label.
+constexpr size_t longest_message = 10000;
 
 // Columns before the message's body, under which further lines begin.
 size_t body_column(std::string_view text) {
@@ -82,7 +84,10 @@ int OdlPrintMessage(const char *file_name, FILE *handle, long line_number, const
     if (odl_suppress_messages)
         return 1;
     const std::string prefix = line_number ? util_format(" Line %ld -- ", line_number) : std::string();
-    write(file_name, handle, wrapped(prefix + (text ? text : " Unknown error")));
+    std::string message = prefix + (text ? text : " Unknown error");
+    if (message.size() > longest_message)
+        message.replace(longest_message, std::string::npos, "...");
+    write(file_name, handle, wrapped(message));
     return 1;
 }
 

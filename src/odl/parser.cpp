@@ -4,6 +4,7 @@
 
 #include "base/file.h"
 #include "base/memory.h"
+#include "base/notice.h"
 #include "base/text.h"
 #include "odl/characters.h"
 #include "odl/checks.h"
@@ -110,6 +111,12 @@ ObjDesc *Parser::parse(bool ignore_missing_end) {
     if (current_ != root_)
         OdlPrintMessage(nullptr, last_line.handle, last_line.line,
                         "Not enough END_OBJECT statements.  Some objects may be incomplete");
+    if (!end_found_ && lines_.is_at_limit()) {
+        const std::string problem =
+            util_format("No END in %lld bytes.  What follows is ignored", static_cast<long long>(lines_.most_bytes()));
+        OdlPrintMessage(nullptr, last_line.handle, last_line.line, problem.c_str());
+        util_notice(NoticeKind::Note, std::string(file_name_) + ": " + problem);
+    }
     if (!end_found_ && !ignore_missing_end)
         OdlPrintMessage(nullptr, last_line.handle, last_line.line, "END statement is missing");
     return root_;
@@ -285,7 +292,8 @@ ObjDesc *odl::parse_label(const ParseRequest &request, std::vector<Kwd *> &point
         }
     }
 
-    LineReader lines = request.label_text ? LineReader(std::string_view(request.label_text)) : LineReader(file);
+    LineReader lines =
+        request.label_text ? LineReader(std::string_view(request.label_text)) : LineReader(file, request.most_bytes);
     Parser parser(lines, request.file_name, messages, pointers);
     ObjDesc *root = parser.parse(request.ignore_missing_end);
     // The caller's stream is left behind the label, not behind the buffer.

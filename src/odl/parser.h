@@ -7,6 +7,9 @@
 
 namespace odl {
 
+// A label without END must not draw all the data behind it into memory.
+constexpr int64_t longest_label = int64_t{1} << 26;
+
 // What OdlParseFile takes; see there.
 struct ParseRequest {
     const char *file_name = nullptr;
@@ -18,6 +21,7 @@ struct ParseRequest {
     int suppress_metrics = 1;
     int suppress_hierarchy = 1;
     int ignore_missing_end = 0;
+    int64_t most_bytes = longest_label;  // of a file; what lies behind is no part of the label
 };
 
 // As OdlParseFile; also adds the label's pointer keywords, in their order, to `pointers`.

@@ -158,6 +158,8 @@ std::vector<std::string> directories_to_try(std::string_view label_file_name, co
 // --- Positioning --------------------------------------------------------------------------------------------------
 
 bool skip_lines(FILE *file, int64_t count) {
+    if (count > util_file_size(file))  // each has a byte at least
+        return false;
     char line[30000];
     for (; count > 0; --count) {
         if (!fgets(line, sizeof line, file))
