@@ -105,7 +105,7 @@ int record_type_of(const ObjDesc *node) {
 // feed, a carriage return, or both.
 int64_t offset_of_line(const std::string &path, int64_t line) {
     const FilePtr file = util_open_regular(path.c_str());
-    if (!file)
+    if (!file || line - 1 > util_file_size(file.get()))  // each line has a byte at least
         return -1;
     int64_t offset = 0;
     while (line > 1) {
