@@ -43,6 +43,12 @@ bool ReplacingFile::open(const std::string &path) {
     }
     struct stat status;
     const bool replaces = stat(target_.c_str(), &status) == 0;
+    // A link that leads nowhere would itself be replaced.
+    const int stat_error = errno;
+    if (!replaces && lstat(target_.c_str(), &status) == 0) {
+        errno = stat_error;
+        return false;
+    }
     if (replaces && !S_ISREG(status.st_mode)) {
         errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
         return false;

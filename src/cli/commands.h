@@ -16,3 +16,6 @@ int run_image(std::span<char *const> arguments);
 
 // Writes "lumacart-cli: text" to standard error and returns exit_failed.
 int fail(const std::string &text);
+
+// What errno says after a file that must be a regular one was opened.
+std::string open_failure();

@@ -8,9 +8,9 @@
 #include "cli/true_range.h"
 #include "viewer/model/stretch.h"
 
-#include <cerrno>
-#include <cstring>
+#include <algorithm>
 #include <filesystem>
+#include <set>
 
 namespace {
 
@@ -84,17 +84,41 @@ bool is_same_file(const std::string &a, const std::string &b) {
     return std::filesystem::equivalent(a, b, ignored);
 }
 
+// The label, what it includes, and the file of the samples.
+std::set<std::string> files_of_product(const ObjDesc *node, const std::string &data_file) {
+    std::set<std::string> files = {data_file};
+    while (node->parent)
+        node = node->parent;
+    for (auto *object = const_cast<ObjDesc *>(node); object; object = OdlTraverseTree(object, 0)) {
+        if (object->file_name)
+            files.insert(object->file_name);
+        for (const Kwd *keyword = object->first_keyword; keyword; keyword = keyword->right_sibling) {
+            if (keyword->file_name)
+                files.insert(keyword->file_name);
+        }
+    }
+    return files;
+}
+
+// The path without links and detours, as far as it leads somewhere.
+std::filesystem::path place_of(const std::string &path) {
+    std::error_code failure;
+    const auto place = std::filesystem::weakly_canonical(std::filesystem::absolute(path, failure), failure);
+    return failure ? std::filesystem::path(path) : place;
+}
+
 // A product is never written over, and two outputs are two files. Returns an empty text, or what is wrong.
-std::string check_outputs(const Request &request, const std::string &label, const ObjDesc *node) {
+std::string check_outputs(const Request &request, const ObjDesc *node) {
     OaFileKeywords file;
     if (OaGetFileKeywords(node, &file) != 0)
         return read_failure;
+    const std::set<std::string> files = files_of_product(node, file.file_name);
     for (const std::string &output : {request.raw, request.png}) {
-        if (!output.empty() && (is_same_file(output, label) || is_same_file(output, file.file_name)))
+        if (!output.empty() && std::any_of(files.begin(), files.end(),
+                                           [&](const std::string &path) { return is_same_file(output, path); }))
             return output + " belongs to the product";
     }
-    if (!request.raw.empty() &&
-        std::filesystem::path(request.raw).lexically_normal() == std::filesystem::path(request.png).lexically_normal())
+    if (!request.raw.empty() && !request.png.empty() && place_of(request.raw) == place_of(request.png))
         return "--raw and --png need files of their own";
     return "";
 }
@@ -115,7 +139,7 @@ class Output {
     std::string commit() { return !stream() || file_.commit() ? "" : failure(); }
 
     FILE *stream() const { return file_.stream(); }
-    std::string failure() const { return path_ + ": " + strerror(errno); }
+    std::string failure() const { return path_ + ": " + open_failure(); }
 
   private:
     std::string path_;
@@ -167,7 +191,7 @@ std::string write_outputs(const Request &request, ImagePart *part, ImageDescript
     return error.empty() ? png.commit() : error;
 }
 
-std::string export_image(const Request &request, const std::string &label, const ObjDesc *node) {
+std::string export_image(const Request &request, const ObjDesc *node) {
     const auto source = plain_image_source(node, request.band);
     ImageDescription description;
     std::string error = source->describe(&description);
@@ -177,7 +201,7 @@ std::string export_image(const Request &request, const std::string &label, const
     if (error.empty())
         error = choose_block(request, description, &block);
     if (error.empty())
-        error = check_outputs(request, label, node);
+        error = check_outputs(request, node);
     if (!error.empty())
         return error;
 
@@ -207,7 +231,7 @@ int run_image(std::span<char *const> arguments) {
     const ObjDesc *node = find_object(root.get(), request.object);
     if (!node)
         return fail(label + ": there is no object " + request.object);
-    const std::string error = export_image(request, label, node);
+    const std::string error = export_image(request, node);
     if (!error.empty())
         return fail(label + ": " + error);
     return had_notices() ? exit_with_messages : exit_done;

@@ -23,25 +23,29 @@ class MessageFile {
         close(descriptor);
         path_ = path;
     }
-    ~MessageFile() {
-        if (!path_.empty())
-            unlink(path_.c_str());
-    }
+    ~MessageFile() { remove(); }
     MessageFile(const MessageFile &) = delete;
     MessageFile &operator=(const MessageFile &) = delete;
 
     const char *path() const { return path_.empty() ? nullptr : path_.c_str(); }
 
-    // Copies the messages to standard error; false when there are none. The parser heads each file with a banner, of
-    // which the name is kept where messages follow.
-    bool show() const {
+    // Copies the messages to standard error; false when there are none. The parser heads each file with a banner, a
+    // name between two rules, of which the name is kept where messages follow.
+    bool show() {
+        const std::string rule(74, '-');
         std::ifstream file(path_);
+        remove();  // first, for a reader of our output that goes away ends us
         std::string banner;
+        bool is_banner = false;
         bool any = false;
         for (std::string line; std::getline(file, line);) {
-            if (line.starts_with("Parsing File:")) {
-                banner = line + "\n";
-            } else if (line.find_first_not_of('-') != std::string::npos) {
+            if (line == rule) {
+                is_banner = !is_banner;
+                if (is_banner)
+                    banner.clear();
+            } else if (is_banner) {
+                banner += line + "\n";
+            } else if (!line.empty()) {
                 fprintf(stderr, "%s%s\n", banner.c_str(), line.c_str());
                 banner.clear();
                 any = true;
@@ -51,6 +55,12 @@ class MessageFile {
     }
 
   private:
+    void remove() {
+        if (!path_.empty())
+            unlink(path_.c_str());
+        path_.clear();
+    }
+
     std::string path_;
 };
 
@@ -65,7 +75,7 @@ int run_label(std::span<char *const> arguments) {
     if (label.empty())
         return exit_failed;
 
-    const MessageFile messages;
+    MessageFile messages;
     if (!messages.path())
         return fail("no temporary file can be made for messages");
     show_notices();

@@ -1,6 +1,9 @@
 #include "cli/commands.h"
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 namespace {
@@ -101,7 +104,12 @@ int fail(const std::string &text) {
     return exit_failed;
 }
 
+std::string open_failure() {
+    return errno == EINVAL ? "Not a regular file" : strerror(errno);
+}
+
 int main(int argc, char **argv) {
+    signal(SIGXFSZ, SIG_IGN);  // a file beyond the user's limit is a write that fails
     const int status = run({argv + 1, static_cast<size_t>(argc > 0 ? argc - 1 : 0)});
     return output_is_complete() ? status : exit_failed;
 }

@@ -2,7 +2,19 @@
 
 #include <png.h>
 
+#include <cerrno>
 #include <csetjmp>
+#include <cstring>
+
+namespace {
+
+// libpng's own function tells that writing failed, but not why.
+void write_bytes(png_structp png, png_bytep bytes, size_t count) {
+    if (fwrite(bytes, 1, count, static_cast<FILE *>(png_get_io_ptr(png))) != count)
+        png_error(png, strerror(errno));
+}
+
+}  // namespace
 
 struct PngWriter::State {
     png_structp png = nullptr;
@@ -42,7 +54,7 @@ PngWriter::~PngWriter() {
 
 bool PngWriter::start(FILE *file, uint32_t width, uint32_t height) {
     return state_->run([=, png = state_->png, info = state_->info] {
-        png_init_io(png, file);
+        png_set_write_fn(png, file, write_bytes, nullptr);
         png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
         png_set_IHDR(png, info, width, height, 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                      PNG_FILTER_TYPE_DEFAULT);

@@ -5,8 +5,6 @@
 #include "base/text.h"
 #include "cli/commands.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <set>
 
@@ -38,7 +36,7 @@ std::string without_digits(std::string text) {
 std::string find_label_file(const std::string &file) {
     const FilePtr chosen = util_open_regular(file.c_str());
     if (!chosen) {
-        fail(file + ": " + strerror(errno));
+        fail(file + ": " + open_failure());
         return "";
     }
     if (holds_label(head_of(chosen.get())))

@@ -99,6 +99,43 @@ TEST(Cli, TellsAboutItself) {
     EXPECT_EQ(run_command(cli_command({"--help"}) + " >/dev/full").status, 2);
 }
 
+TEST(Cli, WritesOverNothingThatItReadsOrCannotReplace) {
+    const ScratchFolder scratch;
+    scratch.write("s.fmt", "NOTE = 1\n");
+    ImageProduct product = ramp_product();
+    product.more = "^A_STRUCTURE = \"s.fmt\"\n";
+    const std::string label = write_detached(scratch, "scene", product);
+    const std::string old = scratch.write("old", "before");
+    fs::create_symlink("nowhere", scratch.file("dangling"));
+    fs::create_symlink("circle", scratch.file("circle"));
+    fs::create_symlink("old", scratch.file("link"));
+    fs::create_directory_symlink(".", scratch.file("here"));
+    fs::create_hard_link(scratch.file("scene.IMG"), scratch.file("twin"));
+    struct {
+        std::vector<std::string> outputs;
+        const char *reason;
+    } const cases[] = {
+        {{"--raw", scratch.file("s.fmt")}, "belongs to the product"},
+        {{"--raw", scratch.file("twin")}, "belongs to the product"},
+        {{"--raw", scratch.file("link"), "--png", old}, "files of their own"},
+        {{"--raw", scratch.file("new"), "--png", scratch.file("here/new")}, "files of their own"},
+        {{"--raw", scratch.file("dangling")}, "No such file or directory"},
+        {{"--png", scratch.file("circle")}, "Too many levels of symbolic links"},
+        {{"--png", "/dev/null"}, "Not a regular file"},
+    };
+    for (const auto &c : cases) {
+        std::vector<std::string> arguments = {"image", label};
+        arguments.insert(arguments.end(), c.outputs.begin(), c.outputs.end());
+        const Outcome outcome = run_cli(arguments);
+        EXPECT_EQ(outcome.status, 2) << c.reason;
+        EXPECT_NE(outcome.err.find(c.reason), std::string::npos) << outcome.err;
+    }
+    EXPECT_EQ(read_file(scratch.file("s.fmt")), "NOTE = 1\n");
+    EXPECT_EQ(read_file(old), "before");
+    for (const char *link : {"dangling", "circle", "link"})
+        EXPECT_TRUE(fs::is_symlink(scratch.file(link))) << link;
+}
+
 TEST(Cli, RefusesWhatItCannotDo) {
     const ScratchFolder scratch;
     const std::string label = write_ramp(scratch);
@@ -158,6 +195,18 @@ TEST(CliLabel, MessagesAndObjects) {
     EXPECT_EQ(beside.status, 0);
     EXPECT_EQ(beside.out, good.out);
     EXPECT_NE(beside.err.find("using " + label), std::string::npos);
+
+    const std::string odd = scratch.write("odd\nname\n%s.lbl", read_file(label));
+    EXPECT_EQ(run_cli({"label", odd}).err, "");
+    // A reader that goes away ends the program, which leaves nothing behind.
+    std::string objects = "RECORD_TYPE = 1__2\n";
+    for (int i = 0; i < 10000; ++i)
+        objects += "OBJECT = A\nEND_OBJECT\n";
+    const std::string many = scratch.write("many.lbl", objects + "END\n");
+    const ScratchFolder temporary;
+    run_command("export TMPDIR=" + quoted(temporary.path().string()) + "; " + cli_command({"label", many}) +
+                " | head -n 1");
+    EXPECT_TRUE(fs::is_empty(temporary.path()));
 
     const std::string bad =
         scratch.write("bad.lbl", "RECORD_TYPE = STREAM\r\nOBJECT = IMAGE\r\nLINES = 1__2\r\nEND\r\n");
@@ -271,11 +320,13 @@ TEST(CliImage, AFailureLeavesTheOutputsAsTheyWere) {
     const std::string label = write_ramp(scratch);
     const std::string raw = scratch.write("keep.raw", "before");
     EXPECT_EQ(run_cli({"image", label, "--raw", raw, "--png", scratch.file("no/where.png")}).status, 2);
-    // A full disk, in small: files may not grow, and the program hears of it as an error.
-    const Outcome full =
-        run_command("(trap '' XFSZ; ulimit -f 0; " + cli_command({"image", label, "--raw", raw}) + " | cat)");
-    EXPECT_EQ(full.out, "");
-    EXPECT_EQ(read_file(raw), "before");
+    // A full disk, in small: files may not grow.
+    for (const char *option : {"--raw", "--png"}) {
+        const Outcome full =
+            run_command("(ulimit -f 0; " + cli_command({"image", label, option, raw}) + " 2>&1; echo $?) | cat");
+        EXPECT_EQ(full.out, "lumacart-cli: " + label + ": " + raw + ": File too large\n2\n");
+        EXPECT_EQ(read_file(raw), "before");
+    }
     int files = 0;
     for ([[maybe_unused]] const auto &entry : fs::directory_iterator(scratch.path()))
         ++files;
