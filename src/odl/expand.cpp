@@ -44,14 +44,17 @@ class Expander {
 
     // Includes what the pointers of that name stand for, and what the pointers in there stand for.
     void expand(const char *pattern);
+    // Tells what could not be included, all at once: each notice may be a box that must be closed.
+    void show_notes() const;
 
   private:
     static Source identify(const char *path);
     bool is_on_chain(const Source &file, int source) const;
     std::vector<Kwd *> expand_pointer(const Pointer &pointer, const char *pattern);
     std::vector<Kwd *> include(const Pointer &pointer, const char *path, int64_t start_location, int location_type);
-    void report_missing(const Kwd *pointer, const char *pattern, const char *file_name) const;
+    void report_missing(const Kwd *pointer, const char *pattern, const char *file_name);
     void report_excess(const Kwd *pointer);
+    void note(const Kwd *pointer, const std::string &text);
 
     const char *message_file_name_;
     int suppress_messages_;
@@ -60,6 +63,7 @@ class Expander {
     int attempts_ = 0;
     int64_t included_bytes_ = 0;
     bool excess_reported_ = false;
+    std::string notes_;  // one a line
 };
 
 ObjDesc *child_of_class(const ObjDesc *parent, const char *class_name) {
@@ -174,12 +178,11 @@ std::vector<Kwd *> Expander::include(const Pointer &pointer, const char *path, i
     return pointers;
 }
 
-void Expander::report_missing(const Kwd *pointer, const char *pattern, const char *file_name) const {
+void Expander::report_missing(const Kwd *pointer, const char *pattern, const char *file_name) {
     odl_errno = 200;
     const std::string problem = util_format("Unable to locate %s file:  %s", pattern, file_name);
     OdlPrintMessage(message_file_name_, nullptr, pointer->line_number, problem.c_str());
-    util_notice(NoticeKind::Note,
-                util_format("Line %d: Unable to locate required format file: %s", pointer->line_number, file_name));
+    note(pointer, std::string("Unable to locate required format file: ") + file_name);
 }
 
 // Once for all pointers that are left as they are.
@@ -190,7 +193,16 @@ void Expander::report_excess(const Kwd *pointer) {
     const std::string problem = util_format("%s names one file too many:  %d files and %lld bytes have been included",
                                             pointer->name, attempts_, static_cast<long long>(included_bytes_));
     OdlPrintMessage(message_file_name_, nullptr, pointer->line_number, problem.c_str());
-    util_notice(NoticeKind::Note, util_format("Line %d: %s", pointer->line_number, problem.c_str()));
+    note(pointer, problem);
+}
+
+void Expander::show_notes() const {
+    if (!notes_.empty())
+        util_notice(NoticeKind::Note, notes_);
+}
+
+void Expander::note(const Kwd *pointer, const std::string &text) {
+    notes_ += util_format("%sLine %d: %s", notes_.empty() ? "" : "\n", pointer->line_number, text.c_str());
 }
 
 }  // namespace
@@ -202,6 +214,7 @@ ObjDesc *odl::expand_label(ObjDesc *root, const std::vector<Kwd *> &pointers, co
         if (expand & pattern.expand)
             expander.expand(pattern.text);
     }
+    expander.show_notes();
     return root;
 }
 

@@ -14,7 +14,6 @@ constexpr int task_window_resource = 100;
 constexpr int about_resource = 104;
 constexpr int about_button = 1;
 constexpr int about_version = 2;
-constexpr size_t longest_cmdline_name = 254;
 constexpr int first_standard_item = 32041;
 constexpr int last_standard_item = 32047;
 
@@ -77,7 +76,7 @@ void begin_session(int argc, char **argv) {
     gui_set_error_handler(on_toolkit_error);
     util_set_notice_hook(show_notice);
     if (argc >= 3)
-        run.cmdline_fname = std::string(argv[1]).substr(0, longest_cmdline_name);
+        run.cmdline_fname = argv[1];
     run.working_directory = current_directory();
 }
 
