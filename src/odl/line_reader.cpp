@@ -23,8 +23,8 @@ std::string_view up_to_line_feed(std::string_view text) {
 
 }  // namespace
 
-odl::LineReader::LineReader(FILE *file, int64_t most_bytes)
-    : file_(file), most_bytes_(most_bytes), buffer_(buffer_size), position_(buffer_.data()), end_(buffer_.data()) {}
+odl::LineReader::LineReader(FILE *file)
+    : file_(file), buffer_(buffer_size), position_(buffer_.data()), end_(buffer_.data()) {}
 
 odl::LineReader::LineReader(std::string_view text)
     : position_(text.data()),
@@ -36,10 +36,7 @@ odl::LineReader::LineReader(std::string_view text)
 void odl::LineReader::fill() {
     const auto left = static_cast<size_t>(end_ - position_);
     memmove(buffer_.data(), position_, left);
-    const auto room = static_cast<int64_t>(buffer_size - left);
-    const auto wanted = static_cast<size_t>(std::min(room, most_bytes_ - bytes_read_));
-    const size_t got = fread(buffer_.data() + left, 1, wanted, file_);
-    bytes_read_ += static_cast<int64_t>(got);
+    const size_t got = fread(buffer_.data() + left, 1, buffer_size - left, file_);
     at_end_of_file_ = got < buffer_size - left;
     position_ = buffer_.data();
     end_ = position_ + left + got;

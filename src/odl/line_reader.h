@@ -18,8 +18,8 @@ struct Line {
 // passed over. Never reads further ahead than one buffer.
 class LineReader {
   public:
-    // Begins at the file's current position and takes at most `most_bytes` for the file's rest.
-    LineReader(FILE *file, int64_t most_bytes);
+    // Begins at the file's current position.
+    explicit LineReader(FILE *file);
     explicit LineReader(std::string_view text);
 
     bool next(Line &line);
@@ -29,9 +29,6 @@ class LineReader {
     int64_t bytes_taken() const { return bytes_read_ - bytes_ahead(); }
     // Bytes that were read ahead of the last line.
     int64_t bytes_ahead() const { return end_ - position_; }
-    // All bytes that may be taken of the file were read.
-    bool is_at_limit() const { return file_ && bytes_read_ == most_bytes_; }
-    int64_t most_bytes() const { return most_bytes_; }
 
   private:
     void fill();
@@ -39,8 +36,6 @@ class LineReader {
     bool take_line_end();
 
     FILE *file_ = nullptr;
-    int64_t most_bytes_ = 0;
-    int64_t bytes_read_ = 0;
     std::vector<char> buffer_;
     const char *position_ = nullptr;
     const char *end_ = nullptr;

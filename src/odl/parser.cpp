@@ -24,9 +24,6 @@ const char *const pathSep = "/";
 
 namespace {
 
-// No label is as long as this. What goes on without an END is the data behind it, which may be larger than the memory.
-constexpr int64_t longest_label = int64_t{1} << 26;
-
 // Position of the "/*" of a comment that runs to the line's end, or npos. `within_quotes`: the line begins inside a
 // quoted text.
 size_t comment_position(std::string_view line, bool within_quotes) {
@@ -68,7 +65,7 @@ class Parser {
     }
 
     // The root is the caller's.
-    ObjDesc *parse(bool ignore_missing_end);
+    ObjDesc *parse(bool ignore_missing_end, int64_t most_bytes);
     const Counts &counts() const { return counts_; }
 
   private:
@@ -101,9 +98,9 @@ class Parser {
     bool end_found_ = false;
 };
 
-ObjDesc *Parser::parse(bool ignore_missing_end) {
+ObjDesc *Parser::parse(bool ignore_missing_end, int64_t most_bytes) {
     odl::Line line;
-    while (!end_found_ && lines_.bytes_taken() < longest_label && lines_.next(line))
+    while (!end_found_ && lines_.bytes_taken() < most_bytes && lines_.next(line))
         take_line(line);
     if (!statement_.empty())
         finish_statement();
@@ -111,12 +108,9 @@ ObjDesc *Parser::parse(bool ignore_missing_end) {
     if (current_ != root_)
         OdlPrintMessage(nullptr, last_line.handle, last_line.line,
                         "Not enough END_OBJECT statements.  Some objects may be incomplete");
-    if (!end_found_ && lines_.is_at_limit()) {
-        const std::string problem =
-            util_format("No END in %lld bytes.  What follows is ignored", static_cast<long long>(lines_.most_bytes()));
-        OdlPrintMessage(nullptr, last_line.handle, last_line.line, problem.c_str());
-        util_notice(NoticeKind::Note, std::string(file_name_) + ": " + problem);
-    }
+    if (!end_found_ && lines_.bytes_taken() >= most_bytes)
+        util_notice(NoticeKind::Note, util_format("%s: No END in %lld bytes.  What follows is ignored",
+                                                  std::string(file_name_).c_str(), static_cast<long long>(most_bytes)));
     if (!end_found_ && !ignore_missing_end)
         OdlPrintMessage(nullptr, last_line.handle, last_line.line, "END statement is missing");
     return root_;
@@ -292,10 +286,9 @@ ObjDesc *odl::parse_label(const ParseRequest &request, std::vector<Kwd *> &point
         }
     }
 
-    LineReader lines =
-        request.label_text ? LineReader(std::string_view(request.label_text)) : LineReader(file, request.most_bytes);
+    LineReader lines = request.label_text ? LineReader(std::string_view(request.label_text)) : LineReader(file);
     Parser parser(lines, request.file_name, messages, pointers);
-    ObjDesc *root = parser.parse(request.ignore_missing_end);
+    ObjDesc *root = parser.parse(request.ignore_missing_end, request.most_bytes);
     // The caller's stream is left behind the label, not behind the buffer.
     if (file && !opened)
         fseeko(file, -lines.bytes_ahead(), SEEK_CUR);

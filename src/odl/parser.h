@@ -7,7 +7,7 @@
 
 namespace odl {
 
-// A label without END must not draw all the data behind it into memory.
+// No label is as long as this. What goes on without an END is the data behind it, which may be larger than the memory.
 constexpr int64_t longest_label = int64_t{1} << 26;
 
 // What OdlParseFile takes; see there.
@@ -21,7 +21,7 @@ struct ParseRequest {
     int suppress_metrics = 1;
     int suppress_hierarchy = 1;
     int ignore_missing_end = 0;
-    int64_t most_bytes = longest_label;  // of a file; what lies behind is no part of the label
+    int64_t most_bytes = longest_label;  // parsing ends with the line that reaches them
 };
 
 // As OdlParseFile; also adds the label's pointer keywords, in their order, to `pointers`.

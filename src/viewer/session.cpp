@@ -4,7 +4,8 @@
 #include "viewer/commands.h"
 #include "viewer/open_product.h"
 
-#include <cerrno>
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@ constexpr int task_window_resource = 100;
 constexpr int about_resource = 104;
 constexpr int about_button = 1;
 constexpr int about_version = 2;
+constexpr size_t longest_cmdline_name = 254;
 constexpr int first_standard_item = 32041;
 constexpr int last_standard_item = 32047;
 
@@ -75,8 +77,12 @@ void begin_session(int argc, char **argv) {
     run.old_binary_format = Oa_profile.dst_format_for_binary;
     gui_set_error_handler(on_toolkit_error);
     util_set_notice_hook(show_notice);
-    if (argc >= 3)
+    if (argc >= 3) {
         run.cmdline_fname = argv[1];
+        if (run.cmdline_fname.size() > longest_cmdline_name)
+            fprintf(stderr, "lumacart: the file name is cut to its first %zu bytes\n", longest_cmdline_name);
+        run.cmdline_fname.resize(std::min(run.cmdline_fname.size(), longest_cmdline_name));
+    }
     run.working_directory = current_directory();
 }
 

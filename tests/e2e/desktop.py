@@ -58,6 +58,15 @@ class Desktop:
         for key in keys:
             self.ask("xdotool", "key", key)
 
+    def press_until(self, window, key, done, what):
+        """Presses a key, again after a while: one sent before the window listens is lost."""
+        def press():
+            if done():
+                return True
+            self.keys(window, key)
+            return any(done() or time.sleep(0.1) for _ in range(20))
+        wait_for(press, what)
+
     def move_mouse(self, window, x, y):
         self.ask("xdotool", "mousemove", "--window", window, str(x), str(y))
 

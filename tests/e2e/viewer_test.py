@@ -35,6 +35,10 @@ def find_image(pixels, samples):
 
 
 class Viewer(unittest.TestCase):
+    def quit(self, desktop, window, program):
+        desktop.press_until(window, "ctrl+q", lambda: program.poll() is not None, "end of the program")
+        self.assertEqual(program.returncode, 0)
+
     def test_image_is_shown_inverted_and_read_out(self):
         samples = (SAMPLES / "PLAIN_A.IMG").read_bytes()
         with Desktop() as desktop:
@@ -43,9 +47,11 @@ class Viewer(unittest.TestCase):
             left, top = wait_for(lambda: find_image(desktop.pixels(window), samples), "picture, pixel for pixel")
 
             shown = lambda rows=SIDE: shown_grey(desktop.pixels(window), left, top, rows)
+            desktop.press_until(window, "ctrl+e", lambda: shown() not in (None, samples), "stretched picture")
+            desktop.press_until(window, "ctrl+z", lambda: shown() == samples, "picture as before")
             desktop.keys(window, "ctrl+i")
             wait_for(lambda: shown() == bytes(255 - sample for sample in samples), "inverted picture")
-            desktop.keys(window, "ctrl+z")
+            desktop.keys(window, "ctrl+i")
             wait_for(lambda: shown() == samples, "picture as before")
 
             # The read-out covers the bottom of the picture while the mouse is over it, and nothing else.
@@ -54,15 +60,13 @@ class Viewer(unittest.TestCase):
             upper = SIDE - 40
             self.assertEqual(shown(upper), samples[:SIDE * upper])
 
-            desktop.keys(window, "ctrl+q")
-            self.assertEqual(program.wait(20), 0)
+            self.quit(desktop, window, program)
 
     def test_starts_without_a_file_and_survives_bad_ones(self):
         with Desktop() as desktop:
             program = desktop.start(VIEWER)
             task = desktop.window("Lumacart")
-            desktop.keys(task, "ctrl+q")
-            self.assertEqual(program.wait(20), 0)
+            self.quit(desktop, task, program)
         with tempfile.TemporaryDirectory() as folder:
             hostile = pathlib.Path(folder) / "HUGE.LBL"
             text = (SAMPLES / "PLAIN_A.LBL").read_text().replace("LINES = 512", "LINES = 2000000000")
@@ -72,11 +76,10 @@ class Viewer(unittest.TestCase):
                 with self.subTest(file=file.name), Desktop() as desktop:
                     program = desktop.start(VIEWER, str(file))
                     box = desktop.window("Lumacart - Error")
-                    desktop.keys(box, "Return")
-                    wait_for(lambda: not desktop.has_window("Lumacart - Error"), "end of the message box")
+                    desktop.press_until(box, "Return", lambda: not desktop.has_window("Lumacart - Error"),
+                                        "end of the message box")
                     self.assertIsNone(program.poll())
-                    desktop.keys(desktop.window("Lumacart"), "ctrl+q")
-                    self.assertEqual(program.wait(20), 0)
+                    self.quit(desktop, desktop.window("Lumacart"), program)
 
     def test_help_and_version_need_no_display(self):
         for option in ("--help", "--version"):

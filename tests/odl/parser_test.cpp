@@ -166,12 +166,6 @@ TEST(Parser, ReadsNoFurtherThanTheLabel) {
     ASSERT_EQ(truncate(path.c_str(), int64_t{20} << 30), 0);
     const TreePtr root(OdlParseLabelFile(path.c_str(), nullptr, 3, 1));
     EXPECT_EQ(outline(root.get()), "ROOT @0\n  A = 1 @1\n");
-
-    const std::string endless = folder.write("b.img", "A = 1\n");
-    ASSERT_EQ(truncate(endless.c_str(), int64_t{20} << 30), 0);
-    const TreePtr cut(OdlParseLabelFile(endless.c_str(), nullptr, 3, 1));
-    EXPECT_STREQ(cut->first_keyword->value, "1");
-    EXPECT_EQ(odl_message_count, 1);
 }
 
 TEST(Parser, CountsChildrenAndNamesTheFile) {
