@@ -285,7 +285,7 @@ TEST(OpenProduct, FailuresAreToldInOneBoxAndLeaveNoWindow) {
             {changed("SAMPLE_BITS = 8", "SAMPLE_BITS = 12"),
              "error: Open Image - SAMPLE_BITS not equal to 8, 16, 32 or 64"},
             {changed("LINES = 3", "LINES = 2000000000"), "LINES = 2000000000"},
-            {changed("LINES = 3", "LINES = -3"), "LINES"},
+            {changed("LINES = 3", "LINES = -3"), "error: Open Image - get LINES failed\nLINES = -3 is not a size."},
             {changed("GOOD.IMG", "ABSENT.IMG"), "ABSENT.IMG"},
             {changed("1 <BYTES>", "90 <BYTES>"), "LINE_SAMPLES = 4"},
             {"RECORD_TYPE = STREAM\nEND\n",

@@ -11,8 +11,14 @@ namespace {
 
 constexpr int64_t largest_undivided = 2 * block_span;  // lines + samples of an image that is shown in one block
 
-bool positive_keyword(const ObjDesc *node, const char *name, int64_t *out) {
-    return OaKwdValuetoLong(name, node, out) == 0 && *out > 0;
+// Reads a size; an empty text, or the error to show.
+std::string size_keyword(const ObjDesc *node, const char *name, int64_t *out) {
+    if (OaKwdValuetoLong(name, node, out) != 0)
+        return util_format("Open Image - get %s failed", name);
+    if (*out < 1)
+        return util_format("Open Image - get %s failed\n%s = %lld is not a size.", name, name,
+                           static_cast<long long>(*out));
+    return "";
 }
 
 // A value of another type counts as absent and is not worth a report.
@@ -41,10 +47,11 @@ bool is_real_sample_type(const std::string &sample_type) {
 }
 
 std::string describe_image(const ObjDesc *image, ImageDescription *description) {
-    if (!positive_keyword(image, "LINE_SAMPLES", &description->line_samples))
-        return "Open Image - get LINE_SAMPLES failed";
-    if (!positive_keyword(image, "LINES", &description->lines))
-        return "Open Image - get LINES failed";
+    std::string fault = size_keyword(image, "LINE_SAMPLES", &description->line_samples);
+    if (fault.empty())
+        fault = size_keyword(image, "LINES", &description->lines);
+    if (!fault.empty())
+        return fault;
     if (OaKwdValuetoLong("SAMPLE_BITS", image, &description->sample_bits) != 0)
         return "Open Image - get SAMPLE_BITS failed";
     description->sample_type = text_keyword(image, "SAMPLE_TYPE", "");

@@ -50,7 +50,7 @@ TEST(DescribeImage, TheFirstFailureIsTold) {
     } const cases[] = {
         {"SAMPLE_BITS = 12", "Open Image - get LINE_SAMPLES failed"},
         {"LINE_SAMPLES = 2\nLINES = \"2\"", "Open Image - get LINES failed"},
-        {"LINE_SAMPLES = 2\nLINES = -2", "Open Image - get LINES failed"},
+        {"LINE_SAMPLES = 2\nLINES = -2", "Open Image - get LINES failed\nLINES = -2 is not a size."},
         {"LINE_SAMPLES = 2\nLINES = 2", "Open Image - get SAMPLE_BITS failed"},
         {"LINE_SAMPLES = 2\nLINES = 2\nSAMPLE_BITS = 12", "Open Image - get SAMPLE_TYPE failed"},
         {"LINE_SAMPLES = 2\nLINES = 2\nSAMPLE_BITS = 12\nSAMPLE_TYPE = X",
