@@ -9,6 +9,7 @@ constexpr int report_delay = 500;  // milliseconds
 struct ErrorTrap {
     Window *window = nullptr;
     Timer *timer = nullptr;
+    Window *timer_window = nullptr;
     int major = 0;
     int minor = 0;
 };
@@ -25,10 +26,10 @@ void set_error_window(Window *window) {
 }
 
 void forget_error_window(Window *window) {
-    if (trap.window != window)
-        return;
-    trap.window = nullptr;
-    trap.timer = nullptr;  // it went with the window
+    if (trap.window == window)
+        trap.window = nullptr;
+    if (trap.timer_window == window)
+        trap.timer = nullptr;  // it went with the window
 }
 
 int on_toolkit_error(const ToolkitError &message) {
@@ -39,8 +40,8 @@ int on_toolkit_error(const ToolkitError &message) {
     trap.major = static_cast<int>(message.identifier >> 20 & 15);
     trap.minor = static_cast<int>(message.identifier >> 16 & 15);
     if (!trap.timer && is_memory_error()) {
-        Window *window = trap.window ? trap.window : gui_task_window();
-        trap.timer = gui_start_timer(window, report_delay);
+        trap.timer_window = trap.window ? trap.window : gui_task_window();
+        trap.timer = gui_start_timer(trap.timer_window, report_delay);
     }
     return 1;
 }

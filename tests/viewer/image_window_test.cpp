@@ -414,8 +414,11 @@ TEST(Session, ToolkitMemoryErrorIsReportedFromTheEventLoop) {
         EXPECT_EQ(on_toolkit_error({3, 0x510000, "a remark"}), 0);
         EXPECT_EQ(on_toolkit_error({1, 0, "unknown"}), 1);
         EXPECT_EQ(on_toolkit_error({1, 0x520000, "another"}), 1);
+        Window *closed = open_in_viewer(samples_folder + "/PLAIN_A.LBL");
+        EXPECT_EQ(on_toolkit_error({1, 0x510000, "memory"}), 1);
         Window *window = open_in_viewer(samples_folder + "/PLAIN_A.LBL");
         ASSERT_TRUE(window);
+        close_window(closed);  // the timer goes with it
         EXPECT_EQ(on_toolkit_error({1, 0x510000, "memory"}), 1);
         EXPECT_EQ(on_toolkit_error({1, 0x510000, "memory again"}), 1);
         EXPECT_TRUE(responder.shown.empty());
