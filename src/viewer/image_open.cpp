@@ -107,7 +107,6 @@ bool get_image_characteristics(GenericState *state) {
 
 void open_image(std::unique_ptr<GenericState> state) {
     restore_profile();
-    ++state->label_state->image_count;
     if (get_image_characteristics(state.get()))
         open_image_2(std::move(state));
 }
@@ -117,9 +116,8 @@ void open_image_2(std::unique_ptr<GenericState> state) {
         gui_error("Open Image - unable to find window definition");
         return;
     }
-    // A window that was made owns the state; one that was refused has shown why and left it here.
-    if (gui_create_window(image_window_resource, nullptr, WIN_IMAGE_eh, state.get()))
-        static_cast<void>(state.release());
+    ++state->label_state->image_count;
+    open_document_window(image_window_resource, WIN_IMAGE_eh, std::move(state));
 }
 
 void step_up(Window *window) {

@@ -359,12 +359,8 @@ void win_image_e_mouse_down(const Window *window, GenericState *state, const Eve
 }  // namespace
 
 long WIN_IMAGE_eh(Window *window, const Event &event) {
-    if (event.type == EventType::Create) {
-        const long refused = win_image_e_create(window);
-        if (refused)
-            gui_set_window_data(window, nullptr);  // the state stays with the caller
-        return refused;
-    }
+    if (event.type == EventType::Create)
+        return win_image_e_create(window);
     if (event.type == EventType::Destroy) {
         forget_error_window(window);
         free_window_state(window);

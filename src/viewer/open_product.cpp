@@ -197,13 +197,18 @@ bool reopen_label(const GenericState &from, GenericState *to) {
     to->browser_tag = from.browser_tag;
     to->label_state = std::make_unique<LabelState>();
     to->label_state->file_name = from.label_state->file_name;
-    if (!parse_label("open_object", to))
-        return false;
-    // The same label gives the same tree: the object keeps its place in it.
-    ObjDesc *twin = to->label_state->root.get();
+    to->label_state->label_from_another_file = from.label_state->label_from_another_file;
+    // The same label gives the same tree: the object keeps its place in it. The place is looked up first, for `from`
+    // may go while parsing shows a message.
+    int64_t place = 0;
     for (const ObjDesc *object = from.label_state->root.get(); object && object != from.label_state->current_object;
          object = OdlTraverseTree(object, 0))
-        twin = twin ? OdlTraverseTree(twin, 0) : nullptr;
+        ++place;
+    if (!parse_label("open_object", to))
+        return false;
+    ObjDesc *twin = to->label_state->root.get();
+    for (; twin && place > 0; --place)
+        twin = OdlTraverseTree(twin, 0);
     to->label_state->current_object = twin;
     if (!twin)
         gui_error("Open Object - no valid object");

@@ -38,6 +38,7 @@ struct DisplayState {
 enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4, None = 5 };
 
 struct GenericState {
+    bool belongs_to_window = false;  // else whoever makes the window still holds it
     DocumentKind kind = DocumentKind::Label;
     std::string directory;    // of the product, without a slash at its end
     std::string browser_tag;  // "" unless opened from browse mode
@@ -47,10 +48,13 @@ struct GenericState {
     std::unique_ptr<DisplayState> display_state;  // after the label, which its source reads
 };
 
-// The state of a document window; null for the task window and dialogs.
-GenericState *window_state(const Window *window);
-// Hands a state to a window that is being made; free_window_state ends it in the window's Destroy event.
+// Makes a document window whose data is the state, and hands the state to it. Where no window comes of it, because the
+// handler refused or the window went again at once, the state ends here. True when there is a window.
+bool open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state);
+// For the window's Destroy event: ends its state, unless the window was still being made.
 void free_window_state(Window *window);
+// The state of a document window, during its Create event too; null for the task window. Not for dialogs.
+GenericState *window_state(const Window *window);
 
 // At most `limit` bytes of a name, whole UTF-8 characters only.
 std::string shown_name(const std::string &name, size_t limit);

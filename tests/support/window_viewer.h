@@ -6,6 +6,8 @@
 #include "support/window_driver.h"
 #include "viewer/viewer.h"
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
 #include <utility>
@@ -20,7 +22,7 @@ inline void run_viewer(std::function<void()> body) {
     char platform[] = "platform";
     char *arguments[] = {program, platform};
     begin_session(2, arguments);
-    run_gui_test(100, task_eh, std::move(body));
+    EXPECT_EQ(run_gui_test(100, task_eh, std::move(body)), 0);
 }
 
 // Opens a file and returns the newest document window; null when none was added.

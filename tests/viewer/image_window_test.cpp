@@ -121,6 +121,21 @@ TEST(ImageWindow, DirectionsWithoutOrientationAreToldAndLeaveTheImage) {
     });
 }
 
+TEST(ImageWindow, TheSessionMayEndWhileAWindowIsMade) {
+    bool asked = false;
+    run_viewer([&] {
+        const ScratchFolder folder;
+        ImageProduct product = numbered_image();
+        product.more = " LINE_DISPLAY_DIRECTION = DOWN\n SAMPLE_DISPLAY_DIRECTION = UP\n";
+        when_idle([&] {
+            asked = true;
+            ask_to_quit();
+        });
+        EXPECT_FALSE(open_in_viewer(write_detached(folder, "ODD", product)));
+    });
+    EXPECT_TRUE(asked);
+}
+
 TEST(ImageWindow, ZoomsByKeysWheelAndMenu) {
     run_viewer([] {
         Window *window = open_in_viewer(samples_folder + "/PLAIN_A.LBL");
