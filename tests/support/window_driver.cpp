@@ -21,6 +21,8 @@
 #include <QWindow>
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace {
 
 QWidget *drawing_area(const Window *window) {
@@ -42,32 +44,13 @@ Qt::MouseButton button_of(int button) {
 }
 
 Qt::Key key_of(GuiKey key) {
-    switch (key) {
-        case GuiKey::Left:
-            return Qt::Key_Left;
-        case GuiKey::Right:
-            return Qt::Key_Right;
-        case GuiKey::Up:
-            return Qt::Key_Up;
-        case GuiKey::Down:
-            return Qt::Key_Down;
-        case GuiKey::PageUp:
-            return Qt::Key_PageUp;
-        case GuiKey::PageDown:
-            return Qt::Key_PageDown;
-        case GuiKey::Home:
-            return Qt::Key_Home;
-        case GuiKey::End:
-            return Qt::Key_End;
-        case GuiKey::Enter:
-            return Qt::Key_Return;
-        case GuiKey::Escape:
-            return Qt::Key_Escape;
-        case GuiKey::Delete:
-            return Qt::Key_Delete;
-        default:
-            return Qt::Key_F9;
-    }
+    static const std::map<GuiKey, Qt::Key> keys = {
+        {GuiKey::Left, Qt::Key_Left},     {GuiKey::Right, Qt::Key_Right},   {GuiKey::Up, Qt::Key_Up},
+        {GuiKey::Down, Qt::Key_Down},     {GuiKey::PageUp, Qt::Key_PageUp}, {GuiKey::PageDown, Qt::Key_PageDown},
+        {GuiKey::Home, Qt::Key_Home},     {GuiKey::End, Qt::Key_End},       {GuiKey::Enter, Qt::Key_Return},
+        {GuiKey::Escape, Qt::Key_Escape}, {GuiKey::Delete, Qt::Key_Delete},
+    };
+    return keys.at(key);
 }
 
 // As the application delivers keys: to what has the focus in the window.
