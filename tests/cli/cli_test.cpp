@@ -141,6 +141,7 @@ TEST(Cli, RefusesWhatItCannotDo) {
         {{"image", label, label}, "one file at a time"},
         {{"image", label, "--bands", "1"}, "unknown option --bands"},
         {{"image", label, "--band"}, "--band needs a value"},
+        {{"image", label, "--band", "0"}, "--band takes"},
         {{"image", label, "--band", "2"}, "there is no band 2; BANDS is 1"},
         {{"image", label, "--lines", "3:2"}, "--lines takes A:B"},
         {{"image", label, "--lines", "1:99999999999999999999"}, "--lines takes A:B"},

@@ -230,6 +230,7 @@ TEST_F(Binrep, LostValuesAreReportedOnce) {
     convert("MSB_INT2", "7fff", "INT1");
     OalReportBinrepErrors("reader");
     EXPECT_EQ(oa_errno, 710);
+    EXPECT_TRUE(error_string.starts_with("reader: "));
 }
 
 }  // namespace

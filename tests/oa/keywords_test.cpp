@@ -1,6 +1,5 @@
 #include "base/text.h"
 #include "oa/oa.h"
-#include "oa/sdt.h"
 #include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
@@ -174,17 +173,6 @@ TEST_F(Keywords, TreesAreCopiedWhole) {
     EXPECT_STREQ(copy->last_child->class_name, "F");
     EXPECT_EQ(copy->last_child->level, 1u);
     EXPECT_TRUE(!copy->parent && !copy->right_sibling);
-
-    OaSlot slot;
-    slot.total_repetitions = 7;
-    slot.dst.ascii_format = "%12.5e";
-    root->first_child->first_child->appl1 = &slot;
-    const OdlTree with_slots(OaCopyTree(root->first_child, OA_COPY_SDT));
-    const std::unique_ptr<OaSlot> copied(OalSlotOf(with_slots->first_child));
-    ASSERT_TRUE(copied && copied.get() != &slot);
-    EXPECT_EQ(copied->total_repetitions, 7);
-    EXPECT_EQ(copied->dst.ascii_format, "%12.5e");
-    EXPECT_EQ(with_slots->appl1, nullptr);
 }
 
 TEST_F(Keywords, DeepAndWideTreesAreCopied) {

@@ -66,6 +66,7 @@ TEST_F(Stream, OpeningRefusesWithTheCodeOfTheReason) {
     } cases[] = {
         {nullptr, 1, "r", 501, "filename is NULL"},
         {path.c_str(), 5, "r", 502, "invalid record_type: 5."},
+        {path.c_str(), 1, "a", 502, "read_write_mode must be \"r\" or \"w\"."},
         {path.c_str(), 0, "w", 520, "can't create a file for write when record_type\nis OA_UNKNOWN_RECORD_TYPE "},
         {"/no/such/file", 0, "r", 700, "couldn't open /no/such/file "},
         {folder_.path().c_str(), 0, "r", 700, "couldn't open " + folder_.path().string() + " "},
@@ -94,21 +95,6 @@ TEST_F(Stream, OtherNamesOfTheFileAreTriedAndNotedSilently) {
     }
     std::filesystem::current_path(before);
     EXPECT_TRUE(reports_.nothing_written());
-}
-
-TEST_F(Stream, UnknownRecordTypesAreDecidedFromTheFirstBytes) {
-    const struct {
-        std::string bytes;
-        int type;
-        int64_t record_bytes;
-    } cases[] = {
-        {"GIF89a..", OA_GIF, 1024}, {"T\0EXT.."s, OA_VARIABLE_LENGTH, 1022}, {"KRV_VERSION_ID", OA_STREAM, 1024}};
-    for (const auto &c : cases) {
-        const OaStreamPtr stream = open(c.bytes, OA_UNKNOWN_RECORD_TYPE);
-        ASSERT_TRUE(stream) << c.bytes;
-        EXPECT_EQ(stream->record_type, c.type);
-        EXPECT_EQ(stream->record_bytes, c.record_bytes);
-    }
 }
 
 TEST_F(Stream, LinesKeepTheirEnds) {
@@ -182,6 +168,8 @@ TEST_F(Stream, VariableLengthRecords) {
                   "OalReadStream: invalid current variable-length record size: 12\n stream_id->record_bytes = 10, "
                   " stream_id->current_position = 1.");
     }
+    EXPECT_EQ(read(too_long.get(), 0, 5), -1);
+    EXPECT_EQ(error_string, "OalReadStream: OalSeek returned error: 700.");
 
     EXPECT_EQ(read(open("\xff\xff....", OA_VARIABLE_LENGTH, 0).get()), -1) << "a negative length";
     EXPECT_EQ(read(open("\x09\x00cut"s, OA_VARIABLE_LENGTH, 0).get()), 1);
@@ -198,6 +186,15 @@ TEST_F(Stream, VariableLengthRecordsAreReachedInAnyOrder) {
     }
     EXPECT_EQ(OalSeek(stream.get(), 1001), 700);
     EXPECT_EQ(error_string, "OalSeek: FREAD error; didn't read 2 bytes.");
+}
+
+TEST_F(Stream, WithoutSeekingOnlyForward) {
+    const OaStreamPtr stream = open("0123456789", OA_UNDEFINED);
+    stream->flags = 0;
+    EXPECT_EQ(read(stream.get(), 2, 5), 0);
+    EXPECT_EQ(unit_, "56");
+    EXPECT_EQ(OalSeek(stream.get(), 3), 520);
+    EXPECT_EQ(error_string, "OalSeek: can't seek backwards because OA_IS_SEEKABLE bit in stream_id->flags isn't set");
 }
 
 }  // namespace

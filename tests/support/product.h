@@ -33,14 +33,12 @@ struct ImageProduct {
         std::string text = util_format("OBJECT = IMAGE\n LINES = %lld\n LINE_SAMPLES = %lld\n SAMPLE_BITS = %d\n",
                                        static_cast<long long>(lines), static_cast<long long>(samples), bits);
         text += " SAMPLE_TYPE = " + type + "\n";
-        if (bands)
-            text += " BANDS = " + std::to_string(bands) + "\n";
         if (!storage.empty())
             text += " BAND_STORAGE_TYPE = " + storage + "\n";
-        if (prefix)
-            text += " LINE_PREFIX_BYTES = " + std::to_string(prefix) + "\n";
-        if (suffix)
-            text += " LINE_SUFFIX_BYTES = " + std::to_string(suffix) + "\n";
+        for (const auto &[name, number] :
+             {std::pair{"BANDS", bands}, {"LINE_PREFIX_BYTES", prefix}, {"LINE_SUFFIX_BYTES", suffix}})
+            if (number)
+                text += util_format(" %s = %lld\n", name, static_cast<long long>(number));
         return text + more + "END_OBJECT = IMAGE\n";
     }
 };
