@@ -43,6 +43,7 @@ TEST_F(WrongStatements, DrawTheirMessages) {
         {306, "A = (1, 2X, 'a')", " Line 1 -- Unable to determine the data type of VALUE LIST element 2: \"2X\"\n"},
         {304, "A = \"a\"b\"\"", " Line 1 -- Embedded double quote in VALUE\n"},
         {304, "A = 'it's'", " Line 1 -- Embedded single quote in VALUE\n"},
+        {304, "A = 'it", " Line 1 -- Unpaired single quote in VALUE\n"},
         {304, "A = ('it, 2)", " Line 1 -- Unpaired single quote in VALUE LIST element 1\n"},
         {305, "A = X__Y", " Line 1 -- Multiple underscores in VALUE\n"},
         {304, "A = _X", " Line 1 -- First character is an underscore in VALUE\n"},
