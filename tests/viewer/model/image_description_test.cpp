@@ -23,7 +23,6 @@ TEST(DescribeImage, TakesEveryKeyword) {
                        "SAMPLE_DISPLAY_DIRECTION = LEFT",
                        &description),
               "");
-    EXPECT_EQ(description.lines, 30);
     EXPECT_EQ(description.line_samples, 20);
     EXPECT_EQ(description.sample_type, "MSB_UNSIGNED_INTEGER");
     EXPECT_FALSE(description.is_signed);

@@ -88,8 +88,6 @@ TEST(Stretch, EveryHalfwordMapsAsTheFormulaSays) {
 }
 
 TEST(Stretch, ValuesOutsideTheRangeWrap) {
-    EXPECT_EQ(display_of<int16_t>({99, 100, 150, 200, 201, 255}, described(16, "MSB_INTEGER", 100, 200)),
-              (std::vector<int>{254, 0, 126, 253, 0, 136}));
     // The unsigned maximum is found, but samples above 32767 map through their signed value.
     EXPECT_EQ(display_of<uint16_t>({0, 256, 32767, 32768, 65535}, described(16, "MSB_UNSIGNED_INTEGER")),
               (std::vector<int>{0, 1, 127, 128, 0}));
