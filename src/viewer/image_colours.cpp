@@ -14,6 +14,7 @@ void change_colours(Window *window, const char *failure, Change change) {
     }
     change(state->image_info->display_image.get(), &state->display_state->inverted);
     gui_invalidate(window);
+    refresh_read_out(window);
 }
 
 }  // namespace

@@ -191,6 +191,7 @@ void hide_read_out(Window *window, DisplayState *display) {
 
 void win_image_e_mouse_move(Window *window, GenericState *state, const Event &event) {
     hide_cursor(window, state->display_state.get());
+    state->display_state->pointer = event.position;
     PixelPosition pixel;
     if (pixel_at(window, *state, event.position, &pixel))
         show_read_out(window, state, pixel);
@@ -259,6 +260,7 @@ void set_zoom(Window *window, int zoom, int shrink, GuiPoint anchor) {
     gui_scroll_to(
         window, {(scroll.x + anchor.x) / before * after - anchor.x, (scroll.y + anchor.y) / before * after - anchor.y});
     gui_invalidate(window);
+    refresh_read_out(window);
 }
 
 void zoom_by(Window *window, int steps, GuiPoint anchor) {
@@ -395,6 +397,7 @@ long WIN_IMAGE_eh(Window *window, const Event &event) {
             return win_image_e_key(window, state, event);
         case EventType::Scroll:
             gui_invalidate(window);
+            refresh_read_out(window);
             break;
         case EventType::Timer:
             handle_error_timer(event);
@@ -410,6 +413,16 @@ long WIN_IMAGE_eh(Window *window, const Event &event) {
             break;
     }
     return 0;
+}
+
+void refresh_read_out(Window *window) {
+    GenericState *state = window_state(window);
+    if (!display_image(state) || !state->display_state->status_shown)
+        return;
+    const DisplayState &display = *state->display_state;
+    PixelPosition pixel = {display.cursor_column, display.cursor_row};
+    if (display.cursor_column >= 0 || pixel_at(window, *state, display.pointer, &pixel))
+        show_read_out(window, state, pixel);
 }
 
 void zoom_in(Window *window) {

@@ -15,6 +15,9 @@ bool get_image_characteristics(GenericState *state);
 
 long WIN_IMAGE_eh(Window *window, const Event &event);
 
+// Brings the read-out, where it is shown, up to date after the colours, the scale or the scroll position changed.
+void refresh_read_out(Window *window);
+
 void menu2_stretch_display(Window *window);  // percentile stretch of the colour table
 void menu2_stretch_image(Window *window);    // linear stretch from the lowest to the highest level
 void menu2_image_invert(Window *window);

@@ -30,6 +30,7 @@ struct DisplayState {
     bool inverted = false;
     bool is_qube_band = false;
     bool status_shown = false;
+    GuiPoint pointer;            // where the mouse was last seen in the client area
     int64_t cursor_column = -1;  // of the read-out that the arrow keys move; -1: not shown
     int64_t cursor_row = -1;
 };
