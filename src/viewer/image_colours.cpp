@@ -21,15 +21,15 @@ void change_colours(Window *window, const char *failure, Change change) {
 
 void menu2_stretch_display(Window *window) {
     change_colours(window, "Image Stretch - invalid state", [](PixelImage *image, bool *inverted) {
-        stretch_colours(image);
-        *inverted = false;
+        if (stretch_colours(image))
+            *inverted = false;
     });
 }
 
 void menu2_stretch_image(Window *window) {
     change_colours(window, "Image Stretch - invalid state", [](PixelImage *image, bool *inverted) {
-        stretch_colours_to_range(image);
-        *inverted = false;
+        if (stretch_colours_to_range(image))
+            *inverted = false;
     });
 }
 

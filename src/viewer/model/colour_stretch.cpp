@@ -2,16 +2,17 @@
 
 namespace {
 
-// The ramp from black at `low` to white at `high`; as it is when there is no ramp between the two.
-void set_grey_ramp(ColourTable *colours, int low, int high) {
+// The ramp from black at `low` to white at `high`; false when there is none between the two.
+bool set_grey_ramp(ColourTable *colours, int low, int high) {
     if (high <= low)
-        return;
+        return false;
     const float slope = 255.0F / static_cast<float>(high - low);
     for (int i = 0; i < 256; ++i) {
         const float level = static_cast<float>(i - low) * slope + 0.5F;
         const auto grey = static_cast<uint8_t>(level < 0 ? 0.0F : level > 255 ? 255.0F : level);
         (*colours)[static_cast<size_t>(i)] = {grey, grey, grey};
     }
+    return true;
 }
 
 }  // namespace
@@ -37,13 +38,13 @@ std::array<int64_t, 256> count_levels(const PixelImage &image) {
     return counts;
 }
 
-void stretch_colours(PixelImage *image) {
+bool stretch_colours(PixelImage *image) {
     const auto counts = count_levels(*image);
     int64_t total = 0;
     for (size_t level = 1; level < counts.size(); ++level)
         total += counts[level];
     if (total == 0)
-        return;
+        return false;
 
     int low = 0;
     int high = 0;
@@ -55,10 +56,10 @@ void stretch_colours(PixelImage *image) {
         if (high == 0 && running >= 99.5F)
             high = level;
     }
-    set_grey_ramp(&image->colours, low, high);
+    return set_grey_ramp(&image->colours, low, high);
 }
 
-void stretch_colours_to_range(PixelImage *image) {
+bool stretch_colours_to_range(PixelImage *image) {
     const auto counts = count_levels(*image);
     int low = 0;
     int high = 255;
@@ -66,7 +67,7 @@ void stretch_colours_to_range(PixelImage *image) {
         ++low;
     while (high > low && counts[static_cast<size_t>(high)] == 0)
         --high;
-    set_grey_ramp(&image->colours, low, high);
+    return set_grey_ramp(&image->colours, low, high);
 }
 
 void invert_colours(PixelImage *image) {
