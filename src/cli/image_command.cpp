@@ -16,7 +16,7 @@ namespace {
 
 struct Request {
     std::string file;
-    std::string object = "*IMAGE";
+    std::optional<std::string> object;
     int64_t band = 1;
     std::optional<Interval> lines;
     std::optional<Interval> samples;
@@ -44,10 +44,16 @@ std::string take_request(std::span<char *const> words, Request *request) {
         return "--samples takes A:B with 1 <= A <= B, not " + *samples;
     if ((raw && raw->empty()) || (png && png->empty()))
         return "an output file needs a name";
-    request->object = object.value_or(request->object);
+    request->object = object;
     request->raw = raw.value_or("");
     request->png = png.value_or("");
     return "";
+}
+
+// The image that the viewer shows.
+const ObjDesc *find_image(ObjDesc *root) {
+    const ObjDesc *image = OdlFindObjDesc(root, "IMAGE", nullptr, nullptr, 1, SCOPE_TO_END);
+    return image ? image : OdlFindObjDesc(root, "*IMAGE", nullptr, nullptr, 1, SCOPE_TO_END);
 }
 
 // The first object whose class or NAME matches.
@@ -228,9 +234,9 @@ int run_image(std::span<char *const> arguments) {
     const OdlTree root(OaParseLabelFile(label.c_str(), nullptr, ODL_EXPAND_STRUCTURE, 1));
     if (!root)
         return fail(label + ": the label cannot be read");
-    const ObjDesc *node = find_object(root.get(), request.object);
+    const ObjDesc *node = request.object ? find_object(root.get(), *request.object) : find_image(root.get());
     if (!node)
-        return fail(label + ": there is no object " + request.object);
+        return fail(label + ": there is no object " + request.object.value_or("*IMAGE"));
     const std::string error = export_image(request, node);
     if (!error.empty())
         return fail(label + ": " + error);

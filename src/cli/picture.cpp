@@ -1,5 +1,6 @@
 #include "cli/picture.h"
 
+#include "base/notice.h"
 #include "base/text.h"
 #include "cli/png_writer.h"
 #include "viewer/model/rotate.h"
@@ -86,6 +87,9 @@ std::string write_turned(ImagePart *part, const ImageDescription &description, F
 }  // namespace
 
 std::string write_picture(ImagePart *part, const ImageDescription &description, FILE *file) {
+    for (const std::string &error :
+         orientation_errors(description.line_display_direction, description.sample_display_direction))
+        util_notice(NoticeKind::Error, error);
     const Orientation orientation =
         image_orientation(description.line_display_direction, description.sample_display_direction);
     if (orientation == Orientation::None || orientation == Orientation::Undetermined)

@@ -220,6 +220,22 @@ TEST(CliImage, APartIsReadWrittenAndShown) {
     EXPECT_EQ(wrapped.width, 2u);
     EXPECT_EQ(wrapped.height, 4u);
     EXPECT_EQ(wrapped.levels, (std::vector<uint8_t>{300 - 256, 156, 400 - 256, 0, 500 - 256, 100, 600 - 512, 200}));
+
+    turned.more = "LINE_DISPLAY_DIRECTION = DOWN\nSAMPLE_DISPLAY_DIRECTION = UP\n";
+    outcome = run_cli({"image", write_detached(scratch, "odd", turned), "--png", png});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("Image orientation will not be changed"), std::string::npos) << outcome.err;
+    EXPECT_EQ(read_png(png).width, 4u);
+}
+
+// What the viewer would show: neither what is named like an image nor a lesser image before the chief one.
+TEST(CliImage, TakesTheImageThatTheViewerShows) {
+    const ScratchFolder scratch;
+    const std::string label = read_file(write_ramp(scratch));
+    const std::string others =
+        "OBJECT = HISTOGRAM\nNAME = \"OF THE IMAGE\"\nEND_OBJECT\nOBJECT = BROWSE_IMAGE\nLINES = 1\nEND_OBJECT\n";
+    const std::string path = scratch.write("scene.LBL", others + label);
+    EXPECT_EQ(run_cli({"image", path}).out, "3 4 16 LSB_INTEGER 0 1100\n");
 }
 
 // More samples than are held at a time: 7000 lines of 6000, all 0 but for two.

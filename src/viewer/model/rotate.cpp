@@ -183,6 +183,23 @@ std::unique_ptr<PixelImage> invert_image_vertical(const PixelImage &image) {
     return turned_image(image, Orientation::Rotate180Mirror);  // a half turn mirrored left to right is just that
 }
 
+std::vector<std::string> orientation_errors(const std::string &line_direction, const std::string &sample_direction) {
+    std::vector<std::string> errors;
+    if (image_orientation(line_direction, sample_direction) != Orientation::Undetermined)
+        return errors;
+    if (line_direction.empty())
+        errors.push_back("LINE_DISPLAY_DIRECTION statement is missing");
+    if (sample_direction.empty())
+        errors.push_back("SAMPLE_DISPLAY_DIRECTION statement is missing");
+    if (errors.empty())
+        errors.push_back(
+            util_format("Cannot determine orientation from LINE_DISPLAY_DIRECTION = %s and "
+                        "SAMPLE_DISPLAY_DIRECTION = %s",
+                        line_direction.c_str(), sample_direction.c_str()));
+    errors.push_back("Image orientation will not be changed");
+    return errors;
+}
+
 RotatedImage rotate_image(const PixelImage &image, const std::string &line_direction,
                           const std::string &sample_direction) {
     RotatedImage result;
@@ -190,21 +207,10 @@ RotatedImage rotate_image(const PixelImage &image, const std::string &line_direc
     const bool samples_right = sample_direction.empty() || sample_direction == "RIGHT";
     if (lines_down && samples_right)
         return result;
-    if (line_direction.empty())
-        result.errors.push_back("LINE_DISPLAY_DIRECTION statement is missing");
-    if (sample_direction.empty())
-        result.errors.push_back("SAMPLE_DISPLAY_DIRECTION statement is missing");
-    const Orientation orientation = image_orientation(line_direction, sample_direction);
-    if (orientation == Orientation::Undetermined) {
-        if (result.errors.empty())
-            result.errors.push_back(
-                util_format("Cannot determine orientation from LINE_DISPLAY_DIRECTION = %s and "
-                            "SAMPLE_DISPLAY_DIRECTION = %s",
-                            line_direction.c_str(), sample_direction.c_str()));
-        result.errors.push_back("Image orientation will not be changed");
+    result.errors = orientation_errors(line_direction, sample_direction);
+    if (!result.errors.empty())
         return result;
-    }
-    result.image = turned_image(image, orientation);
+    result.image = turned_image(image, image_orientation(line_direction, sample_direction));
     result.out_of_memory = !result.image;
     return result;
 }

@@ -47,6 +47,9 @@ struct RotatedImage {
     std::vector<std::string> errors;    // to show, in order
     bool out_of_memory = false;
 };
+// What is to be told of directions that make no orientation, in order; empty when they do.
+std::vector<std::string> orientation_errors(const std::string &line_direction, const std::string &sample_direction);
+
 RotatedImage rotate_image(const PixelImage &image, const std::string &line_direction,
                           const std::string &sample_direction);
 
