@@ -206,7 +206,7 @@ struct FileSpec {
 };
 struct FileRequest {
     std::string prompt;
-    FileSpec proposed;      // directory to start in, and for saving the proposed name
+    FileSpec proposed;      // directory to start in (empty: the current one), and for saving the proposed name
     std::string file_type;  // extension to filter by, without point; empty: all files
 };
 

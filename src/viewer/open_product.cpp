@@ -99,11 +99,10 @@ void lift_record_bytes(ObjDesc *root, ObjDesc *file_object) {
     }
 }
 
-// Chooses the file by dialog; the name of an existing file.
+// Chooses the file by dialog, from the directory of the last one; the name of an existing file.
 bool ask_for_file(const std::string &caller_name, FileSpec *chosen) {
     FileRequest request;
     request.prompt = "Open";
-    request.proposed.directory = session().working_directory;
     switch (gui_open_file(request, chosen)) {
         case FileAnswer::Cancel:
             return false;
