@@ -27,8 +27,6 @@ bool fits(CommandScope scope, const Window *window) {
             return scope == CommandScope::Table;
         case DocumentKind::Label:
             return scope == CommandScope::Label;
-        case DocumentKind::None:
-            break;
     }
     return false;
 }

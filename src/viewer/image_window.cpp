@@ -406,8 +406,7 @@ long WIN_IMAGE_eh(Window *window, const Event &event) {
             do_WIN_MENUBAR(window, event.number);
             break;
         case EventType::FileDrop:
-            for (const std::string &file : event.files)
-                open_file(file);
+            open_files(event.files);
             break;
         default:
             break;

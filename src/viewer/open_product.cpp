@@ -287,3 +287,8 @@ void open_file(const std::string &path) {
     session().cmdline_fname = path;
     open_object(0);
 }
+
+void open_files(const std::vector<std::string> &paths) {
+    for (const std::string &path : paths)
+        open_file(path);
+}

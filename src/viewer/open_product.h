@@ -5,12 +5,15 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 // The Open command: chooses a file (the one waiting in the session, else by dialog), reads its label and shows its
 // first displayable object. `browser_number` is 0, or 1 or 2 from browse mode.
 void open_object(int browser_number);
 // The same on a file that is already known.
 void open_file(const std::string &path);
+// The same on each of the files that were dropped on a window.
+void open_files(const std::vector<std::string> &paths);
 
 // A chosen file: directory (made current) and name. False after a message, or silently when the user cancelled.
 bool setup_open_object_1(const std::string &caller_name, std::string *directory, std::string *file_name);

@@ -110,8 +110,7 @@ long task_eh(Window *window, const Event &event) {
             do_WIN_MENUBAR(window, event.number);
             break;
         case EventType::FileDrop:
-            for (const std::string &file : event.files)
-                open_file(file);
+            open_files(event.files);
             break;
         case EventType::Quit:
             if (event.query)

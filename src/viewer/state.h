@@ -36,14 +36,13 @@ struct DisplayState {
 };
 
 // Which kind of document a window shows; the command table chooses by it.
-enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4, None = 5 };
+enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4 };
 
 struct GenericState {
     bool belongs_to_window = false;  // else whoever makes the window still holds it
     DocumentKind kind = DocumentKind::Label;
     std::string directory;    // of the product, without a slash at its end
     std::string browser_tag;  // "" unless opened from browse mode
-    bool is_browse_window = false;
     std::unique_ptr<LabelState> label_state;
     std::unique_ptr<ImageDescription> image_info;
     std::unique_ptr<DisplayState> display_state;  // after the label, which its source reads

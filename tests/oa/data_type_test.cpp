@@ -2,7 +2,39 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace {
+
+TEST(DataType, NamesOfLabelsHaveCodes) {
+    const struct {
+        std::string name;
+        int binary, ascii;
+    } cases[] = {{"MSB_INTEGER", OA_MSB_INTEGER, OA_ASCII_INTEGER},
+                 {"\"PC_REAL\"", OA_PC_REAL, OA_ASCII_REAL},
+                 {"VAX_BIT_STRING", OA_LSB_BIT_STRING, OA_ASCII_INTEGER},
+                 {"VAX_DOUBLE", OA_VAX_REAL, OA_ASCII_COMPLEX},
+                 {"BINARY CODED DECIMAL", OA_BCD, OA_ASCII_BIT_STRING},
+                 {"msb_integer", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE},
+                 {"N/A", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE},
+                 {"\"\"", OA_NO_DATA_TYPE, OA_NO_DATA_TYPE}};
+    for (const auto &c : cases) {
+        std::string name = c.name;
+        EXPECT_EQ(OaStrtoKRVDataType(name.data(), OA_BINARY), c.binary) << c.name;
+        EXPECT_EQ(std::string(name.c_str()).find('"'), std::string::npos) << "quotes are removed in place";
+        name = c.name;
+        EXPECT_EQ(OaStrtoKRVDataType(name.data(), OA_ASCII), c.ascii) << c.name;
+    }
+    EXPECT_EQ(OaStrtoKRVDataType(nullptr, OA_BINARY), OA_NO_DATA_TYPE);
+}
+
+TEST(DataType, CodesHaveCanonicalNames) {
+    EXPECT_STREQ(OaKRVDataTypetoStr(OA_IEEE_REAL), "IEEE_REAL");
+    EXPECT_STREQ(OaKRVDataTypetoStr(OA_MSB_BIT_STRING), "MSB_BIT_STRING");
+    EXPECT_STREQ(OaKRVDataTypetoStr(OA_NO_DATA_TYPE), "\"N/A\"");
+    for (const int unused : {12, 23, 24, 255, -1})
+        EXPECT_STREQ(OaKRVDataTypetoStr(unused), "UNK");
+}
 
 class TypeConversion : public testing::Test {
   protected:

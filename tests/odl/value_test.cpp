@@ -20,10 +20,43 @@ TEST(Value, HasTheTypeOfItsText) {
         {VALUE_DATE_TIME, {"1997-12-31T23:59:59.5Z", "1997-365T00:00", "1997-12-31t12z", "1997-01-01T"}},
         {VALUE_SEQUENCE, {"(1,2)", "("}},
         {VALUE_SET, {"{a, b}", "{"}},
-        {VALUE_UNKNOWN, {"N/A", "12:30", "-ABC", "1E", "12ABC", "1 2", "1.2.3", "+", "--1", "1-2-3-4", "A-B", "5A"}},
-        {VALUE_UNKNOWN, {"2#102#", "17#1#", "1#0#", "-16#FF#", "16#FF", "16#F#F#", "99999999999#1#", "A#1#"}},
-        {VALUE_UNKNOWN, {"1E5E", "1E\"5\"", "+1997-12-31", "1997-12E1", "1997-12-31T1:2:3:4", "1997-12-31T:1"}},
-        {VALUE_UNKNOWN, {"1997-12-31T1:", "1997-12-31T1.5:2", "1997-1-1T1Z2", "1T", "A.B", "1_000", "A+B", "A\tB"}},
+        {VALUE_UNKNOWN,
+         {"N/A",
+          "12:30",
+          "-ABC",
+          "1E",
+          "12ABC",
+          "1 2",
+          "1.2.3",
+          "+",
+          "-",
+          "--1",
+          "1-2-3-4",
+          "A-B",
+          "5A",
+          "2#102#",
+          "17#1#",
+          "1#0#",
+          "-16#FF#",
+          "16#FF",
+          "16#F#F#",
+          "99999999999#1#",
+          "1E5E",
+          "1E\"5\"",
+          "1997-12-31T1:2:3:4",
+          "1997-12-31T:1",
+          "1997-12-31T1:",
+          "1997-12-31T1.5:2",
+          "1997-1-1T1Z2",
+          "+1997-12-31",
+          "1997-12E1",
+          "A.B",
+          "A#1#",
+          "1_000",
+          "A+B",
+          "caf\xc3\xa9",
+          "A\tB",
+          "1T"}},
     };
     for (const auto &one : cases) {
         for (const char *text : one.texts) {
@@ -32,6 +65,7 @@ TEST(Value, HasTheTypeOfItsText) {
             EXPECT_EQ(odl_errno, one.type == VALUE_UNKNOWN ? 311 : 0) << text;
         }
     }
+    EXPECT_EQ(OdlDataType(nullptr), VALUE_UNKNOWN);
 }
 
 TEST(Value, ChainOfExponentsTakesOneWalk) {
@@ -42,11 +76,39 @@ TEST(Value, ChainOfExponentsTakesOneWalk) {
     EXPECT_EQ(OdlDataType((chain + "1").c_str()), VALUE_REAL);
 }
 
+TEST(Value, ElementsAndWordsAreFoundInPlace) {
+    struct {
+        const char *text;
+        const char *from_start;  // what OdlValueStart points at
+        int end;                 // index that OdlValueEnd gives for that
+    } const elements[] = {
+        {"(1, 2)", "1, 2)", 0},  {"{ \n AB ,C}", "AB ,C}", 1},
+        {"A B  )", "A B  )", 2}, {"12", "12", 1},
+        {"( )", "", 0},          {"", "", 0},
+    };
+    for (const auto &one : elements) {
+        const char *start = OdlValueStart(one.text);
+        EXPECT_STREQ(start, one.from_start);
+        EXPECT_EQ(OdlValueEnd(start) - start, one.end) << one.text;
+    }
+    EXPECT_STREQ(OdlFirstWord(" \t\x7f\xff\x01word next"), "word next");
+    EXPECT_STREQ(OdlFirstWord(" \x80"), "");
+    EXPECT_STREQ(OdlNextWord("word \xa0 next"), "next");
+    EXPECT_STREQ(OdlNextWord("word"), "");
+    EXPECT_EQ(OdlFirstWord(nullptr), nullptr);
+    EXPECT_EQ(OdlNextWord(nullptr), nullptr);
+}
+
 TEST(Value, StatementsAreCompleteWhenTheirValueIs) {
     for (const char *complete : {"A = 1", "A = \"x\"", "A = \"x (\"", "A = (1, {2})", "A = b\"c", "A = 1)", "A", "A ="})
         EXPECT_TRUE(CheckBalance(complete)) << complete;
     for (const char *open : {"A = \"x", "A = \"x\" \"", "A = (1", "A = (\"a)\", 1)", "A = {1}}", "A=({1)"})
         EXPECT_FALSE(CheckBalance(open)) << open;
+    long braces = 10;
+    long parentheses = 0;
+    OdlNestingLevel("{{}(((", &braces, &parentheses);
+    EXPECT_EQ(braces, 11);
+    EXPECT_EQ(parentheses, 3);
 }
 
 }  // namespace
