@@ -147,6 +147,24 @@ int measure_image(const ObjDesc *node, OaSlot *slot) {
     return 0;
 }
 
+int measure_histogram(const ObjDesc *node, OaSlot *slot) {
+    return required_number("ITEM_BYTES", node, 1, &slot->src.size) &&
+                   required_number("ITEMS", node, 1, &slot->total_repetitions)
+               ? 0
+               : 1;
+}
+
+int measure_leaf(const ObjDesc *node, OaObjectClass object_class, OaSlot *slot) {
+    switch (object_class) {
+        case OA_HISTOGRAM:
+            return measure_histogram(node, slot);
+        case OA_IMAGE:
+            return measure_image(node, slot);
+        default:
+            return measure_column(node, slot);
+    }
+}
+
 // A complex item is two reals. Only in an image of 64 bits a sample it is one: labels made from FITS headers call
 // 8-byte reals so, and no image has complex samples of single precision.
 int split_complex(const ObjDesc *node, OaSlot *slot) {
@@ -183,14 +201,14 @@ int build_leaf(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeForma
     // The bytes of these belong to the COLUMN around them.
     if (object_class == OA_ALIAS || object_class == OA_BIT_COLUMN)
         return 0;
-    if (object_class != OA_COLUMN && object_class != OA_IMAGE) {
+    if (object_class != OA_COLUMN && object_class != OA_HISTOGRAM && object_class != OA_IMAGE) {
         OaReportFailure(530, "%s: Unknown object class.", builder);
         return 1;
     }
     OaSlot *slot = OalNewSDTNode(node);
     if (read_data_type(node, object_class, src_format) != 0)
         return 1;
-    if ((object_class == OA_IMAGE ? measure_image(node, slot) : measure_column(node, slot)) != 0)
+    if (measure_leaf(node, object_class, slot) != 0)
         return 1;
     if (split_complex(node, slot) != 0 || OalDetermineConvertParameters(node, src_format, dst_format) != 0)
         return 1;

@@ -34,6 +34,13 @@ void describe_column(ObjDesc *node, const OaSlot &slot) {
     OaLongtoKwdValue("BYTES", node, slot.total_repetitions * slot.dst.size);
 }
 
+void describe_histogram(ObjDesc *node, const OaSlot &slot, OaInterchangeFormat format) {
+    OaLongtoKwdValue("ITEMS", node, slot.total_repetitions);
+    OaStrtoKwdValue("DATA_TYPE", node, OaKRVDataTypetoStr(slot.dst.data_type));
+    OaLongtoKwdValue("ITEM_BYTES", node, slot.dst.size);
+    OaStrtoKwdValue("INTERCHANGE_FORMAT", node, format_name(format));
+}
+
 void describe_image(ObjDesc *node, const OaSlot &slot) {
     OaStrtoKwdValue("SAMPLE_TYPE", node, OaKRVDataTypetoStr(slot.dst.data_type));
     OaLongtoKwdValue("SAMPLE_BITS", node, 8 * slot.dst.size);
@@ -62,7 +69,7 @@ void remove_inserted(ObjDesc *tree) {
 
 }  // namespace
 
-void OalAdjustKwdstoMatchSDT(ObjDesc *node, OaInterchangeFormat, OaInterchangeFormat) {
+void OalAdjustKwdstoMatchSDT(ObjDesc *node, OaInterchangeFormat, OaInterchangeFormat dst_format) {
     OaSlot *slot = OalSlotOf(node);
     if (!slot || slot->dst.size == 0)
         return;
@@ -70,6 +77,9 @@ void OalAdjustKwdstoMatchSDT(ObjDesc *node, OaInterchangeFormat, OaInterchangeFo
     switch (OaGetObjectClass(node)) {
         case OA_COLUMN:
             describe_column(node, *slot);
+            break;
+        case OA_HISTOGRAM:
+            describe_histogram(node, *slot, dst_format);
             break;
         case OA_IMAGE:
             describe_image(node, *slot);

@@ -164,6 +164,16 @@ TEST_F(Sdt, RewritesColumns) {
     }
 }
 
+TEST_F(Sdt, ConvertsHistograms) {
+    const OaSdt histogram(
+        new_object("IMAGE_HISTOGRAM", {{"ITEMS", "3"}, {"ITEM_BYTES", "4"}, {"DATA_TYPE", "MSB_INTEGER"}}));
+    ASSERT_TRUE(OalCreateSDT(histogram.get(), OA_BINARY));
+    EXPECT_EQ(process(histogram.get(), "0123456789AB", {5}, OalDestinationSize(histogram.get())), "32107654BA98");
+    OalSDTtoODLTree(histogram.get(), OA_BINARY);
+    EXPECT_EQ(keyword_of(histogram.get(), "DATA_TYPE"), "LSB_INTEGER");
+    EXPECT_EQ(keyword_of(histogram.get(), "ITEM_BYTES"), "4");
+}
+
 TEST_F(Sdt, PassesOverWhatTakesNoBytes) {
     const OaSdt rows =
         plan_rows(3, 3, {new_column("CHARACTER", 1, 1), new_column("CHARACTER", 2, 0), new_column("CHARACTER", 2, 2)});
