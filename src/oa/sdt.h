@@ -46,10 +46,10 @@ struct OaSlot {
     OaSlotSide dst;
     OaConversion conversion_type = OA_SKIP;
     OaDataType complex_type = OA_NO_DATA_TYPE;  // source type of an item that was split into its two halves
-    bool inserted = false;                      // a COLUMN that the plan added: a SPARE or an image's line
-    std::vector<uint8_t> partial_item;          // of an item split between chunks, gathered so far
-    BinrepPlan plan;                            // conversion 1
-    uint8_t *buffer_end = nullptr;              // root: end of the output buffer
+    bool inserted = false;              // a COLUMN that the plan added: a SPARE, an image's line, a part of a column
+    std::vector<uint8_t> partial_item;  // of an item split between chunks, gathered so far
+    BinrepPlan plan;                    // conversion 1
+    uint8_t *buffer_end = nullptr;      // root: end of the output buffer
 };
 
 // The slot of a label node, or null.
@@ -90,7 +90,8 @@ void OalFreeSDTStruct(OaSlot *slot);  // null is allowed
 enum OaTraverseMode { OA_BUILD_SLOTS = 0, OA_ADJUST_KEYWORDS = 1 };
 // Visits children before their parent. Building stops at the first node that fails and returns its code.
 int OalPostOrderTraverse(ObjDesc *node, int mode, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
-// The slot of a node whose children have theirs; one that has a slot is left alone. 0, or 1 after reporting.
+// The slot of a node whose children have theirs; one that has a slot is left alone. 0, or after reporting 1, or -1 when
+// a table's keywords are missing.
 int OalBuildSDTNode(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
 // Chooses conversion and destination of a leaf whose source type and item size are known. 0, or 1 after reporting.
 int OalDetermineConvertParameters(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
@@ -99,6 +100,10 @@ void OalDetermineRepNodeAlignment(ObjDesc *node);
 // Fills a gap before the node's source bytes with a SPARE. 0, or 1 after reporting (534) that they overlap what stands
 // before.
 int OalCheckForGapInSrcData(ObjDesc *node);
+// Plans a COLUMN whose `items` of `item_bytes` lie `item_offset` bytes apart; its slot knows type and start. 0, or 1
+// after reporting.
+int OalAttachItemOffsetNodes(ObjDesc *column, int64_t items, int64_t item_bytes, int64_t item_offset,
+                             OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
 // Makes the node's keywords describe its converted data and frees its slot.
 void OalAdjustKwdstoMatchSDT(ObjDesc *node, OaInterchangeFormat src_format, OaInterchangeFormat dst_format);
 

@@ -27,10 +27,18 @@ inline ObjDesc *next_in_post_order(ObjDesc *node) {
 }
 
 // The nearest sibling to the left whose data the label describes: what the plan inserted does not count, because it
-// only fills the space up to its right neighbour.
+// only fills space.
 inline ObjDesc *left_described_sibling(const ObjDesc *node) {
     ObjDesc *left = LeftSDTSibling(node);
     while (left && (!OalSlotOf(left) || OalSlotOf(left)->inserted))
+        left = LeftSDTSibling(left);
+    return left;
+}
+
+// The nearest sibling to the left that has a place in the source: not what only fills the destination.
+inline ObjDesc *left_source_sibling(const ObjDesc *node) {
+    ObjDesc *left = LeftSDTSibling(node);
+    while (left && (!OalSlotOf(left) || (OalSlotOf(left)->inserted && OalSlotOf(left)->src.size == 0)))
         left = LeftSDTSibling(left);
     return left;
 }

@@ -203,13 +203,13 @@ TEST_F(Sdt, RefusesWhatItCannotPlan) {
     };
     for (const Case &c :
          {Case{with(plain_image(), "LINES", "0"), 531, "LINES keyword value not found for IMAGE object."},
-          Case{new_object("TABLE"), 530, "Unknown object class."},
+          Case{new_object("TABLE"), 530, "error: TABLE object has no sub-object."},
           Case{with(plain_image(), "SAMPLE_TYPE", "msb_integer"), 531,
                "DATA_TYPE keyword value: msb_integer in\nIMAGE node"},
           Case{new_object("COLUMN", {{"NAME", "X"}}), 531, "for COLUMN object\nwith NAME = X."},
           Case{with(new_column("CHARACTER", 1, 1), "ITEMS", "0"), 531, "ITEMS keyword value not found"},
           Case{with(new_column("CHARACTER", 1, 4), "ROW_PREFIX_BYTES", "4"), 530, "not allowed for COLUMN object."},
-          Case{with(new_column("CHARACTER", 1, 4), "ITEM_OFFSET", "4"), 520, "ITEM_OFFSET"},
+          Case{with(new_column("CHARACTER", 1, 8, 2), "ITEM_OFFSET", "3"), 534, "overlapping source data"},
           Case{image_around_column, 530, "a IMAGE object cannot contain sub-objects."}}) {
         SCOPED_TRACE(c.message);
         const OaSdt object(c.object);
