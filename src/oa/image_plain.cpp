@@ -54,6 +54,10 @@ bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaIm
         return false;
     }
     plan->item = *sample_slot(tree.get());
+    if (plan->item.conversion_type == OA_ASCII_TO_BINARY || plan->item.conversion_type == OA_BINARY_TO_ASCII) {
+        OaReportFailure(520, "%s: CreateSDT returned error. Samples from or to text are not supported.", routine);
+        return false;
+    }
     if (plan->item.src.binrep == plan->item.dst.binrep)
         plan->item.conversion_type = OA_COPY;
     plan->items_per_sample = image.sample_bits / 8 / plan->item.src.size;

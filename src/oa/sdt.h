@@ -35,8 +35,14 @@ struct OaSlotSide {
     uint8_t *data = nullptr;   // source: the item being converted; destination: where the next one goes
     OaDataType data_type = OA_NO_DATA_TYPE;
     const BinrepDescrip *binrep = nullptr;  // leaves that convert
-    std::string ascii_format;               // printf format of the ASCII form
     int alignment_req = 1;                  // 1, 2, 4 or 8
+};
+
+// How a number is printed: printf's letter, width and precision, or X and o for the bits of every byte.
+struct OaAsciiForm {
+    char letter = 'd';
+    int width = 0;  // without the blank before it
+    int digits = 0;
 };
 
 struct OaSlot {
@@ -48,7 +54,8 @@ struct OaSlot {
     OaDataType complex_type = OA_NO_DATA_TYPE;  // source type of an item that was split into its two halves
     bool inserted = false;              // a COLUMN that the plan added: a SPARE, an image's line, a part of a column
     std::vector<uint8_t> partial_item;  // of an item split between chunks, gathered so far
-    BinrepPlan plan;                    // conversion 1
+    BinrepPlan plan;                    // conversion 1; 3 and 4: from or to native numbers
+    OaAsciiForm ascii_form;             // conversion 4
     uint8_t *buffer_end = nullptr;      // root: end of the output buffer
 };
 

@@ -1,4 +1,5 @@
 // Choosing what happens to the items of a leaf, and what they become.
+#include "oa/sdt_ascii.h"
 #include "oa/sdt_walk.h"
 
 #include <string>
@@ -64,27 +65,49 @@ const BinrepDescrip *find_binrep(std::string q_code, int64_t size) {
     return OalFindBinrepDescrip(q_code.c_str());
 }
 
-// 0, or 1 after reporting.
-int convert_to_binary(ObjDesc *node, const OaTypeConversion &conversion, int64_t src_size) {
-    OaSlot &slot = *OalSlotOf(node);
-    slot.src.binrep = find_binrep(conversion.src_q_code, src_size);
-    if (!slot.src.binrep) {
-        OaReportFailure(730, "%s: couldn't find q_code: %s in binrep_descriptions", routine, conversion.src_q_code);
-        return 1;
-    }
+// Each gives 0, or 1 after reporting a representation that is not known.
+int find_source_binrep(OaSlot &slot, const char *q_code) {
+    slot.src.binrep = find_binrep(q_code, slot.src.size);
+    if (slot.src.binrep)
+        return 0;
+    OaReportFailure(730, "%s: couldn't find q_code: %s in binrep_descriptions", routine, q_code);
+    return 1;
+}
+
+int find_destination_binrep(OaSlot &slot, const OaTypeConversion &conversion) {
     slot.dst.data_type = conversion.dst_type;
-    slot.dst.size = conversion.dst_size ? conversion.dst_size : src_size;
+    slot.dst.size = conversion.dst_size ? conversion.dst_size : slot.src.size;
     slot.dst.binrep = find_binrep(conversion.dst_q_code, slot.dst.size);
-    if (!slot.dst.binrep) {
-        OaReportFailure(730, "%s: couldn't find q_code: %s in binrep_descriptions for KRV_data_type: %s.", routine,
-                        conversion.dst_q_code, OaKRVDataTypetoStr(conversion.dst_type));
+    if (slot.dst.binrep)
+        return 0;
+    OaReportFailure(730, "%s: couldn't find q_code: %s in binrep_descriptions for KRV_data_type: %s.", routine,
+                    conversion.dst_q_code, OaKRVDataTypetoStr(conversion.dst_type));
+    return 1;
+}
+
+int plan_binary_to_binary(ObjDesc *node, const OaTypeConversion &conversion) {
+    OaSlot &slot = *OalSlotOf(node);
+    if (find_source_binrep(slot, conversion.src_q_code) != 0 || find_destination_binrep(slot, conversion) != 0)
         return 1;
-    }
     slot.conversion_type = OA_BINARY_TO_BINARY;
     slot.plan = OalPlanBinrep(slot.src.binrep, slot.dst.binrep);
     if (slot.src.binrep->kind != slot.dst.binrep->kind)
         OaDeleteKwd("FORMAT", node);
     return 0;
+}
+
+int plan_ascii_to_binary(OaSlot &slot, const OaTypeConversion &conversion) {
+    if (find_destination_binrep(slot, conversion) != 0)
+        return 1;
+    OalPlanAsciiToBinary(&slot);
+    return 0;
+}
+
+void plan_copy(OaSlot &slot) {
+    slot.conversion_type = OA_COPY;
+    slot.dst.data_type = slot.src.data_type;
+    slot.dst.size = slot.src.size;
+    slot.dst.alignment_req = 1;
 }
 
 int alignment_of(int64_t size) {
@@ -121,27 +144,23 @@ int OalDetermineConvertParameters(ObjDesc *node, OaInterchangeFormat src_format,
         conversion = nullptr;
     }
 
-    const bool converts = conversion && src_format != OA_ASCII && dst_format == OA_BINARY && conversion->dst_q_code;
-    if (conversion && !converts && src_format != dst_format) {
-        OaReportFailure(520, "%s: Can't convert %s to %s!", routine, OaKRVDataTypetoStr(slot.src.data_type),
-                        OaKRVDataTypetoStr(dst_format == OA_ASCII ? conversion->ascii_type : conversion->dst_type));
-        return 1;
-    }
-    if (converts) {
-        if (convert_to_binary(node, *conversion, size) != 0)
-            return 1;
-        slot.dst.alignment_req = alignment_of(slot.dst.size);
-        return 0;
-    }
     if (src_format == OA_BINARY && dst_format == OA_ASCII && slot.src.data_type == OA_NO_DATA_TYPE) {
         slot.conversion_type = OA_SKIP;
         slot.dst.data_type = OA_NO_DATA_TYPE;
         slot.dst.size = 0;
         return 0;
     }
-    slot.conversion_type = OA_COPY;
-    slot.dst.data_type = slot.src.data_type;
-    slot.dst.size = size;
-    slot.dst.alignment_req = 1;
-    return 0;
+    if (!conversion || (dst_format == OA_BINARY && !conversion->dst_q_code)) {
+        plan_copy(slot);
+        return 0;
+    }
+    if (dst_format == OA_ASCII) {
+        if (conversion->src_q_code && find_source_binrep(slot, conversion->src_q_code) != 0)
+            return 1;
+        return OalPlanBinaryToAscii(node, conversion->ascii_type, conversion->ascii_width);
+    }
+    const int failed =
+        src_format == OA_ASCII ? plan_ascii_to_binary(slot, *conversion) : plan_binary_to_binary(node, *conversion);
+    slot.dst.alignment_req = alignment_of(slot.dst.size);
+    return failed;
 }

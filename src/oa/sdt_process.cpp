@@ -1,4 +1,5 @@
 // Running the plan: source bytes, cut anywhere, into the output buffer.
+#include "oa/sdt_ascii.h"
 #include "oa/sdt_walk.h"
 
 #include <algorithm>
@@ -178,6 +179,11 @@ int OalConvertRun(OaSlot *slot, const uint8_t *src, uint8_t *dst, int64_t count)
         case OA_COPY:
             if (src != dst)
                 memcpy(dst, src, static_cast<size_t>(count * slot->src.size));
+            return 0;
+        case OA_ASCII_TO_BINARY:
+            return OalAsciiToBinaryRun(*slot, src, dst, count);
+        case OA_BINARY_TO_ASCII:
+            OalBinaryToAsciiRun(*slot, src, dst, count);
             return 0;
         default:
             OaReportFailure(535, "%s: invalid conversion type: %d.", "OalConvert", slot->conversion_type);
