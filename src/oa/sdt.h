@@ -45,6 +45,16 @@ struct OaAsciiForm {
     int digits = 0;
 };
 
+struct OaSlot;
+
+// A row's items of one kind that lie one behind the other, also where several columns hold them.
+struct OaRowStep {
+    const OaSlot *slot = nullptr;  // says how they are converted
+    int64_t src = 0;               // from the start of the row
+    int64_t dst = 0;               // from the start of the output buffer, of the first row
+    int64_t count = 0;             // of items; of copies, bytes
+};
+
 struct OaSlot {
     int64_t total_repetitions = 0;  // within one repetition of the parent
     int64_t count = 0;              // while processing: 0 .. total_repetitions - 1
@@ -57,6 +67,11 @@ struct OaSlot {
     BinrepPlan plan;                    // conversion 1; 3 and 4: from or to native numbers
     OaAsciiForm ascii_form;             // conversion 4
     uint8_t *buffer_end = nullptr;      // root: end of the output buffer
+
+    // Root, when whole repetitions of it (rows) are converted at once.
+    std::vector<OaRowStep> row_steps;
+    int64_t row_bytes = 0;               // of the source
+    const ObjDesc *row_start = nullptr;  // the first leaf
 };
 
 // The slot of a label node, or null.
@@ -86,7 +101,7 @@ ObjDesc *OalPositionToNextDataNode(ObjDesc *leaf);
 int OalConvert(OaSlot *slot);
 // The same for `count` items lying one behind the other, copies included. `src` and `dst` may be equal where the sizes
 // of an item are.
-int OalConvertRun(OaSlot *slot, const uint8_t *src, uint8_t *dst, int64_t count);
+int OalConvertRun(const OaSlot *slot, const uint8_t *src, uint8_t *dst, int64_t count);
 // Rewrites the keywords so that they describe the converted data, removes what the plan inserted and all slots.
 void OalSDTtoODLTree(ObjDesc *sdt, OaInterchangeFormat dst_interchange_format);
 // Frees the label tree with its slots; null is allowed. Returns null.

@@ -1,5 +1,6 @@
 // Running the plan: source bytes, cut anywhere, into the output buffer.
 #include "oa/sdt_ascii.h"
+#include "oa/sdt_rows.h"
 #include "oa/sdt_walk.h"
 
 #include <algorithm>
@@ -7,7 +8,8 @@
 
 namespace {
 
-const ObjDesc *root_of(const ObjDesc *node) {
+template <typename Node>
+Node *root_of(Node *node) {
     while (node->parent)
         node = node->parent;
     return node;
@@ -92,6 +94,10 @@ int deliver_part(OaSlot *slot, const uint8_t *bytes, int64_t count, bool complet
 
 }  // namespace
 
+void OalPlaceLeaf(ObjDesc *leaf) {
+    OalSlotOf(leaf)->dst.data = destination_of(leaf);
+}
+
 ObjDesc *OalInitializeSDT(ObjDesc *sdt, void *buffer, int64_t buffer_size) {
     if (!sdt || !OalSlotOf(sdt) || !buffer || buffer_size < 0)
         return nullptr;
@@ -108,8 +114,11 @@ ObjDesc *OalInitializeSDT(ObjDesc *sdt, void *buffer, int64_t buffer_size) {
     if (!takes_bytes(sdt))
         return nullptr;
     ObjDesc *leaf = descend_to_leaf(sdt);
-    if (leaf != sdt)
-        OalSlotOf(leaf)->dst.data = destination_of(leaf);
+    if (leaf != sdt) {
+        OalPlaceLeaf(leaf);
+        OalPlanRows(sdt, leaf);
+        OalPlaceLeaf(leaf);
+    }
     return leaf;
 }
 
@@ -129,7 +138,7 @@ ObjDesc *OalPositionToNextDataNode(ObjDesc *leaf) {
         }
         if (next) {
             next = descend_to_leaf(next);
-            OalSlotOf(next)->dst.data = destination_of(next);
+            OalPlaceLeaf(next);
             return next;
         }
     }
@@ -140,8 +149,16 @@ int OalProcessSDT(const void *source_bytes, int64_t byte_count, ObjDesc **leaf) 
     const auto *bytes = static_cast<const uint8_t *>(source_bytes);
     if (!*leaf)
         return 1;
-    const uint8_t *buffer_end = OalSlotOf(root_of(*leaf))->buffer_end;
+    ObjDesc *root = root_of(*leaf);
+    const uint8_t *buffer_end = OalSlotOf(root)->buffer_end;
     while (byte_count > 0) {
+        if (const int64_t taken = OalProcessRows(root, bytes, byte_count, leaf)) {
+            if (taken < 0 || !*leaf)
+                return 1;
+            bytes += taken;
+            byte_count -= taken;
+            continue;
+        }
         OaSlot *slot = OalSlotOf(*leaf);
         const int64_t needed = slot->src.size - slot->src.progress;
         const bool whole_items = slot->src.progress == 0 && byte_count >= needed;
@@ -171,7 +188,7 @@ int OalProcessSDT(const void *source_bytes, int64_t byte_count, ObjDesc **leaf) 
     return 0;
 }
 
-int OalConvertRun(OaSlot *slot, const uint8_t *src, uint8_t *dst, int64_t count) {
+int OalConvertRun(const OaSlot *slot, const uint8_t *src, uint8_t *dst, int64_t count) {
     switch (slot->conversion_type) {
         case OA_BINARY_TO_BINARY:
             BinrepConvertRun(slot->plan, src, dst, count);

@@ -49,3 +49,6 @@ inline bool has_slots_below(const ObjDesc *node) {
             return true;
     return false;
 }
+
+// Sets where a leaf's next item goes.
+void OalPlaceLeaf(ObjDesc *leaf);

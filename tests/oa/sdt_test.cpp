@@ -1,6 +1,7 @@
 #include "oa/sdt.h"
 
 #include "support/product.h"
+#include "support/sdt_tree.h"
 #include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
@@ -62,33 +63,6 @@ OaSdt plan_lines() {
     OaLongtoKwdValue("LINE_PREFIX_BYTES", image.get(), 3);
     OaLongtoKwdValue("LINE_SUFFIX_BYTES", image.get(), 2);
     return OalCreateSDT(image.get(), OA_BINARY) ? std::move(image) : nullptr;
-}
-
-// "source start+repetitions x size>destination start:size" of every slot below the root; * marks those inserted.
-std::string layout_text(const ObjDesc *root) {
-    std::string text;
-    for (const ObjDesc *child = root->first_child; child; child = child->right_sibling)
-        if (const OaSlot *slot = OalSlotOf(child))
-            text += util_format("%s%ld+%ldx%ld>%ld:%ld ", slot->inserted ? "*" : "", slot->src.start_offset,
-                                slot->total_repetitions, slot->src.size, slot->dst.start_offset, slot->dst.size);
-    return text;
-}
-
-// The output of a tree fed in chunks of the given lengths, over and over. What lies behind the buffer must stay.
-std::string process(ObjDesc *sdt, const std::string &source, const std::vector<size_t> &cuts, int64_t buffer_size) {
-    const std::string guard(64, '\x5A');
-    std::string buffer = std::string(static_cast<size_t>(buffer_size), '\0') + guard;
-    ObjDesc *leaf = OalInitializeSDT(sdt, buffer.data(), buffer_size);
-    int ended = 0;
-    for (size_t i = 0, position = 0; position < source.size() && !ended; ++i) {
-        // A chunk of its own, so that the sanitizer sees a read past it.
-        const std::string chunk = source.substr(position, cuts[i % cuts.size()]);
-        ended = OalProcessSDT(chunk.data(), static_cast<int64_t>(chunk.size()), &leaf);
-        position += chunk.size();
-    }
-    EXPECT_EQ(ended, 1) << "the end of the data was not told";
-    EXPECT_TRUE(buffer.ends_with(guard));
-    return buffer.substr(0, static_cast<size_t>(buffer_size));
 }
 
 TEST_F(Sdt, TakesItsSourceCutAnywhere) {

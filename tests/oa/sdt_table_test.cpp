@@ -1,0 +1,240 @@
+#include "oa/sdt.h"
+#include "support/sdt_tree.h"
+#include "support/silent_reports.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+class SdtTable : public testing::Test {
+  protected:
+    ~SdtTable() override { Oa_profile = {}; }
+    SilentReports reports_;
+};
+
+// An object in label language: "CLASS", its keywords as "NAME = value" in lines, the objects inside.
+std::string object(const std::string &class_name, const std::string &keywords, const std::string &inside = "") {
+    return "OBJECT = " + class_name + "\n" + keywords + "\n" + inside + "END_OBJECT = " + class_name + "\n";
+}
+
+std::string column(const std::string &type, int64_t start, int64_t bytes, const std::string &more = "") {
+    return object("COLUMN", util_format("DATA_TYPE = %s\nSTART_BYTE = %lld\nBYTES = %lld\n", type.c_str(),
+                                        static_cast<long long>(start), static_cast<long long>(bytes)) +
+                                more);
+}
+
+std::string table(int64_t rows, int64_t row_bytes, const std::string &inside, const std::string &more = "") {
+    return object("TABLE",
+                  util_format("ROWS = %lld\nROW_BYTES = %lld\n", static_cast<long long>(rows),
+                              static_cast<long long>(row_bytes)) +
+                      more,
+                  inside);
+}
+
+const std::string bit = object("BIT_COLUMN", "START_BIT = 1\nBITS = 4");
+
+struct Case {
+    std::string label;
+    const char *layout;     // of the slots below the root
+    const char *rewritten;  // label
+};
+
+TEST_F(SdtTable, PlansEveryClassAndDescribesWhatItBecame) {
+    Oa_profile.dst_alignment_type = 2;
+    const std::string element = object("ELEMENT", "DATA_TYPE = MSB_INTEGER\nBYTES = 2");
+    const std::string bits =
+        object("BIT_ELEMENT", "START_BIT = 1\nBITS = 3") + object("BIT_ELEMENT", "START_BIT = 4\nBITS = 13");
+    for (const Case &c : {
+             // A row with bytes around it, a gap, a column with bit columns, and bytes behind the last column.
+             Case{table(2, 12,
+                        column("MSB_INTEGER", 1, 2) + column("MSB_UNSIGNED_INTEGER", 5, 4, "NAME = X\n") +
+                            object("COLUMN", "DATA_TYPE = MSB_BIT_STRING\nSTART_BYTE = 9\nBYTES = 1", bit),
+                        "ROW_PREFIX_BYTES = 3\nROW_SUFFIX_BYTES = 2\n"),
+                  "*0+1x3>0:0 3+1x2>0:2 *5+1x2>0:0 7+1x4>4:4 11+1x1>8:1 { } *12+1x3>0:0 *15+1x2>0:0 ",
+                  "TABLE INTERCHANGE_FORMAT=BINARY ROWS=2 ROW_BYTES=9 COLUMNS=3"
+                  " { COLUMN DATA_TYPE=LSB_INTEGER START_BYTE=1 BYTES=2 }"
+                  " { COLUMN DATA_TYPE=LSB_UNSIGNED_INTEGER START_BYTE=5 BYTES=4 NAME=X }"
+                  " { COLUMN DATA_TYPE=MSB_BIT_STRING START_BYTE=9 BYTES=1 { BIT_COLUMN START_BIT=1 BITS=4 } }"},
+             // A container behind a gap stands behind the column, and its padding is only announced.
+             Case{table(1, 20,
+                        column("CHARACTER", 1, 3) + object("CONTAINER", "START_BYTE = 9\nBYTES = 6\nREPETITIONS = 2",
+                                                           column("IEEE_REAL", 1, 4) + column("CHARACTER", 5, 1))),
+                  "0+1x3>0:3 *0+1x0>0:1 *3+1x5>0:0 8+2x6>3:5 { 0+1x4>0:4 4+1x1>4:1 *5+1x1>0:0 } ",
+                  "TABLE INTERCHANGE_FORMAT=BINARY ROWS=1 ROW_BYTES=13 COLUMNS=2"
+                  " { COLUMN DATA_TYPE=CHARACTER START_BYTE=1 BYTES=3 }"
+                  " { CONTAINER START_BYTE=4 BYTES=5 REPETITIONS=2"
+                  " { COLUMN DATA_TYPE=PC_REAL START_BYTE=1 BYTES=4 } { COLUMN DATA_TYPE=CHARACTER START_BYTE=5 "
+                  "BYTES=1 }"
+                  " }"},
+             // Items apart from each other; one item needs no parts; items without space between them need no SPARE.
+             Case{table(1, 30,
+                        column("IEEE_COMPLEX", 1, 20, "ITEMS = 2\nITEM_BYTES = 8\nITEM_OFFSET = 12\n") +
+                            column("CHARACTER", 21, 4, "ITEMS = 1\nITEM_BYTES = 4\nITEM_OFFSET = 9\n") +
+                            column("CHARACTER", 25, 6, "ITEMS = 3\nITEM_BYTES = 2\nITEM_OFFSET = 2\n")),
+                  "0+1x20>0:16 { *0+1x12>0:8 { *0+2x4>0:4 *8+1x4>0:0 } *12+2x4>8:4 } 20+1x4>16:4 "
+                  "24+1x6>20:6 { *0+2x2>0:2 { *0+1x2>0:2 } *4+1x2>4:2 } ",
+                  "TABLE INTERCHANGE_FORMAT=BINARY ROWS=1 ROW_BYTES=26 COLUMNS=3"
+                  " { COLUMN DATA_TYPE=PC_COMPLEX START_BYTE=1 BYTES=16 ITEMS=2 ITEM_BYTES=8 ITEM_OFFSET=8 }"
+                  " { COLUMN DATA_TYPE=CHARACTER START_BYTE=17 BYTES=4 ITEMS=1 ITEM_BYTES=4 ITEM_OFFSET=4 }"
+                  " { COLUMN DATA_TYPE=CHARACTER START_BYTE=21 BYTES=6 ITEMS=3 ITEM_BYTES=2 ITEM_OFFSET=2 }"},
+             Case{table(3, 3, column("CHARACTER", 1, 1) + column("MSB_INTEGER", 2, 2),
+                        "TABLE_STORAGE_TYPE = \"COLUMN_MAJOR\"\n"),
+                  "0+3x1>0:1 3+3x2>3:2 ",
+                  "TABLE INTERCHANGE_FORMAT=BINARY ROWS=3 ROW_BYTES=3 TABLE_STORAGE_TYPE=\"COLUMN_MAJOR\" COLUMNS=2"
+                  " { COLUMN DATA_TYPE=CHARACTER START_BYTE=1 BYTES=1 ITEM_BYTES=1 ITEMS=1 }"
+                  " { COLUMN DATA_TYPE=LSB_INTEGER START_BYTE=2 BYTES=2 ITEM_BYTES=2 ITEMS=1 }"},
+             Case{object("ARRAY", "AXES = 2\nAXIS_ITEMS = (3, 4)",
+                         object("COLLECTION", "BYTES = 6",
+                                element + object("ELEMENT", "DATA_TYPE = IEEE_REAL\nSTART_BYTE = 3\nBYTES = 4"))),
+                  "0+1x6>0:8 { 0+1x2>0:2 2+1x4>4:4 } ",
+                  "ARRAY INTERCHANGE_FORMAT=BINARY AXES=2 AXIS_ITEMS=(3, 4) START_BYTE=1"
+                  " { COLLECTION BYTES=8 START_BYTE=1 INTERCHANGE_FORMAT=BINARY"
+                  " { ELEMENT DATA_TYPE=LSB_INTEGER BYTES=2 START_BYTE=1 }"
+                  " { ELEMENT DATA_TYPE=PC_REAL START_BYTE=5 BYTES=4 } }"},
+             Case{object("COLLECTION", "BYTES = 4", bits + object("ALIAS", "") + element), nullptr, nullptr},
+             Case{object("COLLECTION", "BYTES = 2", bits), "0+1x2>0:2 ",
+                  "COLLECTION INTERCHANGE_FORMAT=BINARY BYTES=2 START_BYTE=1 { BIT_ELEMENT START_BIT=1 BITS=3 }"
+                  " { BIT_ELEMENT START_BIT=4 BITS=13 }"},
+         }) {
+        SCOPED_TRACE(c.label);
+        const OaSdt plan = plan_object(c.label, OA_BINARY);
+        ASSERT_EQ(!plan, !c.layout) << error_string;
+        if (!plan)
+            continue;
+        EXPECT_EQ(layout_text(plan.get()), c.layout);
+        OalSDTtoODLTree(plan.get(), OA_BINARY);
+        EXPECT_EQ(label_text(plan.get()), c.rewritten);
+    }
+}
+
+TEST_F(SdtTable, PrintsAndReadsNumbers) {
+    struct Print {
+        const char *type;
+        std::string value;  // as stored
+        const char *format, *printed, *format_after;
+    };
+    using namespace std::string_literals;
+    Oa_profile.dst_format_for_binary = OA_ASCII;
+    for (const Print &c : {
+             Print{"MSB_INTEGER", "\xFF\xFE"s, "\" 'i4' \"", "   -2", "\" 'i4' \""},
+             Print{"MSB_INTEGER", "\x80\0"s, nullptr, " -32768", "(none)"},
+             Print{"LSB_UNSIGNED_INTEGER", "\xFF\xFF\xFF\xFF"s, "I3", " 429", "I3"},  // too narrow: the first digits
+             Print{"MSB_INTEGER", "\0\1"s, "I501", "      1", "I501"},
+             Print{"IEEE_REAL", "\x3F\xC0\0\0"s, "F8.3", "    1.500", "F8.3"},
+             Print{"IEEE_REAL", "\x3F\xC0\0\0"s, "E10.2", "   1.50e+00", "E10.2"},
+             Print{"IEEE_REAL", "\x3F\xC0\0\0"s, "F4.5", "            1.5", "F4.5"},
+             Print{"IEEE_REAL", "\xBF\xF5\x55\x55\x55\x55\x55\x55"s, nullptr, "     -1.333333333333333", "(none)"},
+             Print{"IEEE_REAL", "\x80\x10\0\0\0\0\0\0"s, nullptr, "  -2.2250738585072e-308", "(none)"},
+             Print{"MSB_INTEGER", "\1\xAB\x7F"s, "I4", " 01AB7F", "\"X6\""},
+             Print{"MSB_BIT_STRING", "\1\xAB"s, "O6", " 001253", "O6"},
+             Print{"CHARACTER", "abc", nullptr, "abc", "(none)"},
+             Print{"N/A", "abc", nullptr, "", "(none)"},
+         }) {
+        SCOPED_TRACE(c.type + c.value);
+        const std::string more =
+            std::string("NAME = SPARE\n") + (c.format ? std::string("FORMAT = ") + c.format + "\n" : "");
+        const OaSdt plan = plan_object(column(c.type, 1, static_cast<int64_t>(c.value.size()), more), OA_BINARY);
+        ASSERT_TRUE(plan) << error_string;
+        EXPECT_EQ(process(plan.get(), c.value, {1}, OalDestinationSize(plan.get())), c.printed);
+        const char *format = "(none)";
+        OaKwdValuetoStr("FORMAT", plan.get(), &format);
+        EXPECT_STREQ(format, c.format_after);
+    }
+    const OaSdt text = plan_object(table(2, 9, column("ASCII_INTEGER", 1, 3) + column("ASCII_REAL", 5, 4)), OA_ASCII);
+    ASSERT_TRUE(text);
+    EXPECT_EQ(process(text.get(), " -2, 1D2\n 70, -.5\n", {17}, OalDestinationSize(text.get())),
+              "\xFE\xFF\xFF\xFF\0\0\0\0\0\0\x59\x40"s + "\x46\0\0\0\0\0\0\0\0\0\xE0\xBF"s);
+    EXPECT_EQ(oa_errno, 900);
+}
+
+TEST_F(SdtTable, RefusesWhatItCannotPlan) {
+    struct Refused {
+        std::string label;
+        int code;
+        const char *message;
+    };
+    const std::string byte = column("CHARACTER", 1, 1);
+    const std::string element = object("ELEMENT", "DATA_TYPE = CHARACTER\nBYTES = 1");
+    const std::string huge = "9223372036854775807";
+    const auto container = [&](const std::string &keywords) {
+        return table(1, 9, object("CONTAINER", "START_BYTE = 1\nBYTES = 1\n" + keywords, byte));
+    };
+    for (const Refused &c : {
+             Refused{table(1, 9, byte + object("CONTAINER", "START_BYTE = 2")), 530,
+                     "error: CONTAINER object has no sub-object."},
+             Refused{table(1, 9, bit), 530, "error: TABLE object has no sub-object."},
+             Refused{table(1, 9, element + bit + object("QUBE", "", byte)), 530, "Unknown object class."},
+             Refused{object("TABLE", "ROWS = 1", byte), 531, "OaGetTableKeywords: ROW_BYTES keyword missing."},
+             Refused{object("TABLE", "ROW_PREFIX_BYTES = 1", byte), 531,
+                     "ROW_BYTES keyword value not found for TABLE object."},
+             Refused{table(1, 9, "", "ROW_SUFFIX_BYTES = 1\n"), 530, "TABLE-like object without any COLUMNs!"},
+             Refused{table(1, 9, column("CHARACTER", 6, 5)), 534, "overlapping source data"},
+             Refused{table(1, 9, column("CHARACTER", 9, 2), "ROW_SUFFIX_BYTES = 4\n"), 534, "overlapping source data"},
+             Refused{table(1, 9, column("CHARACTER", 1, 4) + column("CHARACTER", 4, 1)), 534,
+                     "src.start_offset = 3, previous src.start_offset = 0 previous src.size = 4"},
+             Refused{table(1, 9, column("CHARACTER", 0, 1)), 531, "START_BYTE keyword value not found for COLUMN"},
+             Refused{table(1, 9, column("CHARACTER", -4, 1), "ROW_PREFIX_BYTES = 9\n"), 531, "START_BYTE"},
+             Refused{table(1, 9, column("CHARACTER", 1, 4, "ITEMS = 0\n")), 531, "ITEMS keyword value not found"},
+             Refused{table(1, 9, column("CHARACTER", 1, 4, "ITEMS = 2\nITEM_OFFSET = 2\n")), 531,
+                     "ITEM_BYTES keyword value not found for COLUMN object."},
+             Refused{table(1, 9, column("CHARACTER", 1, 4, "ITEMS = " + huge + "\nITEM_BYTES = 2\nITEM_OFFSET = 3\n")),
+                     502, "too large"},
+             Refused{container("REPETITIONS = -1"), 531, "REPETITIONS keyword value not found for CONTAINER object."},
+             Refused{container("REPETITIONS = " + huge), 534, "overlapping source data"},
+             Refused{table(1, 9, column("CHARACTER", 5, INT64_MAX)), 534, "overlapping source data"},
+             Refused{table(INT64_MAX / 2, 9, byte), 502, "too large"},
+             Refused{table(INT64_MAX, INT64_MAX, byte, "ROW_SUFFIX_BYTES = 9\n"), 502, "too large"},
+             Refused{table(1, 9, column("CHARACTER", INT64_MAX, 1), "ROW_PREFIX_BYTES = 9\n"), 502, "too large"},
+             Refused{table(0, 9, byte, "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 531, "couldn't find ROWS keyword"},
+             Refused{table(INT64_MAX / 2, 9, column("CHARACTER", 9, 1), "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 502,
+                     "too large"},
+             Refused{table(2, 9, element, "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 530,
+                     "object class: ELEMENT not allowed in a column-major TABLE"},
+             Refused{object("ARRAY", "AXIS_ITEMS = 3", element), 531, "AXES keyword value not found for ARRAY object."},
+             Refused{object("ARRAY", "AXES = 1", element), 531, "AXIS_ITEMS keyword value not found for ARRAY object."},
+             Refused{object("ARRAY", "AXES = 3\nAXIS_ITEMS = (2, 2)", element), 532,
+                     "number of sequence elements in AXIS_ITEMS: 2 does not agree with AXES keyword value: 3."},
+             Refused{object("ARRAY", "AXES = 2\nAXIS_ITEMS = (" + huge + ", 2)", element), 502, "too large"},
+             Refused{object("ARRAY", "AXES = 1\nAXIS_ITEMS = -2", element), 531, "AXIS_ITEMS"},
+             Refused{object("ARRAY", "AXES = 1\nAXIS_ITEMS = 2",
+                            element + object("ELEMENT",
+                                             "DATA_TYPE = CHARACTER\n"
+                                             "START_BYTE = 2\nBYTES = 1")),
+                     530, "ARRAY cannot contain more than one sub-object."},
+             Refused{object("ARRAY", "AXES = 1\nAXIS_ITEMS = 2", object("BIT_ELEMENT", "BITS = 8")), 520,
+                     "can't handle a BIT_ELEMENT node directly under an ARRAY node."},
+             Refused{table(1, 9, object("BIT_ELEMENT", "BITS = 8")), 530, "can't handle a BIT_ELEMENT under a TABLE."},
+             Refused{object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BIT = 1\nBITS = 12")), 530,
+                     "Total number of bits in adjacent BIT_ELEMENTS must be a multiple of 8."},
+             Refused{object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BIT = 1")), 531,
+                     "couldn't find BITS keyword in BIT_ELEMENT object."},
+             Refused{object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BYTE = " + huge + "\nBITS = 8")),
+                     502, "too large"},
+         }) {
+        SCOPED_TRACE(c.label);
+        EXPECT_FALSE(plan_object(c.label, OA_BINARY));
+        EXPECT_EQ(oa_errno, c.code);
+        EXPECT_NE(error_string.find(c.message), std::string::npos) << error_string;
+    }
+}
+
+TEST_F(SdtTable, NestsAsDeepAsLabelsDo) {
+    OaSdt top(parse_object(table(3, 1, "")));
+    ObjDesc *inner = top.get();
+    for (int depth = 0; depth < 10000; ++depth) {
+        OdlTree next(parse_object(object("CONTAINER", "START_BYTE = 1\nBYTES = 1\nREPETITIONS = 1")));
+        inner = OdlPasteObjDesc(next.release(), inner);
+    }
+    OdlPasteObjDesc(parse_object(column("CHARACTER", 1, 1)), inner);
+    ASSERT_TRUE(OalCreateSDT(top.get(), OA_BINARY)) << error_string;
+    const OaSdt compressed(OalCompressSDT(top.get()));
+    EXPECT_EQ(process(compressed.get(), "abc", {1}, 3), "abc");
+    OalSDTtoODLTree(top.get(), OA_BINARY);
+}
+
+}  // namespace
