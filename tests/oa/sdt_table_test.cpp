@@ -17,25 +17,6 @@ class SdtTable : public testing::Test {
     SilentReports reports_;
 };
 
-// An object in label language: "CLASS", its keywords as "NAME = value" in lines, the objects inside.
-std::string object(const std::string &class_name, const std::string &keywords, const std::string &inside = "") {
-    return "OBJECT = " + class_name + "\n" + keywords + "\n" + inside + "END_OBJECT = " + class_name + "\n";
-}
-
-std::string column(const std::string &type, int64_t start, int64_t bytes, const std::string &more = "") {
-    return object("COLUMN", util_format("DATA_TYPE = %s\nSTART_BYTE = %lld\nBYTES = %lld\n", type.c_str(),
-                                        static_cast<long long>(start), static_cast<long long>(bytes)) +
-                                more);
-}
-
-std::string table(int64_t rows, int64_t row_bytes, const std::string &inside, const std::string &more = "") {
-    return object("TABLE",
-                  util_format("ROWS = %lld\nROW_BYTES = %lld\n", static_cast<long long>(rows),
-                              static_cast<long long>(row_bytes)) +
-                      more,
-                  inside);
-}
-
 const std::string bit = object("BIT_COLUMN", "START_BIT = 1\nBITS = 4");
 
 struct Case {
