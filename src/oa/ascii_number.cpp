@@ -1,9 +1,11 @@
 #include "oa/ascii_number.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -18,17 +20,21 @@ bool is_digit(uint8_t byte) {
 }
 
 const uint8_t *past_blanks(const uint8_t *at, const uint8_t *end) {
+    constexpr uint64_t eight_blanks = 0x2020202020202020;
+    if (uint64_t eight = 0; std::endian::native == std::endian::little && end - at >= 8) {
+        memcpy(&eight, at, 8);
+        at += std::countr_zero(eight ^ eight_blanks) / 8;
+    }
     while (at < end && is_blank(*at))
         ++at;
     return at;
 }
 
-// Passes over a sign; tells whether it is a minus.
+// Passes over a sign; tells whether it is a minus. Without branches: signs of data cannot be foreseen.
 bool read_sign(const uint8_t *&at, const uint8_t *end) {
-    const bool negative = at < end && *at == '-';
-    if (negative || (at < end && *at == '+'))
-        ++at;
-    return negative;
+    const uint8_t byte = at < end ? *at : uint8_t{0};
+    at += static_cast<int>(byte == '-') | static_cast<int>(byte == '+');
+    return byte == '-';
 }
 
 // The powers of ten that a double holds exactly.
@@ -48,21 +54,64 @@ struct Decimal {
     bool is_exact = true;  // `digits` holds all of them
 };
 
+// The next eight characters of a text that is at least as long, the first in the lowest byte; zeros behind the end.
+uint64_t load_eight(const uint8_t *at, const uint8_t *end) {
+    uint64_t eight = 0;
+    const int64_t left = end - at;
+    memcpy(&eight, left < 8 ? end - 8 : at, 8);
+    if constexpr (std::endian::native == std::endian::big)
+        eight = __builtin_bswap64(eight);
+    return left >= 8 ? eight : left > 0 ? eight >> (64 - 8 * left) : 0;
+}
+
+// How many of eight characters, from the lowest byte on, are digits.
+int leading_digits(uint64_t eight) {
+    constexpr uint64_t zeros = 0x3030303030303030;
+    constexpr uint64_t high_halves = 0xF0F0F0F0F0F0F0F0;
+    // A digit's upper half is 3, also when 6 is added. Carries start behind the first character that is none.
+    const uint64_t others = ((eight & high_halves) ^ zeros) | (((eight + 0x0606060606060606) & high_halves) ^ zeros);
+    return std::countr_zero(others) / 8;
+}
+
+uint64_t number_of_digits(uint64_t eight) {
+    constexpr uint64_t every_fourth = 0x000000FF000000FF;
+    eight -= 0x3030303030303030;
+    eight = eight * 10 + (eight >> 8);  // pairs
+    return ((eight & every_fourth) * 0x000F424000000064 + ((eight >> 16) & every_fourth) * 0x0000271000000001) >> 32;
+}
+
+void append_digits_singly(const uint8_t *&at, const uint8_t *end, uint64_t *digits) {
+    for (; at < end && is_digit(*at); ++at)
+        *digits = *digits * 10 + (*at - '0');
+}
+
+// Without a branch for every digit: how many there are cannot be foreseen.
+void append_digits(const uint8_t *&at, const uint8_t *end, uint64_t *digits) {
+    constexpr uint64_t powers[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+    constexpr uint64_t zeros = 0x3030303030303030;
+    for (int count = 8; count == 8;) {
+        const uint64_t eight = load_eight(at, end);
+        count = leading_digits(eight);
+        if (count == 0)
+            return;
+        const uint64_t filled = count == 8 ? eight : eight << (64 - 8 * count) | zeros >> (8 * count);
+        *digits = *digits * powers[count] + number_of_digits(filled);
+        at += count;
+    }
+}
+
 // Digits with a point. Up to 19 of them fit.
+template <auto append>
 void read_digits(const uint8_t *&at, const uint8_t *end, Decimal *decimal) {
     const uint8_t *const start = at;
-    uint64_t digits = 0;
-    for (; at < end && is_digit(*at); ++at)
-        digits = digits * 10 + (*at - '0');
+    append(at, end, &decimal->digits);
     int64_t count = at - start;
     if (at < end && *at == '.') {
         const uint8_t *const fraction = ++at;
-        for (; at < end && is_digit(*at); ++at)
-            digits = digits * 10 + (*at - '0');
+        append(at, end, &decimal->digits);
         decimal->exponent = -static_cast<int>(at - fraction);
         count += at - fraction;
     }
-    decimal->digits = digits;
     decimal->is_exact = count > 0 && count <= 19;
 }
 
@@ -128,7 +177,10 @@ double OalReadAsciiReal(const uint8_t *text, int64_t length) {
     if (number == end)
         return 0;
     Decimal decimal;
-    read_digits(at, end, &decimal);
+    if (length < 8)
+        read_digits<append_digits_singly>(at, end, &decimal);
+    else
+        read_digits<append_digits>(at, end, &decimal);
     if (at < end && (*at | 0x20) >= 'd' && (*at | 0x20) <= 'e')
         read_exponent(at, end, &decimal);
     const bool hexadecimal = at == number + 1 && at < end && (*at | 0x20) == 'x';
@@ -141,5 +193,5 @@ double OalReadAsciiReal(const uint8_t *text, int64_t length) {
         value /= powers_of_ten[static_cast<size_t>(-decimal.exponent)];
     else
         value *= powers_of_ten[static_cast<size_t>(decimal.exponent)];
-    return negative ? -value : value;
+    return std::bit_cast<double>(std::bit_cast<uint64_t>(value) | uint64_t{negative} << 63);
 }

@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "oa/ascii_number.h"
 #include "oa/sdt_build.h"
+#include "oa/sdt_strided.h"
 
 #include <algorithm>
 #include <charconv>
@@ -128,14 +129,19 @@ void write_texts(const OaSlot &slot, const uint8_t *src, uint8_t *dst, int64_t c
 }
 
 template <typename T>
-void read_texts(const OaSlot &slot, T (*read)(const uint8_t *, int64_t), const uint8_t *src, uint8_t *dst,
-                int64_t count) {
+void read_texts(const OaSlot &slot, T (*read)(const uint8_t *, int64_t), const OaStrided &items) {
     T values[batch];
-    for (int64_t done = 0; done < count; done += batch) {
-        const int64_t items = std::min(batch, count - done);
-        for (int64_t i = 0; i < items; ++i)
-            values[i] = read(src + (done + i) * slot.src.size, slot.src.size);
-        BinrepConvertRun(slot.plan, values, dst + done * slot.dst.size, items);
+    uint8_t converted[batch * sizeof(T)];  // no number is larger than the machine's own
+    for (int64_t done = 0; done < items.count; done += batch) {
+        const int64_t some = std::min(batch, items.count - done);
+        for (int64_t i = 0; i < some; ++i)
+            values[i] = read(items.src + (done + i) * items.src_stride, slot.src.size);
+        const auto *results = reinterpret_cast<const uint8_t *>(values);
+        if (slot.plan.src != slot.plan.dst) {
+            BinrepConvertRun(slot.plan, values, converted, some);
+            results = converted;
+        }
+        OalScatter(results, slot.dst.size, items.dst + done * items.dst_stride, items.dst_stride, some);
     }
 }
 
@@ -165,13 +171,13 @@ void OalPlanAsciiToBinary(OaSlot *slot) {
         OalPlanBinrep(slot->src.data_type == OA_ASCII_REAL ? native.real : native.signed_long, slot->dst.binrep);
 }
 
-int OalAsciiToBinaryRun(const OaSlot &slot, const uint8_t *src, uint8_t *dst, int64_t count) {
+int OalAsciiToBinary(const OaSlot &slot, const OaStrided &items) {
     switch (slot.src.data_type) {
         case OA_ASCII_REAL:
-            read_texts<double>(slot, OalReadAsciiReal, src, dst, count);
+            read_texts<double>(slot, OalReadAsciiReal, items);
             return 0;
         case OA_ASCII_INTEGER:
-            read_texts<int64_t>(slot, OalReadAsciiInteger, src, dst, count);
+            read_texts<int64_t>(slot, OalReadAsciiInteger, items);
             return 0;
         default:
             OaReportFailure(535, "%s: can't do ASCII_TO_BINARY conversion on %s!", "OalConvert",

@@ -198,7 +198,7 @@ int OalConvertRun(const OaSlot *slot, const uint8_t *src, uint8_t *dst, int64_t 
                 memcpy(dst, src, static_cast<size_t>(count * slot->src.size));
             return 0;
         case OA_ASCII_TO_BINARY:
-            return OalAsciiToBinaryRun(*slot, src, dst, count);
+            return OalAsciiToBinary(*slot, {src, slot->src.size, dst, slot->dst.size, count});
         case OA_BINARY_TO_ASCII:
             OalBinaryToAsciiRun(*slot, src, dst, count);
             return 0;

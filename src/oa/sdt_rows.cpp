@@ -1,6 +1,7 @@
 #include "oa/sdt_rows.h"
 
 #include "oa/binrep_layout.h"
+#include "oa/sdt_ascii.h"
 #include "oa/sdt_walk.h"
 
 #include <algorithm>
@@ -82,43 +83,45 @@ bool list_steps(OaSlot *root, ObjDesc *leaf) {
 
 // --- Rows -----------------------------------------------------------------------------------------------------------
 
-template <int64_t size>
-void copy_spaced(const uint8_t *src, int64_t src_stride, uint8_t *dst, int64_t dst_stride, int64_t rows) {
-    for (; rows > 0; --rows, src += src_stride, dst += dst_stride)
-        memcpy(dst, src, size);
-}
-
-void copy_spaced(const uint8_t *src, int64_t src_stride, uint8_t *dst, int64_t dst_stride, int64_t rows, int64_t size) {
-    switch (size) {
-        case 1:
-            return copy_spaced<1>(src, src_stride, dst, dst_stride, rows);
-        case 2:
-            return copy_spaced<2>(src, src_stride, dst, dst_stride, rows);
-        case 4:
-            return copy_spaced<4>(src, src_stride, dst, dst_stride, rows);
-        case 8:
-            return copy_spaced<8>(src, src_stride, dst, dst_stride, rows);
-        default:
-            for (; rows > 0; --rows, src += src_stride, dst += dst_stride)
-                memcpy(dst, src, static_cast<size_t>(size));
+// Gathers single items of the rows, so that one run converts many of them.
+void convert_gathered(const OaSlot *slot, OaStrided items) {
+    constexpr int64_t most_items = 256;
+    constexpr int64_t largest_item = 16;
+    uint8_t gathered[most_items * largest_item];
+    uint8_t converted[most_items * largest_item];
+    while (items.count > 0) {
+        const int64_t some = std::min(items.count, most_items);
+        OalCopyStrided({items.src, items.src_stride, gathered, slot->src.size, some}, slot->src.size);
+        BinrepConvertRun(slot->plan, gathered, converted, some);
+        OalScatter(converted, slot->dst.size, items.dst, items.dst_stride, some);
+        items.src += some * items.src_stride;
+        items.dst += some * items.dst_stride;
+        items.count -= some;
     }
 }
 
-// One step of `rows` rows. 0, or 1 after reporting.
-int convert_step(const OaRowStep &step, const uint8_t *src, int64_t src_stride, uint8_t *dst, int64_t dst_stride,
-                 int64_t rows) {
+// One step of many rows. 0, or 1 after reporting.
+int convert_step(const OaRowStep &step, const OaStrided &rows) {
+    const OaSlot *slot = step.slot;
     const int64_t src_bytes = step.count * src_unit(step);
-    if (src_bytes == src_stride && step.count * dst_unit(step) == dst_stride) {
-        if (copies(step.slot))
-            memcpy(dst, src, static_cast<size_t>(rows * src_bytes));
-        return copies(step.slot) ? 0 : OalConvertRun(step.slot, src, dst, rows * step.count);
-    }
-    if (copies(step.slot)) {
-        copy_spaced(src, src_stride, dst, dst_stride, rows, src_bytes);
+    const bool gapless = src_bytes == rows.src_stride && step.count * dst_unit(step) == rows.dst_stride;
+    if (copies(slot)) {
+        if (gapless)
+            memcpy(rows.dst, rows.src, static_cast<size_t>(rows.count * src_bytes));
+        else
+            OalCopyStrided(rows, src_bytes);
         return 0;
     }
-    for (; rows > 0; --rows, src += src_stride, dst += dst_stride)
-        if (OalConvertRun(step.slot, src, dst, step.count) != 0)
+    if (gapless)
+        return OalConvertRun(slot, rows.src, rows.dst, rows.count * step.count);
+    if (step.count == 1 && slot->conversion_type == OA_ASCII_TO_BINARY)
+        return OalAsciiToBinary(*slot, rows);
+    if (step.count == 1 && slot->conversion_type == OA_BINARY_TO_BINARY) {
+        convert_gathered(slot, rows);
+        return 0;
+    }
+    for (int64_t row = 0; row < rows.count; ++row)
+        if (OalConvertRun(slot, rows.src + row * rows.src_stride, rows.dst + row * rows.dst_stride, step.count) != 0)
             return 1;
     return 0;
 }
@@ -129,8 +132,8 @@ int convert_rows(const OaSlot *root, const uint8_t *src, int64_t rows) {
         root->row_steps.size() == 1 ? rows : std::clamp<int64_t>(block_bytes / root->row_bytes, 1, rows);
     for (; rows > 0; rows -= block, src += block * root->row_bytes, dst += block * root->dst.size)
         for (const OaRowStep &step : root->row_steps)
-            if (convert_step(step, src + step.src, root->row_bytes, dst + step.dst, root->dst.size,
-                             std::min(block, rows)) != 0)
+            if (convert_step(step, {src + step.src, root->row_bytes, dst + step.dst, root->dst.size,
+                                    std::min(block, rows)}) != 0)
                 return 1;
     return 0;
 }
