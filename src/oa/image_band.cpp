@@ -4,20 +4,24 @@
 #include "base/text.h"
 #include "oa/binrep.h"
 
-std::unique_ptr<ImageBand> open_image_band(const char *routine, const ObjDesc *image_node, int64_t band) {
+bool read_image_keywords(const char *routine, const ObjDesc *image_node, int64_t *band, OaImageKeywords *image) {
     if (OaCheckODLTree(image_node) != 0) {
         OaReportFailure(501, "%s: the image's label tree is missing or broken.", routine);
-        return nullptr;
+        return false;
     }
-    OaImageKeywords image;
-    if (OaGetImageKeywords(image_node, &image) != 0)
-        return nullptr;
-    if (image.bands < 2) {
-        band = 1;
-    } else if (band < 1 || band > image.bands) {
+    if (OaGetImageKeywords(image_node, image) != 0)
+        return false;
+    if (image->bands < 2) {
+        *band = 1;
+    } else if (*band < 1 || *band > image->bands) {
         OaReportFailure(520, "%s: out of range band value.", routine);
-        return nullptr;
+        return false;
     }
+    return true;
+}
+
+std::unique_ptr<ImageBand> open_image_band(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
+                                           int64_t band) {
     switch (image.encoding) {
         case OA_NOT_ENCODED:
             return open_plain_band(routine, image_node, image, band);

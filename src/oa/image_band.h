@@ -54,8 +54,12 @@ class ImageBand {
     bool told_short_ = false;  // the end of the file was met and the user knows
 };
 
-// Opens a band (from 1; any number where the image has only one). Null after reporting in the name of `routine`.
-std::unique_ptr<ImageBand> open_image_band(const char *routine, const ObjDesc *image_node, int64_t band);
+// Checks the node and what it says of its image; a band of any number becomes 1 where the image has only one. False
+// after reporting, as below in the name of `routine`.
+bool read_image_keywords(const char *routine, const ObjDesc *image_node, int64_t *band, OaImageKeywords *image);
+// Opens a band, from 1. Null after reporting.
+std::unique_ptr<ImageBand> open_image_band(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
+                                           int64_t band);
 std::unique_ptr<ImageBand> open_plain_band(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
                                            int64_t band);
 

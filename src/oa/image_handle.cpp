@@ -45,8 +45,11 @@ void describe_part(ObjDesc *label, const SampleRectangle &part) {
 }  // namespace
 
 OaObject *OaOpenImage(const ObjDesc *image_node, int64_t band) {
+    OaImageKeywords image;
+    if (!read_image_keywords(__func__, image_node, &band, &image))
+        return nullptr;
     auto handle = std::make_unique<ImageHandle>();
-    handle->band = open_image_band(__func__, image_node, band);
+    handle->band = open_image_band(__func__, image_node, image, band);
     if (!handle->band)
         return nullptr;
     OdlTree label(OaCopyTree(handle->band->label(), OA_COPY_LABEL));

@@ -1,5 +1,6 @@
 // What an IMAGE node says of its image, and whether its file can hold that.
 #include "base/text.h"
+#include "decoders/gif_lzw.h"
 #include "oa/oa.h"
 
 #include <algorithm>
@@ -7,7 +8,8 @@
 
 namespace {
 
-constexpr int64_t largest_claim = 16;  // times the bytes that the file holds
+// How many times the bytes that the file holds an image may claim.
+constexpr int64_t largest_claim = 16;
 
 struct EncodingName {
     const char *part;
@@ -160,10 +162,12 @@ int OaCheckImageExtent(const OaImageKeywords &image, const OaFileKeywords &file)
     const bool interleaved =
         image.bands > 1 && (image.band_storage == OA_LINE_INTERLEAVED || image.band_storage == OA_SAMPLE_INTERLEAVED);
     const int64_t held = status.st_size - file.start;
+    const bool packed = image.encoding == OA_GIF_ENCODING;
+    const int64_t most_times = packed ? gif_most_pixels_per_byte : largest_claim;
     const int64_t line = line_bytes(image) * (interleaved ? image.bands : 1);
     const int64_t claim = image_bytes(image);
     int64_t end = 0;
-    if (file.start < 0 || held < line || (claim - 1) / largest_claim >= held ||
+    if (file.start < 0 || (held < line && !packed) || (claim - 1) / most_times >= held ||
         __builtin_add_overflow(file.start, claim, &end)) {
         OaReportFailure(
             502, "%s: %s claim %lld bytes, %lld a line, from byte %lld on; %s of %lld bytes holds %lld from there.",

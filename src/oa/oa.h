@@ -174,7 +174,8 @@ int OaGetImageKeywords(const ObjDesc *node, OaImageKeywords *out);
 
 // Checks what the label claims against the data file before anything is allocated: 0, or 1 after reporting (502) that
 // the file does not hold one whole line from the image's start on, or that the claim is more than 16 times what it
-// holds. The message names keywords and numbers.
+// holds; of a GIF image, which may be packed much closer, that no code data of that length make it. The message names
+// keywords and numbers.
 int OaCheckImageExtent(const OaImageKeywords &image, const OaFileKeywords &file);
 
 // One band, whole, as native samples: lines x line_samples, row after row, without padding. The label of the result

@@ -1,5 +1,6 @@
 // From any product file to its label tree.
 #include "base/text.h"
+#include "oa/gif.h"
 #include "oa/oa.h"
 #include "oa/stream.h"
 
@@ -36,11 +37,6 @@ ObjDesc *parse_variable_length(OaStream *stream, const char *message_file_name, 
     return OdlExpandLabelFile(root, message_file_name, expand, suppress_messages);
 }
 
-ObjDesc *parse_gif() {
-    OaReportFailure(520, "%s: no reader for GIF files.", routine);
-    return nullptr;
-}
-
 }  // namespace
 
 ObjDesc *OaParseLabelFile(const char *file_name, const char *message_file_name, int expand, int suppress_messages) {
@@ -51,7 +47,7 @@ ObjDesc *OaParseLabelFile(const char *file_name, const char *message_file_name, 
     }
     switch (stream->record_type) {
         case OA_GIF:
-            return parse_gif();
+            return OalCreateODLTreeFromGif(stream->file.get(), stream->file_name.c_str());
         case OA_VARIABLE_LENGTH:
             return parse_variable_length(stream.get(), message_file_name, expand, suppress_messages);
         default:

@@ -1,0 +1,65 @@
+// LZW code data of a GIF image to colour indices.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+constexpr int gif_least_code_size = 1;
+constexpr int gif_largest_code_size = 11;  // of literals: the clear and the end code must fit in 12 bits
+// No code data make more pixels a byte: a code of 12 bits stands for at most 4096 - 256 of them.
+constexpr int64_t gif_most_pixels_per_byte = 4096;
+
+// Decodes one image from pieces of its code data, without the counts of the sub-blocks. Strings are copied from the
+// pixels decoded before, so these must stay where they are.
+class GifLzwDecoder {
+  public:
+    // Bytes behind the last pixel that decoding may overwrite.
+    static constexpr int64_t slack = 32;
+
+    enum class State {
+        NeedsCodes,  // all whole codes of the piece are decoded
+        End,         // the end code came
+        Full,        // a code came for which there is no room; what fits is stored
+        BadCode,     // a code that stands for nothing yet
+    };
+
+    // `out` holds `room` pixels and the slack, all of them 0. `code_size` in bits, gif_least_code_size to
+    // gif_largest_code_size.
+    GifLzwDecoder(int code_size, uint8_t *out, int64_t room);
+
+    // Decodes the next piece. After any state but NeedsCodes decoding is over.
+    State decode(std::span<const uint8_t> codes);
+
+    int64_t pixels() const { return pixels_; }
+    // Whole bytes of the last piece behind the last code that was taken from it.
+    int64_t bytes_left() const { return bytes_left_; }
+    // Sets what decoding left behind the last pixel back to 0; for images whose data end early.
+    void clear_rest();
+
+  private:
+    // A string of pixels: its first eight, and where it stands in the output.
+    struct String {
+        uint64_t head;
+        uint32_t position;
+        uint32_t length;
+    };
+    static constexpr int most_bits = 12;
+    static constexpr uint32_t table_size = 1u << most_bits;
+
+    void copy_rest(const String &string, int64_t at);
+    State store_what_fits(const String &string, int64_t at);
+
+    uint8_t *const out_;
+    const int64_t room_;
+    const int first_bits_;
+    const uint32_t clear_code_;
+    int64_t pixels_ = 0;
+    int64_t bytes_left_ = 0;
+    uint64_t bit_buffer_ = 0;
+    int bit_count_ = 0;
+    int bits_;         // of the next code
+    uint32_t next_;    // first code that stands for nothing yet
+    String previous_;  // of the code before; length 0 behind a clear code
+    std::array<String, table_size> table_;
+};
