@@ -99,7 +99,8 @@ inline std::string gif_header(int64_t width, int64_t height, int colours = 0, st
 
 // A block's descriptor, up to its minimum code size.
 inline std::string gif_descriptor(int64_t width, int64_t height, int flags = 0) {
-    return "," + std::string(4, '\0') + gif_word(width) + gif_word(height) + static_cast<char>(flags);
+    std::string text(",\0\0\0\0", 5);
+    return text + gif_word(width) + gif_word(height) + static_cast<char>(flags);
 }
 
 // A block with the pixels in the order in which they are stored.

@@ -1,0 +1,340 @@
+#include "oa/gif.h"
+
+#include "base/notice.h"
+#include "base/text.h"
+#include "support/corpus.h"
+#include "support/gif.h"
+#include "support/hex.h"
+#include "support/label.h"
+#include "support/product.h"
+#include "support/sha256.h"
+#include "support/silent_reports.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+
+namespace {
+
+using namespace std::string_literals;
+
+std::vector<std::string> notices;
+
+class Gif : public testing::Test {
+  protected:
+    Gif() {
+        notices.clear();
+        util_set_notice_hook([](NoticeKind, const std::string &text) { notices.push_back(text); });
+    }
+    ~Gif() override { util_set_notice_hook(nullptr); }
+
+    OdlTree scan(std::string_view bytes) {
+        return OdlTree(OaParseLabelFile(folder_.write("X.gif", bytes).c_str(), nullptr, 0, 1));
+    }
+    static ObjDesc *find(const OdlTree &root, const std::string &class_name, uint32_t instance = 1) {
+        return root ? OdlFindObjDesc(root.get(), class_name.c_str(), nullptr, nullptr, instance, SCOPE_TO_END)
+                    : nullptr;
+    }
+    // The indices of the first image; "null" when it is refused.
+    std::string read(std::string_view bytes) {
+        oa_errno = 0;
+        error_string.clear();
+        const OdlTree root = scan(bytes);
+        const OaObjectPtr image(root ? OaReadImage(find(root, "GIF_IMAGE"), 1) : nullptr);
+        return image ? to_hex(bytes_of(image.get())) : "null";
+    }
+
+    ScratchFolder folder_;
+    SilentReports reports_;
+};
+
+// --- The label tree -------------------------------------------------------------------------------------------------
+
+TEST_F(Gif, TheTreeNamesTablesAndImagesInTheirOrder) {
+    const std::string local_table(6, '\x10');
+    std::string file = gif_header(3, 2, 4, "87a");
+    const size_t first = file.size();
+    file += gif_descriptor(3, 2, 0x80) + local_table + '\2' + gif_blocks(gif_codes("\0\1\2\3\2\1"s, 2));
+    const size_t second = file.size();
+    file += gif_descriptor(1, 1, 0xC0) + local_table + '\2' + gif_blocks(gif_codes("\3", 2)) + ";behind";
+    const OdlTree root = scan(file);
+    const auto pointer = [&](size_t offset) {
+        return "(\"" + folder_.file("X.gif") + "\"," + std::to_string(offset + 1) + "<BYTES>)";
+    };
+    const auto table = [](const std::string &name, int rows) {
+        std::string text = "  " + name + " @0\n    ROWS = " + std::to_string(rows) +
+                           " @0\n    COLUMNS = 3 @0\n    ROW_BYTES = 3 @0\n    INTERCHANGE_FORMAT = BINARY @0\n";
+        int start = 1;
+        for (const char *column : {"RED", "GREEN", "BLUE"})
+            text += util_format(
+                "    COLUMN @0\n      NAME = %s @0\n      START_BYTE = %d @0\n"
+                "      DATA_TYPE = UNSIGNED_INTEGER @0\n      BYTES = 1 @0\n",
+                column, start++);
+        return text;
+    };
+    const auto image = [](const std::string &name, int lines, int samples) {
+        return util_format(
+            "  %s @0\n    LINES = %d @0\n    LINE_SAMPLES = %d @0\n    SAMPLE_BITS = 8 @0\n"
+            "    SAMPLE_TYPE = UNSIGNED_INTEGER @0\n    ENCODING_TYPE = GIF @0\n",
+            name.c_str(), lines, samples);
+    };
+    EXPECT_EQ(outline(root.get()),
+              "ROOT @0\n  KRV_VERSION_ID = KRV3 @0\n  RECORD_TYPE = UNDEFINED @0\n"
+              "  ^GLOBAL_COLOR_TABLE = " +
+                  pointer(13) + " @0\n" + "  ^LOCAL_1_COLOR_TABLE = " + pointer(first + 10) + " @0\n" +
+                  "  ^GIF_IMAGE = " + pointer(first + 16) + " @0\n" + "  ^LOCAL_COLOR_TABLE = " + pointer(second + 10) +
+                  " @0\n" + "  ^GIF_2_IMAGE = " + pointer(second + 16) + " @0\n" + table("GLOBAL_COLOR_TABLE", 4) +
+                  table("LOCAL_1_COLOR_TABLE", 2) + image("GIF_IMAGE", 2, 3) + table("LOCAL_COLOR_TABLE", 2) +
+                  image("GIF_2_IMAGE", 1, 1) + "    INTERLACE = 1 @0\n");
+}
+
+TEST_F(Gif, EachOfSeveralLocalTablesIsFoundWhereItIs) {
+    std::string file = gif_header(1, 1);
+    std::vector<int64_t> starts;
+    for (int i = 0; i < 4; ++i) {
+        starts.push_back(static_cast<int64_t>(file.size()) + 10);
+        file += gif_descriptor(1, 1, 0x80) + std::string(6, '\1') + '\2' + gif_blocks(gif_codes("\1", 2));
+    }
+    // Names that a quoted pointer cannot hold, too.
+    for (const char *name : {"X.gif", "two words, (1) <2>.gif", "it's \"quoted\".gif", "blank "}) {
+        const std::string path = folder_.write(name, file + ";");
+        const OdlTree root(OaParseLabelFile(path.c_str(), nullptr, 0, 1));
+        for (uint32_t i = 0; i < 4; ++i) {
+            OaFileKeywords found;
+            const ObjDesc *table = i == 0 ? find(root, "LOCAL_1_COLOR_TABLE") : find(root, "LOCAL_COLOR_TABLE", i);
+            ASSERT_EQ(OaGetFileKeywords(table, &found), 0) << name << i;
+            EXPECT_EQ(found.start, starts[i]) << name << i;
+            EXPECT_EQ(found.file_name, path);
+        }
+    }
+}
+
+TEST_F(Gif, ScanningTellsWhatIsWrong) {
+    const std::string header = gif_header(2, 1);
+    const std::string image = gif_image(2, 1, "\1\2", 2);
+    struct Case {
+        std::string bytes;
+        int images;  // -1: no tree
+        const char *report;
+    };
+    std::string squeezed = header;
+    squeezed[12] = 50;
+    for (const Case &c : {
+             Case{header.substr(0, 12), -1, "failed to read screen descriptor"},
+             Case{header + image, -1, "EOF or read error on image data"},
+             Case{header + "!", -1, "EOF or read error on extension function code"},
+             Case{header + ",1234", -1, "couldn't read left/top/width/height"},
+             Case{gif_header(2, 1, 4).substr(0, 20), -1, "EOF or read error on image data"},
+             Case{header + image + "\xAA" + image + ";", 2, "bogus character 0xaa, ignoring"},
+             Case{header + "!\x2A" + gif_blocks("x") + image + ";", 1, "UNKNOWN (0x2a)"},
+             Case{header + "!\xFE" + gif_blocks(std::string(700, ';')) + image + ";", 1, ""},
+             Case{squeezed + image + ";", 1, "warning - non-square pixels"},
+         }) {
+        error_string.clear();
+        const OdlTree root = scan(c.bytes);
+        EXPECT_EQ(root != nullptr, c.images >= 0) << c.report;
+        EXPECT_EQ(find(root, "*IMAGE", 1) != nullptr, c.images > 0) << c.report;
+        EXPECT_EQ(find(root, "*IMAGE", 2) != nullptr, c.images > 1) << c.report;
+        EXPECT_TRUE(util_contains(error_string, c.report)) << c.report << " / " << error_string;
+    }
+    for (const auto &[magic, report] : {std::pair{"GIF90a", "bad version number, not '87a' or '89a'"},
+                                        {"GUF89a", "not a GIF file"},
+                                        {"GIF", "error reading magic number"}}) {
+        const FilePtr file = util_open_regular(folder_.write("Y", magic).c_str());
+        Oa_message_fptr = nullptr;
+        const std::string told = printed([&, text = magic](FILE *stream) {
+            Oa_message_fptr = stream;
+            EXPECT_EQ(OalCreateODLTreeFromGif(file.get(), "Y"), nullptr) << text;
+        });
+        EXPECT_TRUE(util_contains(told, report)) << told;
+    }
+}
+
+// --- Images ---------------------------------------------------------------------------------------------------------
+
+TEST_F(Gif, InterlacedRowsComeInFourPasses) {
+    std::string stored;
+    for (const int row : {0, 8, 4, 2, 6, 1, 3, 5, 7, 9})
+        stored.append(2, static_cast<char>(row));
+    const std::string file = gif_header(2, 10) + gif_image(2, 10, stored, 4, 0x40);
+    EXPECT_EQ(read(file + ";"), "0000010102020303040405050606070708080909");
+    const OdlTree root = scan(file + ";");
+    const OaObjectPtr image(OaReadImage(find(root, "GIF_IMAGE"), 1));
+    ASSERT_TRUE(image);
+    EXPECT_EQ(keyword_of(image->odl, "INTERLACE") + keyword_of(image->odl, "ENCODING_TYPE"), "(none)(none)");
+    // Rows that the data do not reach stay 0.
+    EXPECT_EQ(read(gif_header(2, 10) + gif_image(2, 10, stored.substr(0, 7), 4, 0x40) + ";"),
+              "0000000002000000040400000000000008080000");
+    ASSERT_EQ(notices.size(), 1u);
+    EXPECT_TRUE(util_contains(notices[0], "Pixels read: 7.\nPixels of the image: 20")) << notices[0];
+}
+
+TEST_F(Gif, DamagedDataAreToldOrRefused) {
+    const std::string codes = gif_codes("\1\2\3\1", 2);
+    const auto image = [](const std::string &data, int width = 4, int code_size = 2) {
+        return gif_header(4, 1) + gif_descriptor(width, 1) + static_cast<char>(code_size) + data + ";";
+    };
+    struct Case {
+        std::string bytes;
+        const char *result;
+        const char *report;
+    };
+    for (const Case &c : {
+             Case{image(gif_blocks(codes)), "01020301", ""},
+             Case{image(gif_blocks(codes, 1)), "01020301", ""},
+             Case{image(gif_blocks(codes), 3), "010203", "too much input data, ignoring extra..."},
+             Case{image(gif_blocks(codes + "xx", codes.size())), "01020301", "missing EOD in data stream"},
+             Case{image(gif_blocks(codes.substr(0, 1))), "01000000", "ran off the end of my bits"},
+             Case{image(gif_blocks("\xCC\x01")), "01000000", "circular table entry BIG ERROR"},
+             Case{image(gif_blocks("")), "null", "error reading image"},
+             Case{image(gif_blocks("\x2C")), "null", "error reading image"},
+             Case{image(gif_blocks(codes), 4, 0), "null", "error reading image"},
+             Case{image(gif_blocks(codes), 4, 12), "null", "error reading image"},
+             Case{image(gif_blocks(codes), 4, 13), "null", "error reading image"},
+             Case{image(gif_blocks(codes), 4, 255), "null", "error reading image"},
+             Case{gif_header(4, 1) + gif_image(65535, 65535, "", 2) + ";", "null", "65535 lines and 65535 samples"},
+             Case{gif_header(4, 1) + gif_image(0, 5, "", 2) + ";", "null", "LINE_SAMPLES = 0 is not a size"},
+         }) {
+        EXPECT_EQ(read(c.bytes), c.result) << c.report;
+        EXPECT_TRUE(util_contains(error_string, c.report)) << c.report << " / " << error_string;
+    }
+}
+
+TEST_F(Gif, LabelsMayPointAtImagesThemselves) {
+    const std::string file = gif_header(4, 1) + gif_image(4, 1, "\1\2\3\1", 2) + ";";
+    const std::string path = folder_.write("X.gif", file);
+    struct Case {
+        const char *keywords;
+        int code;
+        const char *report;
+    };
+    const int64_t byte = static_cast<int64_t>(file.find(',')) + 11;
+    for (const Case &c : {Case{"ENCODING_TYPE = \"gif\"\nBANDS = 1", 0, ""},
+                          Case{"ENCODING_TYPE = GIF\nBANDS = 2\nBAND_STORAGE_TYPE = BAND_SEQUENTIAL", 520,
+                               "Compressed multi-band images not supported!"},
+                          Case{"ENCODING_TYPE = GIF\nINTERLACE = maybe", 600, "INTERLACE keyword value"}}) {
+        const std::string label = util_format(
+            "^IMAGE = (\"X.gif\", %lld <BYTES>)\nOBJECT = IMAGE\nLINES = 1\n"
+            "LINE_SAMPLES = 4\nSAMPLE_BITS = 8\nSAMPLE_TYPE = UNSIGNED_INTEGER\n%s\n"
+            "END_OBJECT\nEND\n",
+            static_cast<long long>(byte), c.keywords);
+        const OpenProduct product(folder_.write("X.LBL", label));
+        oa_errno = 0;
+        const OaObjectPtr image(OaReadImage(product.image(), 1));
+        EXPECT_EQ(image != nullptr, c.code == 0) << error_string;
+        EXPECT_EQ(oa_errno, c.code);
+        EXPECT_TRUE(c.code == 0 || util_contains(error_string, c.report)) << error_string;
+        if (image) {
+            EXPECT_EQ(to_hex(bytes_of(image.get())), "01020301");
+            EXPECT_EQ(OaOpenImage(product.image(), 1), nullptr);
+            EXPECT_EQ(error_string, "OaOpenImage: unsupported compression type: 5.");
+            OaDeleteKwd("ENCODING_TYPE", product.image());
+            EXPECT_EQ(OalReadImageFromGif(path.c_str(), byte - 1, 1, 4, product.image()), nullptr);
+            EXPECT_EQ(oa_errno, 531);
+            OaStrtoKwdValue("ENCODING_TYPE", product.image(), "GIFT");
+            EXPECT_EQ(OalReadImageFromGif(path.c_str(), byte - 1, 1, 4, product.image()), nullptr);
+            EXPECT_EQ(oa_errno, 520);
+        }
+    }
+}
+
+TEST_F(Gif, EveryShorterFileGivesNoTree) {
+    const std::string file = gif_header(3, 2, 2) + "!\xF9" + gif_blocks("\0\0\0\0"s) +
+                             gif_image(3, 2, "\1\2\3\1\1\1", 2, 0x40) + gif_image(2, 1, "\3\2", 2) + ";";
+    for (size_t size = 0; size < file.size(); ++size)
+        EXPECT_EQ(scan(std::string_view(file).substr(0, size)), nullptr) << size;
+    const OdlTree root = scan(file);
+    ASSERT_TRUE(find(root, "GIF_2_IMAGE"));
+    // The data cut behind a tree that was complete.
+    for (size_t size = 0; size < file.size(); ++size) {
+        folder_.write("X.gif", std::string_view(file).substr(0, size));
+        for (const char *name : {"GIF_IMAGE", "GIF_2_IMAGE"})
+            EXPECT_TRUE(OaObjectPtr(OaReadImage(find(root, name), 1)) || !error_string.empty());
+    }
+}
+
+// --- Real files -----------------------------------------------------------------------------------------------------
+
+// The rows of a list, by column name.
+std::vector<std::map<std::string, std::string>> read_list(const std::string &name) {
+    std::ifstream file(corpus_path("gif/" + name));
+    std::vector<std::string> names;
+    std::vector<std::map<std::string, std::string>> rows;
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream fields(line);
+        std::vector<std::string> texts;
+        for (std::string text; std::getline(fields, text, '\t');)
+            texts.push_back(text);
+        if (names.empty()) {
+            names = texts;
+            continue;
+        }
+        auto &row = rows.emplace_back();
+        for (size_t i = 0; i < names.size() && i < texts.size(); ++i)
+            row[names[i]] = texts[i];
+    }
+    return rows;
+}
+
+int count(const OdlTree &root, const char *pattern) {
+    int found = 0;
+    while (OdlFindObjDesc(root.get(), pattern, nullptr, nullptr, static_cast<uint32_t>(found) + 1, SCOPE_TO_END))
+        ++found;
+    return found;
+}
+
+std::string byte_of(const ObjDesc *node) {
+    OaFileKeywords file;
+    return node && OaGetFileKeywords(node, &file) == 0 ? std::to_string(file.start + 1) : "-";
+}
+
+TEST_F(Gif, RealFilesGiveTheirImages) {
+    REQUIRE_CORPUS();
+    std::map<std::string, std::vector<std::map<std::string, std::string>>> blocks;
+    for (auto &row : read_list("blocks.tsv"))
+        blocks[row["file"]].push_back(row);
+    int planes = 0;
+    for (auto &row : read_list("manifest.tsv")) {
+        SCOPED_TRACE(row["file"]);
+        const OdlTree root(OaParseLabelFile(corpus_path("gif/" + row["file"]).c_str(), nullptr, 0, 1));
+        if (row["scan"] != "unclear") {
+            ASSERT_EQ(root != nullptr, row["scan"] == "tree");
+        }
+        if (!root)
+            continue;
+        if (row["scan"] == "tree") {
+            EXPECT_EQ(std::to_string(count(root, "*IMAGE")), row["scan_pictures"]);
+            EXPECT_EQ(std::to_string(count(root, "*COLOR_TABLE")), row["scan_colour_tables"]);
+        }
+        EXPECT_EQ(byte_of(find(root, "GLOBAL_COLOR_TABLE")), row["global_table_byte"]);
+        uint32_t local_tables = 0;
+        int ordinal = 0;
+        for (auto &block : blocks[row["file"]]) {
+            const std::string name = ++ordinal == 1 ? "GIF_IMAGE" : util_format("GIF_%d_IMAGE", ordinal);
+            SCOPED_TRACE(name);
+            const ObjDesc *image = find(root, name);
+            ASSERT_TRUE(image);
+            EXPECT_EQ(byte_of(image), block["code_size_byte"]);
+            if (block["local_table"] != "0") {
+                ++local_tables;
+                EXPECT_EQ(byte_of(local_tables == 1 ? find(root, "LOCAL_1_COLOR_TABLE")
+                                                    : find(root, "LOCAL_COLOR_TABLE", local_tables - 1)),
+                          block["local_table_byte"]);
+            }
+            error_string.clear();
+            notices.clear();
+            const OaObjectPtr read(OaReadImage(image, 1));
+            if (block["sha256"] == "-") {
+                EXPECT_TRUE(!error_string.empty() && (!read || !notices.empty()));
+                continue;
+            }
+            ASSERT_TRUE(read) << error_string;
+            EXPECT_EQ(sha256_of(folder_.write("plane", bytes_of(read.get()))), block["sha256"]);
+            ++planes;
+        }
+    }
+    EXPECT_GT(planes, 600);
+}
+
+}  // namespace
