@@ -1,4 +1,5 @@
 // Runs the real program.
+#include "support/gif.h"
 #include "support/product.h"
 
 #include <gtest/gtest.h>
@@ -236,6 +237,26 @@ TEST(CliImage, TakesTheImageThatTheViewerShows) {
         "OBJECT = HISTOGRAM\nNAME = \"OF THE IMAGE\"\nEND_OBJECT\nOBJECT = BROWSE_IMAGE\nLINES = 1\nEND_OBJECT\n";
     const std::string path = scratch.write("scene.LBL", others + label);
     EXPECT_EQ(run_cli({"image", path}).out, "3 4 16 LSB_INTEGER 0 1100\n");
+}
+
+TEST(CliImage, EachImageOfAGifFileIsRead) {
+    const ScratchFolder scratch;
+    const std::string path = scratch.write(
+        "film.gif", gif_header(3, 2, 2) + gif_image(3, 2, "\1\2\3\1\2\3", 2) + gif_image(2, 1, "\3\1", 2, 0x40) + ";");
+    const std::string raw = scratch.file("out.raw");
+    EXPECT_EQ(run_cli({"image", path, "--raw", raw}).out, "2 3 8 UNSIGNED_INTEGER 1 3\n");
+    EXPECT_EQ(read_file(raw), "\1\2\3\1\2\3");
+    EXPECT_EQ(run_cli({"image", path, "--object", "GIF_2_IMAGE", "--raw", raw}).status, 0);
+    EXPECT_EQ(read_file(raw), "\3\1");
+    EXPECT_EQ(run_cli({"image", path, "--lines", "2:2", "--samples", "2:3", "--raw", raw}).status, 0);
+    EXPECT_EQ(read_file(raw), "\2\3");
+    const Outcome label = run_cli({"label", path});
+    EXPECT_EQ(label.status, 0);
+    for (const char *name : {"--  GLOBAL_COLOR_TABLE\n", "--  GIF_IMAGE\n", "--  GIF_2_IMAGE\n"})
+        EXPECT_NE(label.out.find(name), std::string::npos) << label.out;
+    const Outcome cut = run_cli({"label", scratch.write("cut.gif", gif_header(3, 2, 2))});
+    EXPECT_EQ(cut.status, 2);
+    EXPECT_NE(cut.err.find("EOF or read error on image data"), std::string::npos) << cut.err;
 }
 
 // More samples than are held at a time: 7000 lines of 6000, all 0 but for two.

@@ -1,4 +1,5 @@
 // Image windows on the offscreen platform: real products, real events, real pixels.
+#include "support/gif.h"
 #include "support/product.h"
 #include "support/silent_reports.h"
 #include "support/window_viewer.h"
@@ -255,6 +256,39 @@ TEST(ImageWindow, LargeImagesAreShownBlockByBlock) {
                             "error: Stop Line value cannot be less than the Start Line value"}));
         EXPECT_EQ(block(gui_windows().back()), (SampleBlock{1999, 2002, 2001, 3000}));
         EXPECT_EQ(shown_pixel(gui_windows().back(), 0, 2), grey(0x7b));
+    });
+}
+
+TEST(ImageWindow, GifFilesOpenWithTheirFirstImage) {
+    run_viewer([] {
+        const ScratchFolder folder;
+        Window *window =
+            open_in_viewer(folder.write("small.gif", gif_header(3, 2, 4, "87a") + gif_image(3, 2, "\1\2\3\3\2\1", 2) +
+                                                         gif_image(1, 1, "\1", 2) + ";"));
+        ASSERT_TRUE(window);
+        EXPECT_EQ(read_out(window, 2, 0).find("sample: 3  line: 1  DN: 3 "), 0u);
+
+        // A large one by block, cut out of the whole; the rows are stored in the order of the four passes.
+        std::string rows;
+        for (const auto &[first, step] : {std::pair{0, 8}, {4, 8}, {2, 4}, {1, 2}})
+            for (int row = first; row < 2500; row += step)
+                rows.append(3000, static_cast<char>(row / 100));
+        window = open_in_viewer(
+            folder.write("large.gif", gif_header(3000, 2500) + gif_image(3000, 2500, rows, 8, 0x40) + ";"));
+        ASSERT_TRUE(window);
+        EXPECT_EQ(window_state(window)->image_info->block, (SampleBlock{1, 2000, 1, 2000}));
+        ASSERT_TRUE(choose_command(window, 1072));
+        Window *below = gui_windows().back();
+        EXPECT_EQ(window_state(below)->image_info->block, (SampleBlock{2001, 2500, 1, 2000}));
+        EXPECT_EQ(read_out(below, 0, 0).find("sample: 1  line: 2001  DN: 20 "), 0u);
+
+        ScriptedResponder responder;
+        EXPECT_FALSE(open_in_viewer(folder.write("cut.gif", gif_header(3, 2))));
+        ASSERT_EQ(responder.shown.size(), 1u);
+        EXPECT_TRUE(util_contains(responder.shown[0], "unable to parse label file")) << responder.shown[0];
+        EXPECT_TRUE(open_in_viewer(folder.write("short.gif", gif_header(3, 2) + gif_image(3, 2, "\1", 2) + ";")));
+        ASSERT_EQ(responder.shown.size(), 2u);
+        EXPECT_TRUE(util_contains(responder.shown[1], "Pixels read: 1.")) << responder.shown[1];
     });
 }
 

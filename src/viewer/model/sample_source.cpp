@@ -26,6 +26,7 @@ class PlainImageSource : public SampleSource {
   private:
     bool check_image();
     OaObjectPtr read_rectangle(const SampleBlock &block);
+    OaObjectPtr read_part_of_whole(const SampleBlock &block);
     bool holds(const OaObject &object, int64_t lines, int64_t line_samples) const;
 
     const ObjDesc *image_;
@@ -33,6 +34,8 @@ class PlainImageSource : public SampleSource {
     OaImageKeywords keywords_;
     bool checked_ = false;
     ImageHandle handle_;  // opened with the first part that is read, so that blocks in order are decoded once
+    OaObjectPtr whole_;   // of an image that is decoded whole, once a second part was read
+    bool part_was_read_ = false;
 };
 
 // The rectangle of an image that lies in memory.
@@ -103,18 +106,27 @@ OaObjectPtr PlainImageSource::read_block(const SampleBlock &block) {
 OaObjectPtr PlainImageSource::read_rectangle(const SampleBlock &block) {
     if (block == SampleBlock{1, keywords_.lines, 1, keywords_.line_samples})
         return OaObjectPtr(OaReadImage(image_, band_));
-    if (is_decoded_whole(keywords_.encoding)) {
-        const OaObjectPtr image(OaReadImage(image_, band_));
-        if (!image || !holds(*image, keywords_.lines, keywords_.line_samples))
-            return nullptr;
-        return cut_out(*image, keywords_.line_samples, block, keywords_.sample_bits / 8);
-    }
+    if (is_decoded_whole(keywords_.encoding))
+        return read_part_of_whole(block);
     if (!handle_)
         handle_.reset(OaOpenImage(image_, band_));
     if (!handle_)
         return nullptr;
     return OaObjectPtr(
         OaReadPartialImage(handle_.get(), block.first_line, block.last_line, block.first_sample, block.last_sample));
+}
+
+// Who reads one part need not hold the whole; who reads a second will read more.
+OaObjectPtr PlainImageSource::read_part_of_whole(const SampleBlock &block) {
+    OaObjectPtr decoded(whole_ ? nullptr : OaReadImage(image_, band_));
+    const OaObject *image = whole_ ? whole_.get() : decoded.get();
+    if (!image || !holds(*image, keywords_.lines, keywords_.line_samples))
+        return nullptr;
+    OaObjectPtr part = cut_out(*image, keywords_.line_samples, block, keywords_.sample_bits / 8);
+    if (part_was_read_ && !whole_)
+        whole_ = std::move(decoded);
+    part_was_read_ = true;
+    return part;
 }
 
 // Samples whose native form has another size than the label says (ASCII numbers) cannot be shown; what a decoder left
