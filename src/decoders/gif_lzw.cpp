@@ -36,6 +36,12 @@ GifLzwDecoder::GifLzwDecoder(int code_size, uint8_t *out, int64_t room)
         table_[i] = {i & 0xFF, 0, 1};
 }
 
+// The string with one more pixel, which stands behind it in the output.
+GifLzwDecoder::String GifLzwDecoder::longer(const String &string, uint64_t pixel) {
+    const uint64_t added = string.length < head_size ? pixel << (8 * string.length) : 0;
+    return {string.head | added, string.position, string.length + 1};
+}
+
 // The pixels of the string that its head does not hold. A string ends before `at`, so whole chunks may be copied: what
 // they overwrite is written again later.
 void GifLzwDecoder::copy_rest(const String &string, int64_t at) {
@@ -55,7 +61,6 @@ GifLzwDecoder::State GifLzwDecoder::store_what_fits(const String &string, int64_
     memcpy(out_ + at, head, std::min<size_t>(room, head_size));
     if (room > head_size)
         memcpy(out_ + at + head_size, out_ + string.position + head_size, room - head_size);
-    pixels_ = room_;
     return State::Full;
 }
 
@@ -63,6 +68,9 @@ GifLzwDecoder::State GifLzwDecoder::decode(std::span<const uint8_t> codes) {
     const uint8_t *in = codes.data();
     const uint8_t *const end = in + codes.size();
     // The compiler cannot keep members in registers while bytes are written.
+    const uint32_t clear_code = clear_code_;
+    uint8_t *const out = out_;
+    const int64_t room = room_;
     uint64_t buffer = bit_buffer_;
     int count = bit_count_;
     int bits = bits_;
@@ -87,44 +95,49 @@ GifLzwDecoder::State GifLzwDecoder::decode(std::span<const uint8_t> codes) {
         buffer >>= bits;
         count -= bits;
 
-        if (code - clear_code_ < 2) {
-            if (code != clear_code_) {
-                state = State::End;
+        String string;
+        if (previous.length == 0) {
+            if (code < clear_code) {
+                string = table_[code];
+            } else if (code == clear_code) {
+                continue;
+            } else {
+                state = code == clear_code + 1 ? State::End : State::BadCode;
                 break;
             }
-            bits = first_bits_;
-            next = clear_code_ + 2;
-            previous.length = 0;
-            continue;
-        }
-        // The string of the code before and the first pixel of this one make the next entry. It may be this very code,
-        // whose first pixel is then that of the string before.
-        if (code > next || (code == next && (previous.length == 0 || next == table_size)) ||
-            (previous.length == 0 && code >= clear_code_)) {
+        } else if (code < next) {
+            if (code - clear_code < 2) {
+                if (code != clear_code) {
+                    state = State::End;
+                    break;
+                }
+                bits = first_bits_;
+                next = clear_code + 2;
+                previous.length = 0;
+                continue;
+            }
+            string = table_[code];
+            if (next < table_size)
+                table_[next++] = longer(previous, string.head & 0xFF);
+        } else if (code == next && next < table_size) {
+            // The string in the making: its last pixel is its first.
+            string = longer(previous, previous.head & 0xFF);
+            table_[next++] = string;
+            if (at < room)
+                out[at] = static_cast<uint8_t>(string.head);
+        } else {
             state = State::BadCode;
             break;
         }
-        if (previous.length > 0 && next < table_size) {
-            const uint64_t first = (code == next ? previous.head : table_[code].head) & 0xFF;
-            String &made = table_[next];
-            made.head = previous.head | (previous.length < head_size ? first << (8 * previous.length) : 0);
-            made.position = previous.position;
-            made.length = previous.length + 1;
-            if (code == next && at < room_)
-                out_[at] = static_cast<uint8_t>(first);  // the last pixel of its own string
-            ++next;
-        }
-        if (next > (1u << bits) - 1 && bits < most_bits)
+        if (next >> bits != 0 && bits < most_bits)
             ++bits;
 
-        const String string = table_[code];
-        if (string.length > room_ - at) {
-            pixels_ = at;
+        if (string.length > room - at) {
             state = store_what_fits(string, at);
-            at = pixels_;
+            at = room;
             break;
         }
-        store_low_first(string.head, out_ + at);
+        store_low_first(string.head, out + at);
         if (string.length > head_size)
             copy_rest(string, at);
         previous = {string.head, static_cast<uint32_t>(at), string.length};

@@ -47,6 +47,7 @@ class GifLzwDecoder {
     static constexpr int most_bits = 12;
     static constexpr uint32_t table_size = 1u << most_bits;
 
+    static String longer(const String &string, uint64_t pixel);
     void copy_rest(const String &string, int64_t at);
     State store_what_fits(const String &string, int64_t at);
 
