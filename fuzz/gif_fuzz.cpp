@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -27,6 +28,9 @@ int64_t number_of(const ObjDesc *node, const char *name) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    const std::string_view bytes(reinterpret_cast<const char *>(data), size);
+    if (!bytes.starts_with("GIF87a") && !bytes.starts_with("GIF89a"))
+        return -1;  // a label
     static FILE *const nowhere = fopen("/dev/null", "w");
     Oa_message_fptr = nowhere;
     util_set_notice_hook([](NoticeKind, const std::string &) {});

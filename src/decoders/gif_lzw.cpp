@@ -9,6 +9,23 @@ namespace {
 constexpr uint32_t head_size = 8;  // pixels of a string that its entry holds
 constexpr uint32_t chunk = 16;     // copied at a time
 
+// The place of a string in the output.
+constexpr uint64_t one_longer = uint64_t{1} << 32;
+constexpr uint64_t place_of(int64_t position, uint64_t length) {
+    return static_cast<uint64_t>(position) | length << 32;
+}
+constexpr uint64_t position_in(uint64_t place) {
+    return place & UINT32_MAX;
+}
+constexpr uint64_t length_in(uint64_t place) {
+    return place >> 32;
+}
+
+// The first pixels of the string of so many with one more behind it.
+constexpr uint64_t longer(uint64_t head, uint64_t length, uint64_t pixel) {
+    return length < head_size ? head | pixel << (8 * length) : head;
+}
+
 // Bytes of which the first is the lowest.
 uint64_t load_low_first(const uint8_t *bytes) {
     uint64_t value = 0;
@@ -30,52 +47,47 @@ GifLzwDecoder::GifLzwDecoder(int code_size, uint8_t *out, int64_t room)
       first_bits_(code_size + 1),
       clear_code_(1u << code_size),
       bits_(first_bits_),
-      next_(clear_code_ + 2),
-      previous_{} {
-    for (uint32_t i = 0; i < clear_code_; ++i)
-        table_[i] = {i & 0xFF, 0, 1};
-}
-
-// The string with one more pixel, which stands behind it in the output.
-GifLzwDecoder::String GifLzwDecoder::longer(const String &string, uint64_t pixel) {
-    const uint64_t added = string.length < head_size ? pixel << (8 * string.length) : 0;
-    return {string.head | added, string.position, string.length + 1};
+      next_(clear_code_ + 2) {
+    for (uint32_t i = 0; i < clear_code_; ++i) {
+        heads_[i] = i & 0xFF;
+        places_[i] = place_of(0, 1);
+    }
 }
 
 // The pixels of the string that its head does not hold. A string ends before `at`, so whole chunks may be copied: what
 // they overwrite is written again later.
-void GifLzwDecoder::copy_rest(const String &string, int64_t at) {
-    const uint8_t *from = out_ + string.position;
+void GifLzwDecoder::copy_rest(uint64_t place, int64_t at) {
+    const uint8_t *from = out_ + position_in(place);
     uint8_t *to = out_ + at;
-    for (uint32_t i = head_size; i < string.length; i += chunk) {
+    for (uint64_t i = head_size; i < length_in(place); i += chunk) {
         uint8_t pixels[chunk];
         memcpy(pixels, from + i, chunk);
         memcpy(to + i, pixels, chunk);
     }
 }
 
-GifLzwDecoder::State GifLzwDecoder::store_what_fits(const String &string, int64_t at) {
+// The beginning of a string that is longer than the room behind `at`.
+void GifLzwDecoder::store_what_fits(uint64_t head, uint64_t place, int64_t at) {
     const auto room = static_cast<size_t>(room_ - at);
-    uint8_t head[head_size];
-    store_low_first(string.head, head);
-    memcpy(out_ + at, head, std::min<size_t>(room, head_size));
+    uint8_t first[head_size];
+    store_low_first(head, first);
+    memcpy(out_ + at, first, std::min<size_t>(room, head_size));
     if (room > head_size)
-        memcpy(out_ + at + head_size, out_ + string.position + head_size, room - head_size);
-    return State::Full;
+        memcpy(out_ + at + head_size, out_ + position_in(place) + head_size, room - head_size);
 }
 
 GifLzwDecoder::State GifLzwDecoder::decode(std::span<const uint8_t> codes) {
     const uint8_t *in = codes.data();
     const uint8_t *const end = in + codes.size();
-    // The compiler cannot keep members in registers while bytes are written.
+    // Numbers by themselves, not members and records, stay in registers while bytes are written.
     const uint32_t clear_code = clear_code_;
-    uint8_t *const out = out_;
     const int64_t room = room_;
     uint64_t buffer = bit_buffer_;
     int count = bit_count_;
     int bits = bits_;
     uint32_t next = next_;
-    String previous = previous_;
+    uint64_t previous_head = previous_head_;
+    uint64_t previous_place = previous_place_;
     int64_t at = pixels_;
     State state = State::NeedsCodes;
     for (;;) {
@@ -95,59 +107,57 @@ GifLzwDecoder::State GifLzwDecoder::decode(std::span<const uint8_t> codes) {
         buffer >>= bits;
         count -= bits;
 
-        String string;
-        if (previous.length == 0) {
-            if (code < clear_code) {
-                string = table_[code];
-            } else if (code == clear_code) {
-                continue;
-            } else {
-                state = code == clear_code + 1 ? State::End : State::BadCode;
+        if (code == clear_code) {
+            bits = first_bits_;
+            next = clear_code + 2;
+            previous_place = 0;
+            continue;
+        }
+        if (code == clear_code + 1) {
+            state = State::End;
+            break;
+        }
+        const uint64_t previous_length = length_in(previous_place);
+        uint64_t head = heads_[code];
+        uint64_t place = places_[code];
+        if (previous_length == 0 ? code > clear_code : code >= next) {
+            // A string in the making ends with the pixel that it begins with.
+            if (previous_length == 0 || code > next || next == table_size) {
+                state = State::BadCode;
                 break;
             }
-        } else if (code < next) {
-            if (code - clear_code < 2) {
-                if (code != clear_code) {
-                    state = State::End;
-                    break;
-                }
-                bits = first_bits_;
-                next = clear_code + 2;
-                previous.length = 0;
-                continue;
-            }
-            string = table_[code];
-            if (next < table_size)
-                table_[next++] = longer(previous, string.head & 0xFF);
-        } else if (code == next && next < table_size) {
-            // The string in the making: its last pixel is its first.
-            string = longer(previous, previous.head & 0xFF);
-            table_[next++] = string;
-            if (at < room)
-                out[at] = static_cast<uint8_t>(string.head);
-        } else {
-            state = State::BadCode;
-            break;
+            head = longer(previous_head, previous_length, previous_head & 0xFF);
+            place = previous_place + one_longer;
+            out_[at] = static_cast<uint8_t>(head);
+        }
+        if (previous_length > 0 && next < table_size) {
+            heads_[next] = longer(previous_head, previous_length, head & 0xFF);
+            places_[next] = previous_place + one_longer;
+            ++next;
         }
         if (next >> bits != 0 && bits < most_bits)
             ++bits;
 
-        if (string.length > room - at) {
-            state = store_what_fits(string, at);
+        const auto length = static_cast<int64_t>(length_in(place));
+        if (length > room - at) {
+            store_what_fits(head, place, at);
             at = room;
+            state = State::Full;
             break;
         }
-        store_low_first(string.head, out + at);
-        if (string.length > head_size)
-            copy_rest(string, at);
-        previous = {string.head, static_cast<uint32_t>(at), string.length};
-        at += string.length;
+        store_low_first(head, out_ + at);
+        if (length > head_size)
+            copy_rest(place, at);
+        previous_head = head;
+        previous_place = place_of(at, static_cast<uint64_t>(length));
+        at += length;
     }
     bit_buffer_ = buffer;
     bit_count_ = count;
     bits_ = bits;
     next_ = next;
-    previous_ = previous;
+    previous_head_ = previous_head;
+    previous_place_ = previous_place;
     pixels_ = at;
     bytes_left_ = end - in + count / 8;
     return state;

@@ -7,7 +7,7 @@
 
 constexpr int gif_least_code_size = 1;
 constexpr int gif_largest_code_size = 11;  // of literals: the clear and the end code must fit in 12 bits
-// No code data make more pixels a byte: a code of 12 bits stands for at most 4096 - 256 of them.
+// No code data make more pixels a byte: a code of 12 bits stands for fewer.
 constexpr int64_t gif_most_pixels_per_byte = 4096;
 
 // Decodes one image from pieces of its code data, without the counts of the sub-blocks. Strings are copied from the
@@ -24,7 +24,7 @@ class GifLzwDecoder {
         BadCode,     // a code that stands for nothing yet
     };
 
-    // `out` holds `room` pixels and the slack, all of them 0. `code_size` in bits, gif_least_code_size to
+    // `out` holds `room` pixels, fewer than 2^32, and the slack, all of them 0. `code_size` in bits, gif_least_code_size to
     // gif_largest_code_size.
     GifLzwDecoder(int code_size, uint8_t *out, int64_t room);
 
@@ -38,18 +38,11 @@ class GifLzwDecoder {
     void clear_rest();
 
   private:
-    // A string of pixels: its first eight, and where it stands in the output.
-    struct String {
-        uint64_t head;
-        uint32_t position;
-        uint32_t length;
-    };
     static constexpr int most_bits = 12;
     static constexpr uint32_t table_size = 1u << most_bits;
 
-    static String longer(const String &string, uint64_t pixel);
-    void copy_rest(const String &string, int64_t at);
-    State store_what_fits(const String &string, int64_t at);
+    void copy_rest(uint64_t place, int64_t at);
+    void store_what_fits(uint64_t head, uint64_t place, int64_t at);
 
     uint8_t *const out_;
     const int64_t room_;
@@ -59,8 +52,13 @@ class GifLzwDecoder {
     int64_t bytes_left_ = 0;
     uint64_t bit_buffer_ = 0;
     int bit_count_ = 0;
-    int bits_;         // of the next code
-    uint32_t next_;    // first code that stands for nothing yet
-    String previous_;  // of the code before; length 0 behind a clear code
-    std::array<String, table_size> table_;
+    int bits_;       // of the next code
+    uint32_t next_;  // first code that stands for nothing yet
+    // The string of the code before, as below; of no length behind a clear code.
+    uint64_t previous_head_ = 0;
+    uint64_t previous_place_ = 0;
+    // The string that a code stands for: its first eight pixels, the first lowest and 0 behind the last; and where it
+    // stands in the output, a position below and its length above.
+    std::array<uint64_t, table_size> heads_;
+    std::array<uint64_t, table_size> places_;
 };

@@ -1,5 +1,6 @@
 #include "viewer/model/sample_source.h"
 
+#include "support/gif.h"
 #include "support/product.h"
 #include "support/silent_reports.h"
 
@@ -25,6 +26,20 @@ TEST(PlainImageSource, SamplesOfAnotherSizeAreNotShown) {
     const OpenProduct product(write_detached(scratch, "SCENE", text));
     EXPECT_EQ(plain_image_source(product.image(), 1)->read_block({1, 2, 1, 2}), nullptr);
     EXPECT_NE(oa_errno, 0);
+}
+
+// The image is decoded whole; the first part is cut from one decoding, the others from the next.
+TEST(PlainImageSource, PartsOfAGifImageAreCutOutOfTheWhole) {
+    const ScratchFolder scratch;
+    const std::string path = scratch.write("X.gif", gif_header(3, 3) + gif_image(3, 3, "abcdefghi") + ";");
+    const OdlTree root(OaParseLabelFile(path.c_str(), nullptr, 0, 1));
+    const auto source = plain_image_source(OdlFindObjDesc(root.get(), "GIF_IMAGE", nullptr, nullptr, 1, 1), 1);
+    ImageDescription description;
+    EXPECT_EQ(source->describe(&description), "");
+    EXPECT_EQ(bytes_of(source->read_block({2, 3, 1, 2}).get()), "degh");
+    EXPECT_EQ(bytes_of(source->read_block({1, 1, 2, 3}).get()), "bc");
+    scratch.write("X.gif", "");
+    EXPECT_EQ(bytes_of(source->read_block({3, 3, 2, 2}).get()), "h");
 }
 
 }  // namespace
