@@ -24,8 +24,8 @@ class GifLzwDecoder {
         BadCode,     // a code that stands for nothing yet
     };
 
-    // `out` holds `room` pixels, fewer than 2^32, and the slack, all of them 0. `code_size` in bits, gif_least_code_size to
-    // gif_largest_code_size.
+    // `out` holds `room` pixels, fewer than 2^32, and the slack, all of them 0. `code_size` in bits,
+    // gif_least_code_size to gif_largest_code_size.
     GifLzwDecoder(int code_size, uint8_t *out, int64_t room);
 
     // Decodes the next piece. After any state but NeedsCodes decoding is over.
