@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int64_t most_pixels = int64_t{1} << 24;  // decoded of one input
+constexpr int64_t most_pixels = int64_t{1} << 22;  // of one image, and decoded of one input
 
 void require(bool holds) {
     if (!holds)
@@ -42,7 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     for (ObjDesc *node = tree ? tree->first_child : nullptr; node && pixels < most_pixels; node = node->right_sibling) {
         OaFileKeywords place;
         require(OaGetFileKeywords(node, &place) == 0 && place.start < static_cast<int64_t>(size) + 1);
-        if (OaGetObjectClass(node) != OA_IMAGE)
+        if (OaGetObjectClass(node) != OA_IMAGE ||
+            number_of(node, "LINES") * number_of(node, "LINE_SAMPLES") > most_pixels)
             continue;
         const OaObjectPtr image(OaReadImage(node, 1));
         require(!image || image->size == number_of(image->odl, "LINES") * number_of(image->odl, "LINE_SAMPLES"));
