@@ -85,6 +85,7 @@ GifLzwDecoder::State GifLzwDecoder::decode(std::span<const uint8_t> codes) {
     uint64_t buffer = bit_buffer_;
     int count = bit_count_;
     int bits = bits_;
+    uint32_t mask = (1u << bits) - 1;
     uint32_t next = next_;
     uint64_t previous_head = previous_head_;
     uint64_t previous_place = previous_place_;
@@ -103,12 +104,13 @@ GifLzwDecoder::State GifLzwDecoder::decode(std::span<const uint8_t> codes) {
                     break;
             }
         }
-        const uint32_t code = static_cast<uint32_t>(buffer) & ((1u << bits) - 1);
+        const uint32_t code = static_cast<uint32_t>(buffer) & mask;
         buffer >>= bits;
         count -= bits;
 
         if (code == clear_code) {
             bits = first_bits_;
+            mask = (1u << bits) - 1;
             next = clear_code + 2;
             previous_place = 0;
             continue;
@@ -135,8 +137,10 @@ GifLzwDecoder::State GifLzwDecoder::decode(std::span<const uint8_t> codes) {
             places_[next] = previous_place + one_longer;
             ++next;
         }
-        if (next >> bits != 0 && bits < most_bits)
+        if (next > mask && bits < most_bits) {
             ++bits;
+            mask = 2 * mask + 1;
+        }
 
         const auto length = static_cast<int64_t>(length_in(place));
         if (length > room - at) {
