@@ -193,3 +193,11 @@ int64_t OaReadImagePixels(OaObject *handle, int64_t line, int64_t sample);
 OaObject *OaReadPartialImage(OaObject *handle, int64_t start_line, int64_t stop_line, int64_t start_sample,
                              int64_t stop_sample);
 OaObject *OaCloseImage(OaObject *handle);  // null is allowed; returns null
+
+// --- Histograms, tables, arrays -----------------------------------------------------------------------------------
+// A claim is compared with what the file holds before anything is allocated (502). Of a file that ends early the rest
+// becomes blanks where the result is text, else zeros, and one notice tells.
+
+// The ITEMS values as native 32-bit integers, whatever Oa_profile says: signed, but for unsigned sources; what does not
+// fit saturates, reals are truncated. Null after reporting.
+OaObject *OaReadHistogram(const ObjDesc *node);

@@ -1,4 +1,4 @@
-#include "oa/oa.h"
+#include "oa/object_read.h"
 
 OaObject *OaNewOaObject(ObjDesc *odl, void *data, int64_t size) {
     auto *object = new OaObject;
@@ -23,6 +23,12 @@ OaObject *OaReadObject(const ObjDesc *node) {
     switch (object_class) {
         case OA_IMAGE:
             return OaReadImage(node, 1);
+        case OA_HISTOGRAM:
+            return OaReadHistogram(node);
+        case OA_ARRAY:
+        case OA_COLLECTION:
+        case OA_ELEMENT:
+            return read_described_object(__func__, node);
         default:
             OaReportFailure(530, "%s: no reader for %s objects.", __func__, OaObjectClasstoStr(object_class));
             return nullptr;

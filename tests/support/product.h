@@ -66,11 +66,14 @@ inline std::string write_attached(const ScratchFolder &folder, const std::string
     return folder.write(name + ".IMG", label + product.data);
 }
 
-// The parsed label of a product, and its first IMAGE.
+// The parsed label of a product, and its first object of a class.
 struct OpenProduct {
     explicit OpenProduct(const std::string &path) : root(OaParseLabelFile(path.c_str(), nullptr, 0, 1)) {}
 
-    ObjDesc *image() const { return root ? OdlFindObjDesc(root.get(), "IMAGE", nullptr, nullptr, 1, 1) : nullptr; }
+    ObjDesc *object(const char *class_name) const {
+        return root ? OdlFindObjDesc(root.get(), class_name, nullptr, nullptr, 1, SCOPE_TO_END) : nullptr;
+    }
+    ObjDesc *image() const { return object("IMAGE"); }
 
     OdlTree root;
 };
