@@ -201,3 +201,19 @@ OaObject *OaCloseImage(OaObject *handle);  // null is allowed; returns null
 // The ITEMS values as native 32-bit integers, whatever Oa_profile says: signed, but for unsigned sources; what does not
 // fit saturates, reals are truncated. Null after reporting.
 OaObject *OaReadHistogram(const ObjDesc *node);
+
+// Tables: what is TABLE-like by class, and an INDEX. Rows count from 1 and so do columns, which are the table's direct
+// children (COLUMNs, CONTAINERs and whatever else takes bytes of a row, each as one column however often it repeats;
+// ALIASes do not count). Bounds are inclusive; those outside the table are refused (502). The label of the result
+// describes the converted data: rows without prefix, suffix and gaps. A table of no rows gives an object of no bytes.
+
+// All of it. Null after reporting.
+OaObject *OaReadTable(const ObjDesc *node);
+// A page. Only its own bytes are read, wherever they are in the file; FIRST_ROW and FIRST_COLUMN in its label tell its
+// place. Null after reporting.
+OaObject *OaReadSubTable(const ObjDesc *node, int64_t first_row, int64_t last_row, int64_t first_column,
+                         int64_t last_column);
+// Rows of some columns of a table that was read, packed without gaps in the order of `names` (`count` of them, compared
+// without case; the first column of a name counts). Row by row, whatever the order in `object`. Null after reporting.
+OaObject *OaGetSubTable(const OaObject *object, int64_t first_row, int64_t last_row, const char *const *names,
+                        int64_t count);

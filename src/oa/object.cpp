@@ -1,4 +1,5 @@
 #include "oa/object_read.h"
+#include "oa/table_columns.h"
 
 OaObject *OaNewOaObject(ObjDesc *odl, void *data, int64_t size) {
     auto *object = new OaObject;
@@ -19,6 +20,8 @@ OaObject *OaDeleteObject(OaObject *object) {
 }
 
 OaObject *OaReadObject(const ObjDesc *node) {
+    if (is_table_like(node))
+        return OaReadTable(node);
     const OaObjectClass object_class = OaGetObjectClass(node);
     switch (object_class) {
         case OA_IMAGE:

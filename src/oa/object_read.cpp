@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
+#include <string>
 
 namespace {
 
@@ -22,26 +22,24 @@ constexpr int64_t largest_growth = 16;
 struct Conversion {
     const char *routine;
     ObjectBytes *source;
-    ByteRuns runs;
     ObjDesc *leaf;           // null at the end of the data
-    int64_t bytes_read = 0;  // of the runs
+    int64_t bytes_read = 0;  // of all runs
 };
 
-enum class Progress { goes_on, finished, failed };
+enum class Progress { goes_on, ended, failed };
 
 Progress convert(Conversion *conversion, const uint8_t *bytes, int64_t count) {
     conversion->bytes_read += count;
     if (OalProcessSDT(bytes, count, &conversion->leaf) == 0)
         return Progress::goes_on;
     if (!conversion->leaf)
-        return Progress::finished;
+        return Progress::ended;
     OaReportFailure(oa_errno, "%s: ProcessSDT returned error.", conversion->routine);
     return Progress::failed;
 }
 
 // One run after the other, each in pieces.
-Progress convert_apart(Conversion *conversion) {
-    const ByteRuns &runs = conversion->runs;
+Progress convert_apart(Conversion *conversion, const ByteRuns &runs) {
     std::vector<uint8_t> piece(static_cast<size_t>(std::min(piece_bytes, runs.bytes)));
     for (int64_t run = 0; run < runs.count; ++run) {
         for (int64_t at = 0; at < runs.bytes;) {
@@ -50,17 +48,18 @@ Progress convert_apart(Conversion *conversion) {
             if (held < 0)
                 return Progress::failed;
             const Progress progress = convert(conversion, piece.data(), held);
-            if (progress != Progress::goes_on || held < wanted)
+            if (progress != Progress::goes_on)
                 return progress;
+            if (held < wanted)
+                return Progress::ended;
             at += held;
         }
     }
-    return Progress::finished;
+    return Progress::goes_on;
 }
 
 // Many runs with a read, and what lies between them.
-Progress convert_together(Conversion *conversion) {
-    const ByteRuns &runs = conversion->runs;
+Progress convert_together(Conversion *conversion, const ByteRuns &runs) {
     const int64_t most = std::min(runs.count, piece_bytes / runs.stride);
     std::vector<uint8_t> piece(static_cast<size_t>(most * runs.stride));
     for (int64_t run = 0; run < runs.count; run += most) {
@@ -75,19 +74,25 @@ Progress convert_together(Conversion *conversion) {
                 return progress;
         }
         if (held < wanted)
-            break;
+            return Progress::ended;
     }
-    return Progress::finished;
+    return Progress::goes_on;
 }
 
-bool run_conversion(Conversion *conversion) {
-    ByteRuns &runs = conversion->runs;
-    if (!conversion->leaf || runs.count < 1 || runs.bytes < 1)
-        return true;
-    if (runs.count == 1 || runs.stride == runs.bytes)
-        runs = {runs.first, runs.bytes * runs.count, runs.bytes * runs.count, 1};  // one long run
-    const bool together = runs.count > 1 && runs.stride - runs.bytes <= least_seek_bytes && runs.stride <= piece_bytes;
-    return (together ? convert_together(conversion) : convert_apart(conversion)) != Progress::failed;
+// False after reporting.
+bool convert_runs(Conversion *conversion, const std::vector<ByteRuns> &all_runs) {
+    for (ByteRuns runs : all_runs) {
+        if (!conversion->leaf || runs.count < 1 || runs.bytes < 1)
+            continue;
+        if (runs.count == 1 || runs.stride == runs.bytes)
+            runs = {runs.first, runs.bytes * runs.count, runs.bytes * runs.count, 1};  // one long run
+        const bool together =
+            runs.count > 1 && runs.stride - runs.bytes <= least_seek_bytes && runs.stride <= piece_bytes;
+        const Progress progress = together ? convert_together(conversion, runs) : convert_apart(conversion, runs);
+        if (progress != Progress::goes_on)
+            return progress != Progress::failed;
+    }
+    return true;
 }
 
 // The bytes of an item that the file cuts off are no value; of a text they are what there is.
@@ -108,22 +113,31 @@ void clear_cut_item(const ObjDesc *leaf) {
     }
 }
 
-int64_t bytes_of(const ByteRuns &runs) {
-    int64_t bytes = 0;
-    return __builtin_mul_overflow(runs.bytes, runs.count, &bytes) ? -1 : bytes;
+// Of all runs; -1 when that is no size.
+int64_t total_bytes(const std::vector<ByteRuns> &all_runs) {
+    int64_t total = 0;
+    for (const ByteRuns &runs : all_runs) {
+        int64_t bytes = 0;
+        if (__builtin_mul_overflow(runs.bytes, runs.count, &bytes) || __builtin_add_overflow(total, bytes, &total))
+            return -1;
+    }
+    return total;
+}
+
+bool ends_within(const std::vector<ByteRuns> &all_runs, int64_t held) {
+    return std::all_of(all_runs.begin(), all_runs.end(), [held](const ByteRuns &runs) {
+        return runs.first + (runs.count - 1) * runs.stride + runs.bytes <= held;
+    });
 }
 
 // Whether the file can be meant by what is wanted of it; reports otherwise.
-bool check_claim(const char *routine, const ObjDesc *label, const ByteRuns &runs, int64_t result_bytes, int64_t held) {
-    const int64_t wanted = bytes_of(runs);
+bool check_claim(const char *routine, const ObjDesc *label, int64_t wanted, int64_t result_bytes, int64_t held) {
     if (held > 0 && wanted >= 0 && (wanted - 1) / largest_claim < held && result_bytes >= 0 &&
         (result_bytes - 1) / (largest_claim * largest_growth) < held)
         return true;
-    OaReportFailure(502,
-                    "%s: %lld x %lld bytes of a %s, which become %lld, are wanted; the file holds %lld from its begin "
-                    "on.",
-                    routine, static_cast<long long>(runs.count), static_cast<long long>(runs.bytes), label->class_name,
-                    static_cast<long long>(result_bytes), static_cast<long long>(held));
+    OaReportFailure(502, "%s: %lld bytes of a %s are wanted, which become %lld; from its begin on the file holds %lld.",
+                    routine, static_cast<long long>(wanted), label->class_name, static_cast<long long>(result_bytes),
+                    static_cast<long long>(held));
     return false;
 }
 
@@ -132,31 +146,30 @@ OaInterchangeFormat result_format(OaInterchangeFormat src_format) {
                                                                    : Oa_profile.dst_format_for_binary);
 }
 
-void tell_short_read(const Conversion &conversion, const ByteRuns &runs, const char *run_name) {
+void tell_short_read(const Conversion &conversion, const std::vector<ByteRuns> &runs, int64_t first_row) {
     std::string text =
         util_format("Bytes read: %lld.\nBytes attempted to be read: %lld",
-                    static_cast<long long>(conversion.bytes_read), static_cast<long long>(bytes_of(runs)));
-    if (runs.count > 1)
-        text += util_format("\n%s = %lld", run_name, static_cast<long long>(conversion.bytes_read / runs.bytes + 1));
+                    static_cast<long long>(conversion.bytes_read), static_cast<long long>(total_bytes(runs)));
+    if (first_row > 0)
+        text += util_format("\nrow = %lld", static_cast<long long>(first_row + conversion.bytes_read / runs[0].bytes));
     util_notice(NoticeKind::Error, text);
 }
 
-// Whether the object's bytes were read, all or as far as the file holds them.
-bool fill_buffer(const char *routine, const ObjDesc *sdt, ObjectBytes *source, const ByteRuns &runs,
-                 const char *run_name, uint8_t *buffer, int64_t size) {
-    const int64_t end = runs.first + (runs.count - 1) * runs.stride + runs.bytes;
-    // Folded runs of items cannot tell which item is cut.
-    const bool whole = end <= source->held();
+// Converts all runs, or as many bytes as the file holds of them. False after reporting.
+bool fill_buffer(const char *routine, const ObjDesc *sdt, ObjectBytes *source, const std::vector<ByteRuns> &runs,
+                 int64_t first_row, uint8_t *buffer, int64_t size) {
+    // Folded runs of items could not tell which item is cut.
+    const bool whole = ends_within(runs, source->held());
     const OaSdt plan(whole ? OalCompressSDT(sdt) : OaCopyTree(sdt, OA_COPY_SDT));
-    Conversion conversion = {routine, source, runs, OalInitializeSDT(plan.get(), buffer, size)};
+    Conversion conversion = {routine, source, OalInitializeSDT(plan.get(), buffer, size)};
     const bool has_data = conversion.leaf != nullptr;
     OalResetBinrepErrors();
-    if (!run_conversion(&conversion))
+    if (!convert_runs(&conversion, runs))
         return false;
     OalReportBinrepErrors(routine);
     if (has_data && conversion.leaf) {
         clear_cut_item(conversion.leaf);
-        tell_short_read(conversion, runs, run_name);
+        tell_short_read(conversion, runs, first_row);
     }
     return true;
 }
@@ -174,14 +187,12 @@ ObjDesc *next_beyond(ObjDesc *node, const ObjDesc *top) {
 }  // namespace
 
 OaObject *read_runs(const char *routine, OdlTree label, OaInterchangeFormat src_format, ObjectBytes *source,
-                    const ByteRuns &runs, const char *run_name) {
+                    const std::vector<ByteRuns> &runs, int64_t first_row) {
     OaSdt sdt(label.release());
-    if (!OalCreateSDT(sdt.get(), src_format)) {
-        OaReportFailure(oa_errno, "%s: CreateSDT returned error.", routine);
+    if (!OalCreateSDT(sdt.get(), src_format))
         return nullptr;
-    }
     const int64_t size = OalSlotOf(sdt.get()) ? OalDestinationSize(sdt.get()) : -1;
-    if (!check_claim(routine, sdt.get(), runs, size, source->held()))
+    if (!check_claim(routine, sdt.get(), total_bytes(runs), size, source->held()))
         return nullptr;
     OaPtr<uint8_t> buffer(static_cast<uint8_t *>(OaZeroedMalloc(static_cast<size_t>(size))));
     if (!buffer) {
@@ -192,7 +203,7 @@ OaObject *read_runs(const char *routine, OdlTree label, OaInterchangeFormat src_
     const OaInterchangeFormat dst_format = result_format(src_format);
     if (dst_format == OA_ASCII)
         memset(buffer.get(), ' ', static_cast<size_t>(size));
-    if (!fill_buffer(routine, sdt.get(), source, runs, run_name, buffer.get(), size))
+    if (!fill_buffer(routine, sdt.get(), source, runs, first_row, buffer.get(), size))
         return nullptr;
     OalSDTtoODLTree(sdt.get(), dst_format);
     return OaNewOaObject(sdt.release(), buffer.release(), size);
@@ -222,10 +233,8 @@ OaObject *read_described_object(const char *routine, const ObjDesc *node) {
         return nullptr;
     // The plan tells how many bytes the object has.
     const OaSdt measured(copy_data_label(node).release());
-    if (!OalCreateSDT(measured.get(), file.interchange_format) || !OalSlotOf(measured.get())) {
-        OaReportFailure(oa_errno, "%s: CreateSDT returned error.", routine);
+    if (!OalCreateSDT(measured.get(), file.interchange_format))
         return nullptr;
-    }
     const int64_t bytes = OalSourceSize(measured.get());
-    return read_runs(routine, copy_data_label(node), file.interchange_format, &source, {0, bytes, bytes, 1}, "");
+    return read_runs(routine, copy_data_label(node), file.interchange_format, &source, {{0, bytes, bytes, 1}}, 0);
 }

@@ -6,8 +6,9 @@
 #include "oa/object_bytes.h"
 
 #include <cstdint>
+#include <vector>
 
-// What is read of an object: `count` runs of `bytes` bytes, `stride` bytes from one's begin to the next one's, the
+// Bytes to read of an object: `count` runs of `bytes` bytes, `stride` bytes from one's begin to the next one's, the
 // first `first` bytes behind the object's begin.
 struct ByteRuns {
     int64_t first = 0;
@@ -19,10 +20,10 @@ struct ByteRuns {
 // Converts the runs, which `label` describes as lying one behind the other, to a new object whose label describes the
 // result. Before anything is allocated the claim is compared with what the file holds: it must hold a byte of the
 // object, and a sixteenth of what is wanted (502). Of a file that ends early the rest becomes blanks where the result
-// is text, else zeros, and one notice tells; `run_name` is what it calls a run ("row"). Null after reporting in the
-// name of `routine`.
+// is text, else zeros, and one notice tells, with the row where runs are rows from `first_row` on (0: they are not).
+// Null after reporting in the name of `routine`.
 OaObject *read_runs(const char *routine, OdlTree label, OaInterchangeFormat src_format, ObjectBytes *source,
-                    const ByteRuns &runs, const char *run_name);
+                    const std::vector<ByteRuns> &runs, int64_t first_row);
 
 // A private copy of an object's label without what describes no data (groups, remarks).
 OdlTree copy_data_label(const ObjDesc *node);
