@@ -62,6 +62,9 @@ TEST_F(Histogram, BecomesNativeIntegersOf32Bits) {
         {"IEEE_REAL", 4, from_hex("40200000 C0200000 4F800000"), {2, -2, INT32_MAX}},
         {"VAX_REAL", 4, from_hex("20410000"), {2}},
         {"PC_REAL", 8, from_hex("0000000000000440 000000000000F0C1"), {2, INT32_MIN}},
+        {"ASCII_INTEGER", 6, "    12 -4,\r\n99999,999999", {12, -4, 99999, 999999}, "ASCII"},
+        {"ASCII_INTEGER", 12, "-99999999999 99999999999", {INT32_MIN, INT32_MAX}, "ASCII"},
+        {"ASCII_REAL", 6, "  2.90-1.2E1", {2, -12}, "ASCII"},
     };
     for (const uint8_t profile : std::initializer_list<uint8_t>{2, 1, 0}) {
         Oa_profile.data_translation_profile = profile;
