@@ -55,11 +55,9 @@ void compare_pages(const ObjDesc *node, const OaObject *whole) {
     require(whole->size == rows * row_bytes);
     const int64_t first = rows / 2 + 1;
     const OaObjectPtr page(OaReadSubTable(node, first, rows, 1, columns));
-    // Behind the end of a file of variable-length records there is no page.
-    if (page)
-        require(page->size == (rows - first + 1) * row_bytes &&
-                memcmp(page->data, static_cast<const char *>(whole->data) + (first - 1) * row_bytes,
-                       static_cast<size_t>(page->size)) == 0);
+    require(page && page->size == (rows - first + 1) * row_bytes);
+    require(memcmp(page->data, static_cast<const char *>(whole->data) + (first - 1) * row_bytes,
+                   static_cast<size_t>(page->size)) == 0);
     const OaObjectPtr last(OaReadSubTable(node, first, first, columns, columns));
     const char *name = nullptr;
     if (last && OaKwdValuetoStr("NAME", last->odl->first_child, &name) == 0)

@@ -59,24 +59,32 @@ int64_t ObjectBytes::read_plain(int64_t offset, int64_t count, uint8_t *into) {
     return bytes_read;
 }
 
-// False after reporting; behind the last record the text is null.
+// False after reporting; behind the last record the text is null. Records ahead are read rather than sought, which
+// would report the end of the file.
 bool ObjectBytes::fetch_record(int64_t record) {
     if (record == record_)
         return true;
-    char *own_buffer = nullptr;
-    int64_t got = 0;
-    // The next one needs no seeking, which would report the end of the file.
-    const int64_t position = record == record_ + 1 && record > 0 ? -1 : file_.start + record;
-    const int status = OalReadStream(stream_.get(), 0, &own_buffer, position, &got);
-    if (status < 0) {
-        record_ = -1;
-        OaReportFailure(700, "%s: OalReadStream returned error, aborting.", routine_);
-        return false;
+    int64_t position = -1;
+    if (record < record_ || record_ < 0) {
+        record_ = text_ && record_ >= 0 ? record : 0;
+        position = file_.start + record_;
+    } else {
+        ++record_;
     }
-    record_ = record;
-    text_ = status != 0 && got == 0 ? nullptr : own_buffer;
-    length_ = got;
-    return true;
+    for (;; ++record_, position = -1) {
+        char *own_buffer = nullptr;
+        const int status = OalReadStream(stream_.get(), 0, &own_buffer, position, &length_);
+        if (status < 0) {
+            record_ = -1;
+            OaReportFailure(700, "%s: OalReadStream returned error, aborting.", routine_);
+            return false;
+        }
+        text_ = status != 0 && length_ == 0 ? nullptr : own_buffer;
+        if (!text_)
+            record_ = record;
+        if (record_ == record)
+            return true;
+    }
 }
 
 int64_t ObjectBytes::read_rows(int64_t offset, int64_t count, uint8_t *into) {
