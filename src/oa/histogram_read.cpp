@@ -97,10 +97,11 @@ OaObject *with_counts(const char *routine, const ObjDesc *stored, OaObjectPtr re
         return nullptr;
     }
     const int64_t items = read->size / item_bytes;
-    OaPtr<uint8_t> counts(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(items * count_bytes))));
+    const int64_t bytes = items * count_bytes;
+    OaPtr<uint8_t> counts(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(bytes))));
     if (!counts) {
         OaReportFailure(720, "%s: OaMalloc failed to allocate %lld bytes for output buffer.", routine,
-                        static_cast<long long>(items * count_bytes));
+                        static_cast<long long>(bytes));
         return nullptr;
     }
     OalResetBinrepErrors();
@@ -109,7 +110,7 @@ OaObject *with_counts(const char *routine, const ObjDesc *stored, OaObjectPtr re
     describe_counts(read->odl, items, form->is_signed);
     OdlTree label(read->odl);
     read->odl = nullptr;
-    return OaNewOaObject(label.release(), counts.release(), items * count_bytes);
+    return OaNewOaObject(label.release(), counts.release(), bytes);
 }
 
 }  // namespace

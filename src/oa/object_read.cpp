@@ -150,8 +150,10 @@ void tell_short_read(const Conversion &conversion, const std::vector<ByteRuns> &
     std::string text =
         util_format("Bytes read: %lld.\nBytes attempted to be read: %lld",
                     static_cast<long long>(conversion.bytes_read), static_cast<long long>(total_bytes(runs)));
-    if (first_row > 0)
-        text += util_format("\nrow = %lld", static_cast<long long>(first_row + conversion.bytes_read / runs[0].bytes));
+    if (first_row > 0) {
+        const int64_t row = first_row + conversion.bytes_read / runs[0].bytes;
+        text += util_format("\nrow = %lld", static_cast<long long>(row));
+    }
     util_notice(NoticeKind::Error, text);
 }
 

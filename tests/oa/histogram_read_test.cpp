@@ -90,9 +90,10 @@ TEST_F(Histogram, OfAFileThatEndsEarlyKeepsItsWholeItems) {
     const OaObjectPtr histogram = read("MSB_INTEGER", 4, 4, from_hex("00000001 00000002 0000"));
     ASSERT_TRUE(histogram);
     EXPECT_EQ(samples_of<int32_t>(histogram.get()), (std::vector<int32_t>{1, 2, 0, 0}));
-    const OaObjectPtr native = read("LSB_INTEGER", 4, 4, from_hex("01000000 02000000 0303"));
-    EXPECT_EQ(samples_of<int32_t>(native.get()), (std::vector<int32_t>{1, 2, 0, 0}));
-    EXPECT_EQ(notices_, (std::vector<std::string>(2, "Bytes read: 10.\nBytes attempted to be read: 16")));
+    const OaObjectPtr wide = read("LSB_INTEGER", 8, 3, from_hex("0100000000000000 0303"));
+    EXPECT_EQ(samples_of<int32_t>(wide.get()), (std::vector<int32_t>{1, 0, 0}));
+    EXPECT_EQ(notices_, (std::vector<std::string>{"Bytes read: 10.\nBytes attempted to be read: 16",
+                                                  "Bytes read: 10.\nBytes attempted to be read: 24"}));
 }
 
 TEST_F(Histogram, IsRefusedWhenItsFileCannotBeMeant) {
