@@ -1,0 +1,187 @@
+// Only the bytes of a rectangle are read, straight into the output where an item keeps its size, and converted there
+// while they are still in the cache.
+#include "oa/strided_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <initializer_list>
+
+namespace {
+
+constexpr int64_t piece_bytes = int64_t{1} << 18;       // read and converted at a time: stays in a core's cache
+constexpr int64_t direct_bytes = int64_t{1} << 30;      // read at a time where there is nothing to convert
+constexpr int64_t least_seek_bytes = int64_t{1} << 12;  // up to here reading on costs less than seeking
+
+const OaSlot *sample_slot(const ObjDesc *image) {
+    const OaSlot *slot = OalSlotOf(image);
+    for (const ObjDesc *child = LeftmostSDTChild(image); child; child = RightSDTSibling(child))
+        if (OalSlotOf(child)->conversion_type != OA_SKIP)
+            slot = OalSlotOf(child);
+    return slot;
+}
+
+void delete_keywords(ObjDesc *node, std::initializer_list<const char *> patterns) {
+    for (const char *pattern : patterns) {
+        int absent = 0;
+        while (!absent)
+            absent = OaDeleteKwd(pattern, node);
+    }
+}
+
+template <typename T>
+void gather_as(const uint8_t *src, int64_t stride, uint8_t *dst, int64_t count) {
+    for (int64_t i = 0; i < count; ++i)
+        memcpy(dst + i * static_cast<int64_t>(sizeof(T)), src + i * stride, sizeof(T));
+}
+
+// Takes every `stride`-th sample.
+void gather(const uint8_t *src, int64_t stride, int64_t sample_bytes, uint8_t *dst, int64_t count) {
+    switch (sample_bytes) {
+        case 1:
+            return gather_as<uint8_t>(src, stride, dst, count);
+        case 2:
+            return gather_as<uint16_t>(src, stride, dst, count);
+        case 4:
+            return gather_as<uint32_t>(src, stride, dst, count);
+        case 8:
+            return gather_as<uint64_t>(src, stride, dst, count);
+        default:
+            for (int64_t i = 0; i < count; ++i)
+                memcpy(dst + i * sample_bytes, src + i * stride, static_cast<size_t>(sample_bytes));
+    }
+}
+
+}  // namespace
+
+bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
+                      OaInterchangeFormat src_format, SamplePlan *plan) {
+    OaSdt tree(OaCopyTree(image_node, OA_COPY_LABEL));
+    // What stands inside an image (a window, a group of remarks) describes no bytes of its own.
+    while (tree->first_child)
+        OdlFreeTree(OdlCutObjDesc(tree->first_child));
+    delete_keywords(tree.get(), {"BANDS", "BAND_STORAGE_TYPE", "BAND_SEQUENCE"});
+    if (!OalCreateSDT(tree.get(), src_format)) {
+        OaReportFailure(oa_errno, "%s: CreateSDT returned error.", routine);
+        return false;
+    }
+    plan->item = *sample_slot(tree.get());
+    if (plan->item.conversion_type == OA_ASCII_TO_BINARY || plan->item.conversion_type == OA_BINARY_TO_ASCII) {
+        OaReportFailure(520, "%s: CreateSDT returned error. Samples from or to text are not supported.", routine);
+        return false;
+    }
+    if (plan->item.src.binrep == plan->item.dst.binrep)
+        plan->item.conversion_type = OA_COPY;
+    plan->items_per_sample = image.sample_bits / 8 / plan->item.src.size;
+    OalSDTtoODLTree(tree.get(), OA_BINARY);
+    delete_keywords(tree.get(), {"ENCODING_TYPE", "LINE*PREFIX*BYTES", "LINE*SUFFIX*BYTES", "^LINE*PREFIX*STRUCTURE",
+                                 "^LINE*SUFFIX*STRUCTURE"});
+    plan->label.reset(tree.release());
+    return true;
+}
+
+StridedReader::Piece StridedReader::largest_piece(const Piece &all) const {
+    const int64_t gap = layout_.line_stride - layout_.span(all.samples);
+    if (all.lines > 1 && gap <= least_seek_bytes && layout_.line_stride <= piece_bytes)
+        return {std::min(all.lines, piece_bytes / layout_.line_stride), all.samples};
+    const int64_t limit = plan_.as_stored() && is_packed() ? direct_bytes : piece_bytes;
+    return {1, std::min(all.samples, std::max<int64_t>(1, limit / layout_.sample_stride))};
+}
+
+bool StridedReader::read_bytes(int64_t position, int64_t count, uint8_t *into, int64_t *bytes_read) {
+    *bytes_read = 0;
+    while (*bytes_read < count) {
+        char *target = reinterpret_cast<char *>(into) + *bytes_read;
+        int64_t got = 0;
+        const int status = OalReadStream(stream_, count - *bytes_read, &target, position + *bytes_read, &got);
+        if (status < 0) {
+            OaReportFailure(700, "%s: OalReadStream returned error, aborting.", routine_);
+            return false;
+        }
+        *bytes_read += got;
+        if (status != 0 || got == 0)
+            break;
+    }
+    return true;
+}
+
+void StridedReader::convert_line(const uint8_t *stored, uint8_t *out, int64_t samples) {
+    if (!is_packed()) {
+        uint8_t *packed = out;
+        if (!plan_.in_place()) {
+            gathered_.resize(static_cast<size_t>(samples * layout_.sample_bytes));
+            packed = gathered_.data();
+        }
+        gather(stored, layout_.sample_stride, layout_.sample_bytes, packed, samples);
+        stored = packed;
+    }
+    OalConvertRun(&plan_.item, stored, out, samples * plan_.items_per_sample);
+}
+
+// Converts as many samples as `bytes_held` bytes hold whole, and returns their number.
+int64_t StridedReader::convert_piece(const Piece &piece, const uint8_t *stored, int64_t bytes_held, uint8_t *out) {
+    int64_t converted = 0;
+    for (int64_t line = 0; line < piece.lines; ++line) {
+        const int64_t held = bytes_held - line * layout_.line_stride;
+        if (held < layout_.sample_bytes)
+            break;
+        const int64_t samples = std::min(piece.samples, (held - layout_.sample_bytes) / layout_.sample_stride + 1);
+        convert_line(stored + line * layout_.line_stride, out + converted * sample_size(), samples);
+        converted += samples;
+    }
+    return converted;
+}
+
+// Reads the piece that begins at a position and converts the samples that the file holds whole. Returns their number,
+// or -1 after reporting; fewer `bytes_held` than the piece spans tell that the file ended.
+int64_t StridedReader::read_piece(const Piece &piece, int64_t position, uint8_t *out, int64_t *bytes_held) {
+    const int64_t bytes = span(piece);
+    const bool straight = goes_straight(piece);
+    if (!straight)
+        stored_.resize(std::max(stored_.size(), static_cast<size_t>(bytes)));
+    uint8_t *stored = straight ? out : stored_.data();
+    if (!read_bytes(position, bytes, stored, bytes_held))
+        return -1;
+    const int64_t samples = convert_piece(piece, stored, *bytes_held, out);
+    // The bytes of a sample that is not whole are no value.
+    if (straight && *bytes_held < bytes)
+        memset(out + samples * sample_size(), 0, static_cast<size_t>(*bytes_held - samples * sample_size()));
+    return samples;
+}
+
+bool StridedReader::read(const SampleLayout &layout, const SampleRectangle &rectangle, uint8_t *out,
+                         ShortRead *missing) {
+    layout_ = layout;
+    Piece all = {rectangle.lines, rectangle.samples};
+    if (is_packed() && layout_.span(all.samples) == layout_.line_stride)
+        all = {1, rectangle.area()};  // lines without a gap are one long line
+    const int64_t first = layout_.position(rectangle.line, rectangle.sample);
+    const Piece largest = largest_piece(all);
+    int64_t samples_read = 0;
+    for (int64_t line = 0; line < all.lines; line += largest.lines) {
+        for (int64_t sample = 0; sample < all.samples; sample += largest.samples) {
+            const Piece piece = {std::min(largest.lines, all.lines - line),
+                                 std::min(largest.samples, all.samples - sample)};
+            const int64_t offset = line * layout_.line_stride + sample * layout_.sample_stride;
+            int64_t held = 0;
+            const int64_t samples = read_piece(piece, first + offset, out + samples_read * sample_size(), &held);
+            if (samples < 0)
+                return false;
+            samples_read += samples;
+            if (held < span(piece)) {
+                *missing = {offset + held, span(all), rectangle.line + samples_read / rectangle.samples,
+                            rectangle.sample + samples_read % rectangle.samples};
+                return true;
+            }
+        }
+    }
+    return true;
+}
+
+OaStreamPtr open_samples(const char *routine, const std::string &file_name) {
+    OaStreamPtr stream(OalOpenStream(file_name.c_str(), OA_UNDEFINED, 0, 0, "r"));
+    if (stream)
+        setvbuf(stream->file.get(), nullptr, _IONBF, 0);
+    else
+        OaReportFailure(700, "%s: OalOpenStream returned error.", routine);
+    return stream;
+}
