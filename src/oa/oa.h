@@ -1,6 +1,7 @@
 // Object access: from a label tree to data in memory. Start here. The headers beside this one are its inside, lowest
 // first: stream.h (files in their record formats), data_type.h (names of storage types), binrep.h (their bits),
-// sdt.h (the plan that converts described data).
+// sdt.h (the plan that converts described data), strided_reader.h and image_band.h (samples in files). Qubes have a
+// public header of their own: qube.h.
 //
 // A routine that fails sets oa_errno, formats error_string and reports it (base/error.h), then returns null, 0 or the
 // code its comment names. One thread uses the library.
