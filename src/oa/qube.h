@@ -96,3 +96,47 @@ int OaGetQubeKeywords(const ObjDesc *node, OaQubeKeywords *out);
 
 // The description of a suffix item, from 0.
 const OaQubeItem &OaQubeSuffixItem(const OaQubeKeywords &qube, OaQubeAxis axis, int64_t item);
+
+// --- The data -----------------------------------------------------------------------------------------------------
+
+// A plane across one axis, numbered from 1 along it: through the core, or, numbered anew, the suffix items behind it.
+// As an image its samples and lines run along SAMPLE and LINE (across BAND), SAMPLE and BAND (across LINE), or LINE and
+// BAND (across SAMPLE), over the core's items.
+struct OaQubePlane {
+    OaQubeAxis axis = OA_BAND_AXIS;
+    int64_t number = 1;
+    bool is_suffix = false;
+};
+
+struct OaQubeExtent {
+    int64_t lines = 0;
+    int64_t samples = 0;
+};
+OaQubeExtent OaQubePlaneExtent(const OaQubeKeywords &qube, OaQubeAxis axis);
+
+// An open qube. It keeps its file open and serves any part; of bands that lie item by item within each other it keeps
+// some in memory once neighbours are asked for in turn (256 MiB at most).
+struct OaQube;
+
+// Null after reporting what OaGetQubeKeywords and OaGetFileKeywords report, and 520 for files of variable-length
+// records or ASCII data. A file that ends early is opened. The node is not kept. Close it with OaCloseQube.
+OaQube *OaOpenQube(const ObjDesc *qube_node);
+OaQube *OaCloseQube(OaQube *qube);  // null is allowed; returns null
+const OaQubeKeywords &OaKeywordsOfQube(const OaQube *qube);
+// How the items of a plane are stored; null when there is no such plane.
+const OaQubeItem *OaItemOfPlane(const OaQube *qube, const OaQubePlane &plane);
+
+// Native samples as a new object, row after row, with a label of class IMAGE (LINES, LINE_SAMPLES, SAMPLE_TYPE,
+// SAMPLE_BITS, FIRST_LINE, FIRST_SAMPLE). Null after reporting: 502 for what is not in the qube or, with the numbers,
+// not in its file, 520 for items whose type and size are not supported, 700, 720.
+OaObject *OaReadQubePlane(OaQube *qube, const OaQubePlane &plane);
+// Lines and samples 1-based, inclusive.
+OaObject *OaReadQubePart(OaQube *qube, const OaQubePlane &plane, int64_t start_line, int64_t stop_line,
+                         int64_t start_sample, int64_t stop_sample);
+// All bands at a line and sample, as an image of one line. Reads nothing else, but for gaps of less than a page.
+OaObject *OaReadQubeSpectrum(OaQube *qube, int64_t line, int64_t sample);
+
+struct OaQubeCloser {
+    void operator()(OaQube *qube) const { OaCloseQube(qube); }
+};
+using OaQubePtr = std::unique_ptr<OaQube, OaQubeCloser>;

@@ -8,7 +8,8 @@
 
 namespace {
 
-constexpr int64_t piece_bytes = int64_t{1} << 18;       // read and converted at a time: stays in a core's cache
+constexpr int64_t piece_bytes = int64_t{1} << 18;  // read and converted at a time: stays in a core's cache
+constexpr int64_t neighbour_piece_bytes = int64_t{1} << 17;
 constexpr int64_t direct_bytes = int64_t{1} << 30;      // read at a time where there is nothing to convert
 constexpr int64_t least_seek_bytes = int64_t{1} << 12;  // up to here reading on costs less than seeking
 
@@ -83,6 +84,8 @@ StridedReader::Piece StridedReader::largest_piece(const Piece &all) const {
     const int64_t gap = layout_.line_stride - layout_.span(all.samples);
     if (all.lines > 1 && gap <= least_seek_bytes && layout_.line_stride <= piece_bytes)
         return {std::min(all.lines, piece_bytes / layout_.line_stride), all.samples};
+    if (layout_.sample_stride - layout_.sample_bytes > least_seek_bytes)
+        return {1, 1};
     const int64_t limit = plan_.as_stored() && is_packed() ? direct_bytes : piece_bytes;
     return {1, std::min(all.samples, std::max<int64_t>(1, limit / layout_.sample_stride))};
 }
@@ -172,6 +175,35 @@ bool StridedReader::read(const SampleLayout &layout, const SampleRectangle &rect
                             rectangle.sample + samples_read % rectangle.samples};
                 return true;
             }
+        }
+    }
+    return true;
+}
+
+// Pieces are small enough that their bytes stay in the cache while one neighbour after the other is taken out.
+bool StridedReader::read_neighbours(const SampleLayout &layout, const SampleRectangle &rectangle,
+                                    const std::vector<uint8_t *> &out) {
+    layout_ = layout;
+    SampleRectangle all = rectangle;
+    if (rectangle.sample == 0 && layout.line_stride == rectangle.samples * layout.sample_stride)
+        all = {0, 1, rectangle.line * rectangle.samples, rectangle.area()};  // one long line
+    const auto neighbours = static_cast<int64_t>(out.size());
+    const int64_t more = (neighbours - 1) * layout.sample_bytes;
+    const int64_t at_a_time = std::clamp<int64_t>(neighbour_piece_bytes / layout.sample_stride, 1, all.samples);
+    stored_.resize(std::max(stored_.size(), static_cast<size_t>(layout.span(at_a_time) + more)));
+    int64_t done = 0;
+    for (int64_t line = 0; line < all.lines; ++line) {
+        for (int64_t sample = 0; sample < all.samples; sample += at_a_time) {
+            const int64_t samples = std::min(at_a_time, all.samples - sample);
+            const int64_t bytes = layout.span(samples) + more;
+            int64_t held = 0;
+            if (!read_bytes(layout.position(all.line + line, all.sample + sample), bytes, stored_.data(), &held) ||
+                held < bytes)
+                return false;
+            for (int64_t i = 0; i < neighbours; ++i)
+                convert_line(stored_.data() + i * layout.sample_bytes,
+                             out[static_cast<size_t>(i)] + done * sample_size(), samples);
+            done += samples;
         }
     }
     return true;

@@ -46,6 +46,11 @@ class StridedReader {
     // stay 0 and are told in `missing`. False after reporting.
     bool read(const SampleLayout &layout, const SampleRectangle &rectangle, uint8_t *out, ShortRead *missing);
 
+    // The same for neighbours that lie item by item within each other: `out[i]` receives the samples of the layout that
+    // begins i samples later. Items keep their size. False when reading fails or the file ends.
+    bool read_neighbours(const SampleLayout &layout, const SampleRectangle &rectangle,
+                         const std::vector<uint8_t *> &out);
+
     int64_t sample_size() const { return plan_.items_per_sample * plan_.item.dst.size; }  // bytes, native
     const SamplePlan &plan() const { return plan_; }
 

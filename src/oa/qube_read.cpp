@@ -1,0 +1,311 @@
+// Planes and spectra of qubes.
+#include "base/file.h"
+#include "oa/binrep.h"
+#include "oa/qube.h"
+#include "oa/qube_bands.h"
+#include "oa/qube_layout.h"
+#include "oa/strided_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr const char *reader_name = "OaReadQube";
+
+// Reads items of one type and size.
+struct ItemReader {
+    std::string type;
+    int64_t bytes;
+    OdlTree label;  // of one native sample
+    std::unique_ptr<StridedReader> reader;
+};
+
+long long shown(int64_t number) {
+    return static_cast<long long>(number);
+}
+
+}  // namespace
+
+struct OaQube {
+    OaQubeKeywords keywords;
+    std::string file_name;
+    int64_t start = 0;       // byte of the file
+    int64_t bytes_held = 0;  // from there on
+    QubeLayout layout;
+    OaStreamPtr stream;
+    std::vector<ItemReader> readers;
+    QubeBandGroup bands;
+
+    int place_of(OaQubeAxis axis) const {
+        return static_cast<int>(std::find(keywords.order.begin(), keywords.order.end(), axis) - keywords.order.begin());
+    }
+};
+
+namespace {
+
+// --- What is where --------------------------------------------------------------------------------------------------
+
+struct ImageAxes {
+    OaQubeAxis samples;
+    OaQubeAxis lines;
+};
+constexpr ImageAxes image_axes(OaQubeAxis across) {
+    switch (across) {
+        case OA_SAMPLE_AXIS:
+            return {OA_LINE_AXIS, OA_BAND_AXIS};
+        case OA_LINE_AXIS:
+            return {OA_SAMPLE_AXIS, OA_BAND_AXIS};
+        default:
+            return {OA_SAMPLE_AXIS, OA_LINE_AXIS};
+    }
+}
+
+SampleLayout layout_of(const OaQube &qube, const OaQubePlane &plane, int64_t item_bytes) {
+    const int place = qube.place_of(plane.axis);
+    const QubePlaneLayout layout = plane.is_suffix ? suffix_plane_layout(qube.layout, place, plane.number - 1)
+                                                   : core_plane_layout(qube.layout, place, plane.number - 1);
+    const ImageAxes axes = image_axes(plane.axis);
+    const auto stride = [&](OaQubeAxis axis) { return layout.stride[static_cast<size_t>(qube.place_of(axis))]; };
+    return {layout.first, stride(axes.lines), stride(axes.samples), item_bytes};
+}
+
+bool check_rectangle(const OaQube &qube, const OaQubePlane &plane, const SampleRectangle &rectangle,
+                     const SampleLayout &layout) {
+    const int64_t end =
+        layout.position(rectangle.line + rectangle.lines - 1, rectangle.sample + rectangle.samples - 1) +
+        layout.sample_bytes;
+    if (end <= qube.bytes_held)
+        return true;
+    OaReportFailure(502,
+                    "%s: the part of %s%s plane %lld ends with byte %lld of the qube, which takes %lld; %s holds %lld "
+                    "from its byte %lld on.",
+                    reader_name, OaQubeAxisName(plane.axis), plane.is_suffix ? " suffix" : "", shown(plane.number),
+                    shown(end), shown(qube.layout.total), qube.file_name.c_str(), shown(qube.bytes_held),
+                    shown(qube.start) + 1);
+    return false;
+}
+
+// --- Reading --------------------------------------------------------------------------------------------------------
+
+OdlTree sample_label(const OaQubeItem &item, int64_t lines, int64_t samples) {
+    OdlTree label(OdlNewObjDesc("IMAGE", nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0));
+    OaLongtoKwdValue("LINES", label.get(), lines);
+    OaLongtoKwdValue("LINE_SAMPLES", label.get(), samples);
+    OaLongtoKwdValue("SAMPLE_BITS", label.get(), item.bytes * 8);
+    OaStrtoKwdValue("SAMPLE_TYPE", label.get(), item.type.c_str());
+    return label;
+}
+
+// Null after reporting.
+ItemReader *reader_of(OaQube *qube, const OaQubeItem &item, bool is_suffix) {
+    if (OaQubeNumberKind(item) == OaNumberKind::None || (is_suffix && item.bytes > qube->keywords.suffix_bytes)) {
+        OaReportFailure(520, "%s: %s_ITEM_TYPE = %s with %s_ITEM_BYTES = %lld (SUFFIX_BYTES = %lld) is not supported.",
+                        reader_name, is_suffix ? "SUFFIX" : "CORE", item.type.c_str(), is_suffix ? "SUFFIX" : "CORE",
+                        shown(item.bytes), shown(qube->keywords.suffix_bytes));
+        return nullptr;
+    }
+    for (ItemReader &known : qube->readers)
+        if (known.type == item.type && known.bytes == item.bytes)
+            return &known;
+    const OdlTree label = sample_label(item, 1, 1);
+    OaImageKeywords image;
+    image.sample_bits = item.bytes * 8;
+    SamplePlan plan;
+    if (!make_sample_plan(reader_name, label.get(), image, OA_BINARY, &plan))
+        return nullptr;
+    ItemReader reader = {item.type, item.bytes, std::move(plan.label), nullptr};
+    reader.reader = std::make_unique<StridedReader>(reader_name, std::move(plan), qube->stream.get());
+    return &qube->readers.emplace_back(std::move(reader));
+}
+
+template <typename T>
+void transpose_as(const uint8_t *src, int64_t rows, int64_t columns, uint8_t *dst) {
+    constexpr int64_t tile = 32;
+    const auto *from = reinterpret_cast<const T *>(src);
+    auto *to = reinterpret_cast<T *>(dst);
+    for (int64_t row = 0; row < rows; row += tile)
+        for (int64_t column = 0; column < columns; column += tile)
+            for (int64_t c = column; c < std::min(columns, column + tile); ++c)
+                for (int64_t r = row; r < std::min(rows, row + tile); ++r)
+                    to[c * rows + r] = from[r * columns + c];
+}
+
+// Blocks of OaMalloc are aligned for any sample.
+void transpose(const uint8_t *src, int64_t rows, int64_t columns, int64_t sample_bytes, uint8_t *dst) {
+    switch (sample_bytes) {
+        case 1:
+            return transpose_as<uint8_t>(src, rows, columns, dst);
+        case 2:
+            return transpose_as<uint16_t>(src, rows, columns, dst);
+        case 4:
+            return transpose_as<uint32_t>(src, rows, columns, dst);
+        default:
+            return transpose_as<uint64_t>(src, rows, columns, dst);
+    }
+}
+
+OaPtr<uint8_t> new_samples(int64_t bytes) {
+    OaPtr<uint8_t> samples(static_cast<uint8_t *>(OaZeroedMalloc(static_cast<size_t>(bytes))));
+    if (!samples)
+        OaReportFailure(720, "%s: no memory for %lld bytes of samples.", reader_name, shown(bytes));
+    return samples;
+}
+
+bool read_into(StridedReader *reader, const SampleLayout &layout, const SampleRectangle &rectangle, uint8_t *out) {
+    ShortRead missing;
+    if (!reader->read(layout, rectangle, out, &missing))
+        return false;
+    if (missing.bytes_read == missing.bytes_wanted)
+        return true;
+    OaReportFailure(700, "%s: the file became shorter: %lld of %lld bytes were read.", reader_name,
+                    shown(missing.bytes_read), shown(missing.bytes_wanted));
+    return false;
+}
+
+// The rectangle's samples, read in the order of the file. Null after reporting.
+OaPtr<uint8_t> read_samples(StridedReader *reader, const SampleLayout &layout, const SampleRectangle &rectangle) {
+    const int64_t bytes = rectangle.area() * reader->sample_size();
+    OaPtr<uint8_t> samples = new_samples(bytes);
+    const bool across = rectangle.lines > 1 && rectangle.samples > 1 && layout.sample_stride > layout.line_stride;
+    if (!across)
+        return samples && read_into(reader, layout, rectangle, samples.get()) ? std::move(samples) : nullptr;
+    const OaPtr<uint8_t> turned = samples ? new_samples(bytes) : nullptr;
+    const SampleLayout file_order = {layout.first, layout.sample_stride, layout.line_stride, layout.sample_bytes};
+    const SampleRectangle file_part = {rectangle.sample, rectangle.samples, rectangle.line, rectangle.lines};
+    if (!turned || !read_into(reader, file_order, file_part, turned.get()))
+        return nullptr;
+    transpose(turned.get(), rectangle.samples, rectangle.lines, reader->sample_size(), samples.get());
+    return samples;
+}
+
+// A whole band that is held since neighbours were asked for; null when it must be read.
+OaPtr<uint8_t> held_band(OaQube *qube, const OaQubePlane &plane, StridedReader *reader,
+                         const SampleRectangle &rectangle) {
+    const OaQubeExtent extent = OaQubePlaneExtent(qube->keywords, OA_BAND_AXIS);
+    if (plane.axis != OA_BAND_AXIS || plane.is_suffix || qube->place_of(OA_BAND_AXIS) != 0 ||
+        rectangle.area() != extent.lines * extent.samples || qube->place_of(OA_SAMPLE_AXIS) != 1)
+        return nullptr;
+    SampleLayout first_band = layout_of(*qube, {OA_BAND_AXIS, 1, false}, qube->keywords.core.bytes);
+    first_band.first += qube->start;
+    if (!qube->bands.step_to(reader, first_band, rectangle, plane.number - 1, qube->keywords.core_items[OA_BAND_AXIS]))
+        return nullptr;
+    const int64_t bytes = rectangle.area() * reader->sample_size();
+    OaPtr<uint8_t> samples(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(bytes))));
+    if (samples)
+        memcpy(samples.get(), qube->bands.samples(plane.number - 1), static_cast<size_t>(bytes));
+    return samples;
+}
+
+OaObject *as_object(const ItemReader &reader, const SampleRectangle &part, OaPtr<uint8_t> samples) {
+    OdlTree label(OaCopyTree(reader.label.get(), OA_COPY_LABEL));
+    OaLongtoKwdValue("LINES", label.get(), part.lines);
+    OaLongtoKwdValue("LINE_SAMPLES", label.get(), part.samples);
+    OaLongtoKwdValue("FIRST_LINE", label.get(), part.line + 1);
+    OaLongtoKwdValue("FIRST_SAMPLE", label.get(), part.sample + 1);
+    return OaNewOaObject(label.release(), samples.release(), part.area() * reader.reader->sample_size());
+}
+
+}  // namespace
+
+OaQubeExtent OaQubePlaneExtent(const OaQubeKeywords &qube, OaQubeAxis axis) {
+    const ImageAxes axes = image_axes(axis);
+    return {qube.core_items[axes.lines], qube.core_items[axes.samples]};
+}
+
+OaQube *OaOpenQube(const ObjDesc *qube_node) {
+    auto qube = std::make_unique<OaQube>();
+    OaFileKeywords file;
+    if (OaGetQubeKeywords(qube_node, &qube->keywords) != 0 || OaGetFileKeywords(qube_node, &file) != 0)
+        return nullptr;
+    if (file.record_type == OA_VARIABLE_LENGTH || file.interchange_format != OA_BINARY) {
+        OaReportFailure(520,
+                        "%s: qubes in variable-length records or with INTERCHANGE_FORMAT = ASCII are not supported.",
+                        __func__);
+        return nullptr;
+    }
+    qube->stream = open_samples(__func__, file.file_name);
+    if (!qube->stream)
+        return nullptr;
+    qube->file_name = file.file_name;
+    qube->start = file.start;
+    qube->bytes_held = std::max<int64_t>(0, util_file_size(qube->stream->file.get()) - file.start);
+    qube->layout = choose_qube_layout(qube->keywords, qube->bytes_held);
+    return reader_of(qube.get(), qube->keywords.core, false) ? qube.release() : nullptr;
+}
+
+OaQube *OaCloseQube(OaQube *qube) {
+    delete qube;
+    return nullptr;
+}
+
+const OaQubeKeywords &OaKeywordsOfQube(const OaQube *qube) {
+    return qube->keywords;
+}
+
+const OaQubeItem *OaItemOfPlane(const OaQube *qube, const OaQubePlane &plane) {
+    const OaQubeKeywords &keywords = qube->keywords;
+    const int64_t items = plane.is_suffix ? keywords.suffixes[plane.axis].items : keywords.core_items[plane.axis];
+    if (plane.number < 1 || plane.number > items)
+        return nullptr;
+    return plane.is_suffix ? &OaQubeSuffixItem(keywords, plane.axis, plane.number - 1) : &keywords.core;
+}
+
+OaObject *OaReadQubePlane(OaQube *qube, const OaQubePlane &plane) {
+    const OaQubeExtent extent = OaQubePlaneExtent(qube->keywords, plane.axis);
+    return OaReadQubePart(qube, plane, 1, extent.lines, 1, extent.samples);
+}
+
+OaObject *OaReadQubePart(OaQube *qube, const OaQubePlane &plane, int64_t start_line, int64_t stop_line,
+                         int64_t start_sample, int64_t stop_sample) {
+    const OaQubeItem *item = OaItemOfPlane(qube, plane);
+    const OaQubeExtent extent = OaQubePlaneExtent(qube->keywords, plane.axis);
+    if (!item || start_line < 1 || stop_line < start_line || stop_line > extent.lines || start_sample < 1 ||
+        stop_sample < start_sample || stop_sample > extent.samples) {
+        OaReportFailure(502, "%s: there are no lines %lld to %lld, samples %lld to %lld in %s%s plane %lld.", __func__,
+                        shown(start_line), shown(stop_line), shown(start_sample), shown(stop_sample),
+                        OaQubeAxisName(plane.axis), plane.is_suffix ? " suffix" : "", shown(plane.number));
+        return nullptr;
+    }
+    const ItemReader *reader = reader_of(qube, *item, plane.is_suffix);
+    if (!reader)
+        return nullptr;
+    const SampleRectangle part = {start_line - 1, stop_line - start_line + 1, start_sample - 1,
+                                  stop_sample - start_sample + 1};
+    SampleLayout layout = layout_of(*qube, plane, item->bytes);
+    if (!check_rectangle(*qube, plane, part, layout))
+        return nullptr;
+    layout.first += qube->start;
+    OalResetBinrepErrors();
+    OaPtr<uint8_t> samples = held_band(qube, plane, reader->reader.get(), part);
+    if (!samples)
+        samples = read_samples(reader->reader.get(), layout, part);
+    if (!samples)
+        return nullptr;
+    OalReportBinrepErrors(__func__);
+    return as_object(*reader, part, std::move(samples));
+}
+
+OaObject *OaReadQubeSpectrum(OaQube *qube, int64_t line, int64_t sample) {
+    const OaQubeKeywords &keywords = qube->keywords;
+    if (line < 1 || line > keywords.core_items[OA_LINE_AXIS] || sample < 1 ||
+        sample > keywords.core_items[OA_SAMPLE_AXIS]) {
+        OaReportFailure(502, "%s: there is no line %lld, sample %lld in the qube.", __func__, shown(line),
+                        shown(sample));
+        return nullptr;
+    }
+    // A column of the plane across SAMPLE: its bands are the lines of that image.
+    const OaObjectPtr column(
+        OaReadQubePart(qube, {OA_SAMPLE_AXIS, sample, false}, 1, keywords.core_items[OA_BAND_AXIS], line, line));
+    if (!column)
+        return nullptr;
+    OaObject *spectrum = OaNewOaObject(column->odl, column->data, column->size);
+    column->odl = nullptr;
+    column->data = nullptr;
+    OaLongtoKwdValue("LINES", spectrum->odl, 1);
+    OaLongtoKwdValue("LINE_SAMPLES", spectrum->odl, keywords.core_items[OA_BAND_AXIS]);
+    OaLongtoKwdValue("FIRST_LINE", spectrum->odl, 1);
+    OaLongtoKwdValue("FIRST_SAMPLE", spectrum->odl, 1);
+    return spectrum;
+}

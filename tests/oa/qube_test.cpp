@@ -1,0 +1,404 @@
+// Qubes: labels, layout, planes, spectra and values.
+#include "oa/qube_layout.h"
+#include "support/hex.h"
+#include "support/product.h"
+#include "support/qube_product.h"
+#include "support/silent_reports.h"
+
+#include <cmath>
+
+namespace {
+
+using Order = std::array<OaQubeAxis, oa_qube_axes>;
+constexpr OaQubeAxis S = OA_SAMPLE_AXIS, L = OA_LINE_AXIS, B = OA_BAND_AXIS;
+constexpr Order orders[] = {{S, L, B}, {S, B, L}, {B, S, L}, {B, L, S}, {L, S, B}, {L, B, S}};
+
+// All values of an object, by its own label.
+std::vector<double> values_of(const OaObject *object) {
+    if (!object)
+        return {-1};
+    OaQubeItem item;
+    const char *type = "";
+    int64_t bits = 0;
+    OaKwdValuetoStr("SAMPLE_TYPE", object->odl, &type);
+    OaKwdValuetoLong("SAMPLE_BITS", object->odl, &bits);
+    item.type = util_without(type, '"');
+    item.bytes = bits / 8;
+    EXPECT_TRUE(item.type.starts_with("LSB") || item.type.starts_with("PC")) << item.type;
+    std::vector<double> values;
+    for (int64_t at = 0; at < object->size; at += item.bytes)
+        values.push_back(OaQubeValueOf(item, static_cast<const char *>(object->data) + at).physical);
+    return values;
+}
+
+std::string extent_of(const OaObject *object) {
+    return object ? keyword_of(object->odl, "LINES") + " x " + keyword_of(object->odl, "LINE_SAMPLES") : error_string;
+}
+
+class Qube : public testing::Test {
+  protected:
+    OaQubePtr open(const std::string &label) {
+        const OdlTree root(OaParseLabelFile(label.c_str(), nullptr, 0, 1));
+        return OaQubePtr(OaOpenQube(OdlFindObjDesc(root.get(), "*QUBE", nullptr, nullptr, 1, SCOPE_TO_END)));
+    }
+    OaQubePtr open(const QubeProduct &product, int64_t skipped = 0) {
+        return open(write_qube(folder_, "Q", product, skipped));
+    }
+
+    SilentReports reports_;
+    ScratchFolder folder_;
+};
+
+// Plane `number` across `axis`, of value_at(u, v): u and v along the other axes in the order SAMPLE, LINE, BAND.
+template <typename ValueAt>
+void expect_plane(OaQube *qube, const OaQubePlane &plane, const QubeProduct &product, ValueAt value_at) {
+    const int64_t width = product.core[plane.axis == S ? L : S];
+    const int64_t height = product.core[plane.axis == B ? L : B];
+    std::vector<double> expected;
+    for (int64_t v = 1; v <= height; ++v)
+        for (int64_t u = 1; u <= width; ++u)
+            expected.push_back(static_cast<double>(value_at(u, v)));
+    const OaObjectPtr object(OaReadQubePlane(qube, plane));
+    ASSERT_EQ(extent_of(object.get()), util_format("%d x %d", static_cast<int>(height), static_cast<int>(width)));
+    EXPECT_EQ(values_of(object.get()), expected) << plane.axis << " " << plane.number << " " << plane.is_suffix;
+}
+
+void expect_qube(OaQube *qube, const QubeProduct &product) {
+    ASSERT_TRUE(qube) << error_string;
+    for (int64_t n = 1; n <= product.core[B]; ++n)
+        expect_plane(qube, {B, n}, product, [n](int64_t u, int64_t v) { return core_value(u, v, n); });
+    for (int64_t n = 1; n <= product.core[L]; ++n)
+        expect_plane(qube, {L, n}, product, [n](int64_t u, int64_t v) { return core_value(u, n, v); });
+    for (int64_t n = 1; n <= product.core[S]; ++n)
+        expect_plane(qube, {S, n}, product, [n](int64_t u, int64_t v) { return core_value(n, u, v); });
+    for (const OaQubeAxis axis : {S, L, B})
+        for (int64_t n = 1; n <= product.suffix[axis]; ++n)
+            expect_plane(qube, {axis, n, true}, product,
+                         [=](int64_t u, int64_t v) { return suffix_value(axis, n, u, v); });
+    for (int64_t line = 1; line <= product.core[L]; ++line)
+        for (int64_t sample = 1; sample <= product.core[S]; ++sample) {
+            const OaObjectPtr spectrum(OaReadQubeSpectrum(qube, line, sample));
+            std::vector<double> expected;
+            for (int64_t band = 1; band <= product.core[B]; ++band)
+                expected.push_back(static_cast<double>(core_value(sample, line, band)));
+            EXPECT_EQ(values_of(spectrum.get()), expected) << sample << ", " << line;
+        }
+    const OaObjectPtr part(OaReadQubePart(qube, {B, 2}, 2, 3, 2, 4));
+    EXPECT_EQ(values_of(part.get()), (std::vector<double>{82, 83, 84, 90, 91, 92}));
+    EXPECT_EQ(keyword_of(part->odl, "FIRST_SAMPLE"), "2");
+}
+
+// --- Where the items are
+// ----------------------------------------------------------------------------------------------
+
+TEST_F(Qube, FindsEachItemInEveryOrderOfAxes) {
+    for (const Order &order : orders) {
+        for (const QubeProduct::Sizes &suffix : {QubeProduct::Sizes{}, {2, 0, 0}, {0, 1, 0}, {0, 0, 3}, {2, 1, 3}}) {
+            for (const bool corners : {true, false}) {
+                QubeProduct product = {.order = order, .suffix = suffix, .corners = corners};
+                SCOPED_TRACE(product.object() + (corners ? "corners" : ""));
+                expect_qube(open(product, 7).get(), product);
+                product.suffix_bytes = 8;
+                product.suffix_item_bytes = 2;
+                product.suffix_type = "LSB_INTEGER";
+                expect_qube(open(product).get(), product);
+            }
+        }
+    }
+    EXPECT_TRUE(reports_.nothing_written());
+}
+
+TEST_F(Qube, ReadsEveryTypeOfCoreItems) {
+    struct {
+        const char *type;
+        std::vector<int64_t> sizes;
+    } const cases[] = {{"MSB_INTEGER", {1, 2, 4, 8}},
+                       {"\"UNSIGNED_INTEGER\"", {1, 2, 4, 8}},
+                       {"LSB_INTEGER", {1, 2, 4, 8}},
+                       {"PC_UNSIGNED_INTEGER", {1, 2, 4, 8}},
+                       {"IBM_INTEGER", {2, 4}},
+                       {"VAX_INTEGER", {2, 4}},
+                       {"BOOLEAN", {1}},
+                       {"IEEE_REAL", {4, 8}},
+                       {"REAL", {4, 8}},
+                       {"PC_REAL", {4, 8}},
+                       {"VAX_REAL", {4, 8}},
+                       {"VAX_DOUBLE", {8}},
+                       {"VAXG_REAL", {8}}};
+    for (const auto &c : cases)
+        for (const int64_t size : c.sizes)
+            for (const Order &order : orders) {
+                const QubeProduct product = {
+                    .order = order, .core = {4, 3, 3}, .suffix = {1, 0, 0}, .type = c.type, .bytes = size};
+                SCOPED_TRACE(util_format("%s %d", c.type, static_cast<int>(size)));
+                expect_qube(open(product).get(), product);
+            }
+    for (const char *type : {"CHARACTER", "IBM_REAL", "MSB_BIT_STRING", "msb_integer", "N/A"}) {
+        EXPECT_FALSE(open(QubeProduct{.type = type, .bytes = 4}));
+        EXPECT_EQ(oa_errno, 520);
+        EXPECT_NE(error_string.find("CORE_ITEM_TYPE = "), std::string::npos);
+    }
+}
+
+// Bands within each other are read several at a time once they are asked for in turn; gaps and lines are longer here
+// than what is read at once.
+TEST_F(Qube, GivesTheSameBandsInAnyTurn) {
+    for (const Order &order : {Order{B, S, L}, {B, L, S}, {S, B, L}}) {
+        const QubeProduct product = {.order = order, .core = {70, 900, 3}, .suffix = {0, 0, 1}, .bytes = 4};
+        const std::string label = write_qube(folder_, "Q", product);
+        const OaQubePtr stepping = open(label);
+        for (const int64_t band : {1, 2, 3, 2, 1, 3, 2}) {
+            SCOPED_TRACE(band);
+            expect_plane(stepping.get(), {B, band}, product,
+                         [=](int64_t u, int64_t v) { return core_value(u, v, band); });
+        }
+    }
+}
+
+// A qube of 2^40 bytes, none of which the file has but the last: only arithmetic in 64 bits finds it.
+TEST_F(Qube, ReachesItemsBehindFourGigabytes) {
+    const std::string label =
+        folder_.write("Q.LBL",
+                      "^QUBE = (\"Q.QUB\", 1)\nOBJECT = SPECTRAL_QUBE\n AXES = 3\n CORE_ITEMS = (32768, 16384, 1024)\n"
+                      " CORE_ITEM_BYTES = 2\n CORE_ITEM_TYPE = LSB_INTEGER\nEND_OBJECT\nEND\n");
+    folder_.write("Q.QUB", "");
+    std::filesystem::resize_file(folder_.file("Q.QUB"), uint64_t{1} << 40);
+    std::fstream file(folder_.file("Q.QUB"), std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(-2, std::ios::end);
+    file.write("\x39\x05", 2).flush();
+    const std::string text = read_file(label);
+    folder_.write("Q.LBL", "^SPECTRAL_QUBE" + text.substr(5));
+    const OaQubePtr qube = open(label);
+    ASSERT_TRUE(qube) << error_string;
+    EXPECT_EQ(values_of(OaObjectPtr(OaReadQubeSpectrum(qube.get(), 16384, 32768)).get()).back(), 1337);
+    EXPECT_EQ(values_of(OaObjectPtr(OaReadQubePart(qube.get(), {B, 1024}, 16384, 16384, 32767, 32768)).get()),
+              (std::vector<double>{0, 1337}));
+}
+
+// --- Files that end early
+// ---------------------------------------------------------------------------------------------
+
+TEST_F(Qube, RefusesWhatTheFileDoesNotHold) {
+    for (const Order &order : orders) {
+        const QubeProduct product = {.order = order, .suffix = {1, 2, 1}};
+        const std::string label = write_qube(folder_, "Q", product);
+        const std::string data = product.data();
+        const OaQubePtr whole = open(label);
+        for (size_t size = 0; size < data.size(); size += 7) {
+            folder_.write("Q.QUB", std::string_view(data).substr(0, size));
+            const OaQubePtr cut = open(label);
+            ASSERT_TRUE(cut);
+            for (const OaQubePlane plane : {OaQubePlane{B, 1}, {B, 2}, {L, 1}, {S, 4}, {B, 1, true}, {L, 2, true}}) {
+                const OaObjectPtr object(OaReadQubePlane(cut.get(), plane));
+                if (object)
+                    EXPECT_EQ(object->size, int64_t(values_of(object.get()).size()) * (plane.is_suffix ? 4 : 2));
+                else
+                    EXPECT_NE(error_string.find(util_format("holds %d from", static_cast<int>(size))),
+                              std::string::npos)
+                        << error_string;
+            }
+        }
+    }
+    const QubeProduct product;
+    const std::string label = write_qube(folder_, "Q", product);
+    folder_.write("Q.QUB", product.data().substr(0, 24 + 23));
+    const OaQubePtr cut = open(label);
+    expect_plane(cut.get(), {B, 1}, product, [](int64_t u, int64_t v) { return core_value(u, v, 1); });
+    EXPECT_FALSE(OaReadQubePlane(cut.get(), {B, 2}));
+    EXPECT_EQ(oa_errno, 502);
+    EXPECT_EQ(values_of(OaObjectPtr(OaReadQubePart(cut.get(), {B, 2}, 1, 3, 1, 3)).get()).back(), core_value(3, 3, 2));
+    EXPECT_FALSE(OaReadQubeSpectrum(cut.get(), 3, 4));
+}
+
+// --- Labels
+// -------------------------------------------------------------------------------------------------------------
+
+// The label's lines of a small qube with some replaced ("KEY = VALUE") or left out ("KEY").
+int read_keywords(const std::vector<std::string> &changes, OaQubeKeywords *out, const char *group = "") {
+    std::vector<std::string> lines = {"AXES = 3",
+                                      "AXIS_NAME = (SAMPLE, BAND, LINE)",
+                                      "CORE_ITEMS = (4, 2, 3)",
+                                      "CORE_ITEM_BYTES = 2",
+                                      "CORE_ITEM_TYPE = MSB_INTEGER",
+                                      "SUFFIX_ITEMS = (2, 1, 0)"};
+    for (const std::string &change : changes) {
+        const std::string name = change.substr(0, change.find(' '));
+        std::erase_if(lines, [&](const std::string &line) { return line.starts_with(name + " "); });
+        if (name != change)
+            lines.push_back(change);
+    }
+    std::string text = "OBJECT = QUBE\n";
+    for (const std::string &line : lines)
+        text += line + "\n";
+    text += group + std::string("END_OBJECT = QUBE\nEND\n");
+    const OdlTree root(OdlParseLabelString(text.c_str(), nullptr, 0, 1));
+    return OaGetQubeKeywords(OdlFindObjDesc(root.get(), "QUBE", nullptr, nullptr, 1, SCOPE_TO_END), out);
+}
+
+TEST_F(Qube, RefusesLabelsThatDescribeNoQube) {
+    struct {
+        std::vector<std::string> changes;
+        int code;
+        const char *message;
+    } const cases[] = {
+        {{"AXES = 0"}, 502, "AXES = 0 is not a size"},
+        {{"AXES = 7"}, 520, "AXES = 7"},
+        {{"AXES = three"}, 502, "AXES = three"},
+        {{"AXES", "CORE_ITEMS = (4, 2, 3, 1)"}, 520, "AXES = 4"},
+        {{"AXIS_NAME = (SAMPLE, BAND, SAMPLE)"}, 502, "AXIS_NAME has SAMPLE twice"},
+        {{"AXIS_NAME = (SAMPLE, BAND, TIME)"}, 520, "AXIS_NAME has TIME"},
+        {{"AXIS_NAME = (SAMPLE, BAND)"}, 502, "AXIS_NAME has 2 values, AXES = 3"},
+        {{"CORE_ITEMS"}, 531, "CORE_ITEMS keyword missing"},
+        {{"CORE_ITEMS = (4, 2)"}, 502, "CORE_ITEMS has 2 values, AXES = 3"},
+        {{"CORE_ITEMS = (4, 2, 3, 1)"}, 502, "CORE_ITEMS has 4 values"},
+        {{"CORE_ITEMS = (4, 0, 3)"}, 502, "CORE_ITEMS = 0 is not a size"},
+        {{"CORE_ITEMS = (4, -1, 3)"}, 502, "CORE_ITEMS = -1"},
+        {{"CORE_ITEMS = (1099511627776, 1099511627776, 3)"}, 502, "larger than any file"},
+        {{"SUFFIX_ITEMS = (0, 0, 9223372036854775807)"}, 502, "larger than any file"},
+        {{"SUFFIX_ITEMS = (2, 1)"}, 502, "SUFFIX_ITEMS has 2 values"},
+        {{"SUFFIX_ITEMS = (2, -1, 0)"}, 502, "SUFFIX_ITEMS = -1"},
+        {{"SUFFIX_BYTES = 0"}, 502, "SUFFIX_BYTES = 0"},
+        {{"CORE_ITEM_BYTES"}, 531, "CORE_ITEM_BYTES keyword missing"},
+        {{"CORE_ITEM_BYTES = 3"}, 520, "CORE_ITEM_BYTES = 3"},
+        {{"CORE_ITEM_BYTES = (2, 2)"}, 502, "CORE_ITEM_BYTES"},
+        {{"CORE_ITEM_TYPE"}, 531, "CORE_ITEM_TYPE keyword missing"},
+        {{"CORE_ITEM_TYPE = IEEE_REAL"}, 520, "CORE_ITEM_TYPE = IEEE_REAL with CORE_ITEM_BYTES = 2"},
+        {{"CORE_MULTIPLIER = many"}, 502, "CORE_MULTIPLIER = many is not a number"},
+        {{"CORE_BASE = 1E999"}, 502, "CORE_BASE = 1E999"},
+    };
+    for (const auto &c : cases) {
+        OaQubeKeywords qube;
+        oa_errno = 0;
+        EXPECT_EQ(read_keywords(c.changes, &qube), 1) << c.message;
+        EXPECT_EQ(oa_errno, c.code) << error_string;
+        EXPECT_NE(error_string.find(c.message), std::string::npos) << error_string;
+    }
+}
+
+TEST_F(Qube, TakesWhatTheLabelSaysAndDefaults) {
+    OaQubeKeywords plain;
+    ASSERT_EQ(read_keywords({"AXES", "AXIS_NAME", "SUFFIX_ITEMS"}, &plain), 0);
+    EXPECT_EQ(plain.order, (Order{S, L, B}));
+    EXPECT_EQ(plain.core_items, (QubeProduct::Sizes{4, 2, 3}));
+    EXPECT_FALSE(plain.core.is_scaled());
+    EXPECT_EQ(plain.suffix_bytes, 4);
+    OaQubeKeywords flat;
+    ASSERT_EQ(
+        read_keywords({"AXES = 2", "AXIS_NAME = ('band', \"Line\")", "CORE_ITEMS = (5, 6)", "SUFFIX_ITEMS"}, &flat), 0);
+    EXPECT_EQ(flat.order, (Order{B, L, S}));
+    EXPECT_EQ(flat.core_items, (QubeProduct::Sizes{1, 6, 5}));
+
+    OaQubeKeywords qube;
+    ASSERT_EQ(read_keywords(
+                  {"CORE_NAME = \"RADIANCE\"", "CORE_UNIT = 'W*M**-2'", "CORE_BASE = 1.5", "CORE_MULTIPLIER = 0.25",
+                   "SAMPLE_SUFFIX_NAME = (BACKGROUND, \"DARK\")", "SAMPLE_SUFFIX_ITEM_TYPE = (IEEE_REAL, LSB_INTEGER)",
+                   "SAMPLE_SUFFIX_ITEM_BYTES = (4, 2)", "SAMPLE_SUFFIX_BASE = 7", "SAMPLE_SUFFIX_MULTIPLIER = (2, 3)",
+                   "SAMPLE_SUFFIX_NULL = (16#FF7FFFFB#, -9)", "SAMPLE_SUFFIX_UNIT = KELVIN",
+                   "BAND_SUFFIX_NAME = LATITUDE", "BAND_BIN_UNIT = MICROMETER"},
+                  &qube,
+                  "GROUP = BAND_BIN\n BAND_BIN_CENTER = (0.5 <um>, 1.25)\n BAND_BIN_WIDTH = (0.1, N/A)\n"
+                  "END_GROUP = BAND_BIN\n"),
+              0);
+    EXPECT_TRUE(qube.remarks.empty()) << qube.remarks[0];
+    EXPECT_EQ(qube.core.name + qube.core.unit, "RADIANCEW*M**-2");
+    EXPECT_EQ(qube.core.base, 1.5);
+    EXPECT_EQ(qube.core.multiplier, 0.25);
+    const OaQubeItem &dark = OaQubeSuffixItem(qube, S, 1);
+    EXPECT_EQ(dark.name + " " + dark.type + " " + dark.unit, "DARK LSB_INTEGER KELVIN");
+    EXPECT_EQ(dark.bytes, 2);
+    EXPECT_EQ(dark.base + dark.multiplier, 10);
+    EXPECT_EQ(dark.specials[OA_QUBE_NULL], 0xFFF7u);
+    EXPECT_EQ(OaQubeSuffixItem(qube, S, 0).specials[OA_QUBE_NULL], 0xFF7FFFFBu);
+    const OaQubeItem &latitude = OaQubeSuffixItem(qube, B, 0);
+    EXPECT_EQ(latitude.name + " " + latitude.type, "LATITUDE MSB_INTEGER");
+    EXPECT_EQ(latitude.bytes, 4);
+    EXPECT_EQ(qube.band_bins.centers, (std::vector<double>{0.5, 1.25}));
+    EXPECT_TRUE(std::isnan(qube.band_bins.widths.at(1)));
+    EXPECT_EQ(qube.band_bins.unit, "MICROMETER");
+}
+
+TEST_F(Qube, TellsWhatItDidNotTakeOver) {
+    struct {
+        const char *line;
+        const char *remark;
+    } const cases[] = {
+        {"CORE_NULL = nothing", "CORE_NULL = nothing is no value"},
+        {"CORE_NULL = 16#12345#", "CORE_NULL = 16#12345# is no value"},
+        {"CORE_NULL = -32769", "CORE_NULL"},
+        {"CORE_HIGH_REPR_SATURATION = 0.5", "CORE_HIGH_REPR_SATURATION"},
+        {"CORE_VALID_MINIMUM = 1E40", "CORE_VALID_MINIMUM"},
+        {"SAMPLE_SUFFIX_NAME = (A, B, C)", "SAMPLE_SUFFIX_NAME has 3 values for 2 items"},
+        {"SAMPLE_SUFFIX_BASE = (1)", "SAMPLE_SUFFIX_BASE has 1 values for 2 items"},
+        {"SAMPLE_SUFFIX_MULTIPLIER = (x, 2)", "SAMPLE_SUFFIX_MULTIPLIER = x does not count"},
+        {"BAND_SUFFIX_ITEM_BYTES = -4", "BAND_SUFFIX_ITEM_BYTES = -4 does not count"},
+        {"BAND_BIN_CENTER = (1, 2, 3)", "BAND_BIN_CENTER has 3 values for 2 bands"},
+    };
+    for (const auto &c : cases) {
+        OaQubeKeywords qube;
+        ASSERT_EQ(read_keywords({c.line}, &qube), 0) << error_string;
+        ASSERT_FALSE(qube.remarks.empty()) << c.line;
+        EXPECT_EQ(qube.remarks[0].find(c.remark), 0u) << qube.remarks[0];
+        EXPECT_EQ(OaQubeSuffixItem(qube, B, 0).bytes, 4);
+    }
+    OaQubeKeywords silent;
+    ASSERT_EQ(read_keywords({"CORE_NULL = \"N/A\"", "CORE_VALID_MINIMUM = UNK"}, &silent), 0);
+    EXPECT_TRUE(silent.remarks.empty());
+    EXPECT_FALSE(silent.core.specials[OA_QUBE_NULL] || silent.core.valid_minimum);
+}
+
+// --- Values
+// -------------------------------------------------------------------------------------------------------------
+
+TEST_F(Qube, KnowsSpecialValuesByTheirStoredBits) {
+    struct {
+        const char *type;
+        int bytes;
+        const char *lines;  // of the label
+        const char *stored;
+        const char *state;  // or, empty, the physical value
+        double physical;
+    } const cases[] = {
+        {"IEEE_REAL", 4, "CORE_NULL = 16#FF7FFFFB#", "FF7FFFFB", "NULL", 0},
+        {"PC_REAL", 4, "CORE_NULL = 16#FF7FFFFB#", "FBFF7FFF", "NULL", 0},
+        {"PC_REAL", 4, "CORE_NULL = 16#FF7FFFFB#", "FCFF7FFF", "", -3.4028228579130005e38},
+        {"IEEE_REAL", 4, "CORE_NULL = -1.5E2", "C3160000", "NULL", 0},
+        {"IEEE_REAL", 4, "CORE_LOW_INSTR_SATURATION = 16#7FC00001#", "7FC00001", "LOW_INSTR_SATURATION", 0},
+        {"IEEE_REAL", 4, "CORE_LOW_INSTR_SATURATION = 16#7FC00001#", "7FC00002", "NOT_FINITE", 0},
+        {"IEEE_REAL", 8, "CORE_NULL = 16#FFEFFFFFFFFFFFFB#", "FFEFFFFFFFFFFFFB", "NULL", 0},
+        {"IEEE_REAL", 4, "CORE_NULL = 0", "80000000", "NULL", 0},
+        {"IEEE_REAL", 4, "CORE_VALID_MINIMUM = 16#FF7FFFFA#", "FF7FFFFB", "BELOW_MINIMUM", 0},
+        {"IEEE_REAL", 4, "CORE_VALID_MINIMUM = 16#3F800000#\nCORE_BASE = 10", "3F800000", "", 11},
+        {"VAX_REAL", 4, "CORE_NULL = 16#FFFFFFFF#", "FFFFFFFF", "NULL", 0},
+        {"VAX_REAL", 4, "CORE_NULL = 16#40C02000#", "C0400020", "NULL", 0},
+        {"VAXG_REAL", 8, "CORE_NULL = 16#4018000000000001#", "1840000000000100", "NULL", 0},
+        {"MSB_INTEGER", 2, "CORE_NULL = 16#8000#", "8000", "NULL", 0},
+        {"LSB_INTEGER", 2, "CORE_NULL = -32768\nCORE_HIGH_REPR_SATURATION = 16#7FFF#", "FF7F", "HIGH_REPR_SATURATION",
+         0},
+        {"MSB_INTEGER", 2, "CORE_NULL = -32768.0\nCORE_VALID_MINIMUM = -32752", "8001", "BELOW_MINIMUM", 0},
+        {"MSB_INTEGER", 2, "CORE_VALID_MINIMUM = -32752", "8010", "", -32752},
+        {"MSB_UNSIGNED_INTEGER", 8, "CORE_NULL = 18446744073709551615", "FFFFFFFFFFFFFFFF", "NULL", 0},
+        {"UNSIGNED_INTEGER", 1, "CORE_NULL = 0\nCORE_MULTIPLIER = 0.5\nCORE_BASE = -1", "FF", "", 126.5},
+        {"UNSIGNED_INTEGER", 1, "CORE_LOW_REPR_SATURATION = 2#101#", "05", "LOW_REPR_SATURATION", 0},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.type) + " " + c.lines + " " + c.stored);
+        QubeProduct product = {.core = {1, 1, 1}, .type = c.type, .bytes = c.bytes};
+        product.more = c.lines + std::string("\n");
+        const std::string label = write_qube(folder_, "Q", product);
+        std::string bytes = from_hex(c.stored);
+        folder_.write("Q.QUB", bytes);
+        const OaQubePtr qube = open(label);
+        ASSERT_TRUE(qube) << error_string;
+        const OaObjectPtr band(OaReadQubePlane(qube.get(), {B, 1}));
+        const OaQubeItem &core = OaKeywordsOfQube(qube.get()).core;
+        EXPECT_TRUE(OaKeywordsOfQube(qube.get()).remarks.empty());
+        const OaQubeValue value = OaQubeValueOf(core, band->data);
+        EXPECT_EQ(std::string(OaQubeStateName(value.state)), c.state);
+        EXPECT_EQ(value.physical, c.physical);
+        float shown = 0;
+        OaQubePhysicalValues(core, band->data, 1, &shown);
+        EXPECT_TRUE(*c.state ? std::isnan(shown) : shown == static_cast<float>(c.physical)) << shown;
+    }
+}
+
+}  // namespace
