@@ -46,6 +46,7 @@ constexpr size_t smallest_mapped = size_t{1} << 20;
 constexpr size_t smallest_huge = size_t{1} << 22;
 constexpr size_t heap_offset = 16;
 constexpr size_t map_offset = 64;
+constexpr size_t largest_spare = size_t{1} << 26;
 constexpr uint64_t heap_origin = 0x48454150;
 constexpr uint64_t mapped_origin = 0x4d415050;
 
@@ -110,6 +111,32 @@ void *heap_block(size_t size) {
     return payload;
 }
 
+// The mapping last given back, kept for the next block of about its size: whoever steps through images of one size
+// would otherwise wait for the system to clear the same pages each time.
+struct SpareMapping {
+    void *mapping = nullptr;
+    size_t length = 0;
+
+    // Null when a block of that length is not there.
+    void *take(size_t wanted) {
+        if (!mapping || length < wanted || length / 2 > wanted)
+            return nullptr;
+        void *taken = mapping;
+        mapping = nullptr;
+        return taken;
+    }
+    void keep(void *freed, size_t freed_length) {
+        if (freed_length > largest_spare) {
+            munmap(freed, freed_length);
+            return;
+        }
+        if (mapping)
+            munmap(mapping, length);
+        mapping = freed;
+        length = freed_length;
+    }
+} spare;
+
 void *mapped_block(size_t size) {
     if (size > SIZE_MAX - map_offset)
         return nullptr;
@@ -130,11 +157,16 @@ void *mapped_block(size_t size) {
 void *OaMalloc(size_t size) {
     if (size <= largest_pooled)
         return pool_cell(size);
-    return size < smallest_mapped ? heap_block(size) : mapped_block(size);
+    if (size < smallest_mapped)
+        return heap_block(size);
+    if (size <= largest_spare - map_offset)
+        if (void *mapping = spare.take(size + map_offset))
+            return static_cast<char *>(mapping) + map_offset;  // its origin and length still stand before it
+    return mapped_block(size);
 }
 
 void *OaZeroedMalloc(size_t size) {
-    void *block = OaMalloc(size);
+    void *block = size < smallest_mapped ? OaMalloc(size) : mapped_block(size);
     if (block && size < smallest_mapped)
         memset(block, 0, size);
     return block;
@@ -152,7 +184,7 @@ void OaFree(void *block) {
         free(static_cast<char *>(block) - heap_offset);
     } else {
         char *payload = static_cast<char *>(block);
-        munmap(payload - map_offset, origin_of(payload - header_size));
+        spare.keep(payload - map_offset, origin_of(payload - header_size));
     }
 }
 

@@ -14,22 +14,25 @@ bool QubeBandGroup::step_to(StridedReader *reader, const SampleLayout &band_0, c
     last_asked_ = band;
     if (holds(band))
         return true;
-    const int64_t band_bytes = whole.area() * band_0.sample_bytes;
-    const int64_t count = std::min(bands, largest_group / band_bytes);
+    band_bytes_ = whole.area() * band_0.sample_bytes;
+    const int64_t count = std::min(bands, largest_group / band_bytes_);
     if ((step != 1 && step != -1) || count < 2 || reader->sample_size() != band_0.sample_bytes)
         return false;
-    held_.clear();
+    if (count != count_)
+        held_.reset(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(count * band_bytes_))));
+    count_ = 0;
+    if (!held_)
+        return false;
     first_ = std::clamp<int64_t>(step > 0 ? band : band - count + 1, 0, bands - count);
     std::vector<uint8_t *> out;
-    for (int64_t i = 0; i < count; ++i) {
-        held_.emplace_back(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(band_bytes))));
-        out.push_back(held_.back().get());
-    }
+    for (int64_t i = 0; i < count; ++i)
+        out.push_back(held_.get() + i * band_bytes_);
     SampleLayout first_band = band_0;
     first_band.first += first_ * band_0.sample_bytes;
-    const bool read =
-        std::find(out.begin(), out.end(), nullptr) == out.end() && reader->read_neighbours(first_band, whole, out);
-    if (!read)
-        held_.clear();
-    return read;
+    if (!reader->read_neighbours(first_band, whole, out)) {
+        held_.reset();
+        return false;
+    }
+    count_ = count;
+    return true;
 }

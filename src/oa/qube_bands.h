@@ -4,7 +4,6 @@
 #include "oa/strided_reader.h"
 
 #include <cstdint>
-#include <vector>
 
 class QubeBandGroup {
   public:
@@ -14,12 +13,14 @@ class QubeBandGroup {
     bool step_to(StridedReader *reader, const SampleLayout &band_0, const SampleRectangle &whole, int64_t band,
                  int64_t bands);
     // The native samples of the band that step_to said is held.
-    const uint8_t *samples(int64_t band) const { return held_[static_cast<size_t>(band - first_)].get(); }
+    const uint8_t *samples(int64_t band) const { return held_.get() + (band - first_) * band_bytes_; }
 
   private:
-    bool holds(int64_t band) const { return band >= first_ && band < first_ + static_cast<int64_t>(held_.size()); }
+    bool holds(int64_t band) const { return band >= first_ && band < first_ + count_; }
 
     int64_t last_asked_ = -2;
     int64_t first_ = 0;
-    std::vector<OaPtr<uint8_t>> held_;
+    int64_t count_ = 0;
+    int64_t band_bytes_ = 0;
+    OaPtr<uint8_t> held_;  // in one block, which lies in large pages
 };

@@ -147,7 +147,7 @@ void transpose(const uint8_t *src, int64_t rows, int64_t columns, int64_t sample
 }
 
 OaPtr<uint8_t> new_samples(int64_t bytes) {
-    OaPtr<uint8_t> samples(static_cast<uint8_t *>(OaZeroedMalloc(static_cast<size_t>(bytes))));
+    OaPtr<uint8_t> samples(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(bytes))));
     if (!samples)
         OaReportFailure(720, "%s: no memory for %lld bytes of samples.", reader_name, shown(bytes));
     return samples;

@@ -134,7 +134,7 @@ class ValueReader {
         T stored;
         memcpy(&stored, sample, sizeof stored);
         // By bits first: a special value may be a NaN. Then by value: zeros have two forms.
-        for (int i = 0; i < count_; ++i)
+        for (size_t i = 0; i < count_; ++i)
             if (specials_[i].bits == std::bit_cast<Bits<T>>(stored) || specials_[i].value == stored)
                 return {specials_[i].state, 0};
         if constexpr (std::is_floating_point_v<T>)
@@ -158,7 +158,7 @@ class ValueReader {
     double base_;
     double multiplier_;
     std::array<Special, oa_qube_specials> specials_ = {};
-    int count_ = 0;
+    size_t count_ = 0;
     std::optional<T> minimum_;
 };
 

@@ -3,13 +3,15 @@
 #include "oa/strided_reader.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <initializer_list>
+#include <unistd.h>
 
 namespace {
 
 constexpr int64_t piece_bytes = int64_t{1} << 18;  // read and converted at a time: stays in a core's cache
-constexpr int64_t neighbour_piece_bytes = int64_t{1} << 17;
+constexpr int64_t neighbour_piece_bytes = int64_t{1} << 16;
 constexpr int64_t direct_bytes = int64_t{1} << 30;      // read at a time where there is nothing to convert
 constexpr int64_t least_seek_bytes = int64_t{1} << 12;  // up to here reading on costs less than seeking
 
@@ -90,19 +92,21 @@ StridedReader::Piece StridedReader::largest_piece(const Piece &all) const {
     return {1, std::min(all.samples, std::max<int64_t>(1, limit / layout_.sample_stride))};
 }
 
+// One call of the system for each read: a band of a line-interleaved image takes one for each line.
 bool StridedReader::read_bytes(int64_t position, int64_t count, uint8_t *into, int64_t *bytes_read) {
     *bytes_read = 0;
     while (*bytes_read < count) {
-        char *target = reinterpret_cast<char *>(into) + *bytes_read;
-        int64_t got = 0;
-        const int status = OalReadStream(stream_, count - *bytes_read, &target, position + *bytes_read, &got);
-        if (status < 0) {
-            OaReportFailure(700, "%s: OalReadStream returned error, aborting.", routine_);
+        const ssize_t got = pread(fileno(stream_->file.get()), into + *bytes_read,
+                                  static_cast<size_t>(count - *bytes_read), position + *bytes_read);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            OaReportFailure(700, "%s: reading %s failed: %s.", routine_, stream_->file_name.c_str(), strerror(errno));
             return false;
         }
-        *bytes_read += got;
-        if (status != 0 || got == 0)
+        if (got == 0)
             break;
+        *bytes_read += got;
     }
     return true;
 }

@@ -1,0 +1,121 @@
+// Stepping through all bands of a qube from the page cache, in each order of axes, against `cat` on the same file, in
+// turns, in the same run:
+//
+//     qube_bench [MEGABYTES]
+//
+// A line for each order: milliseconds of cat and of all bands in turn (medians), and the ratio. The last lines are
+// milliseconds of one spectrum.
+#include "oa/qube.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int rounds = 7;
+constexpr int64_t samples = 1024;
+constexpr int64_t bands = 144;
+constexpr int64_t item_bytes = 2;
+
+struct Order {
+    const char *name;
+    const char *axes;
+    const char *items;  // printf format of samples, lines and bands in turn
+};
+constexpr Order orders[] = {
+    {"band sequential", "SAMPLE, LINE, BAND", "%1$lld, %2$lld, %3$lld"},
+    {"line interleaved", "SAMPLE, BAND, LINE", "%1$lld, %3$lld, %2$lld"},
+    {"sample interleaved", "BAND, SAMPLE, LINE", "%3$lld, %1$lld, %2$lld"},
+};
+
+// A detached qube; removed at the end.
+class Product {
+  public:
+    Product(const Order &order, int64_t lines) {
+        std::string pattern = (std::filesystem::temp_directory_path() / "lumacart-bench-XXXXXX").string();
+        folder_ = mkdtemp(pattern.data());
+        std::ofstream data(data_file(), std::ios::binary);
+        std::vector<char> piece(static_cast<size_t>(samples * bands * item_bytes));
+        for (size_t i = 0; i < piece.size(); ++i)
+            piece[i] = static_cast<char>(i * 7 % 61);
+        for (int64_t i = 0; i < lines; ++i)
+            data.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+        char items[100];
+        snprintf(items, sizeof items, order.items, static_cast<long long>(samples), static_cast<long long>(lines),
+                 static_cast<long long>(bands));
+        std::ofstream(folder_ / "X.LBL") << "^QUBE = \"X.QUB\"\nOBJECT = QUBE\nAXES = 3\nAXIS_NAME = (" << order.axes
+                                         << ")\nCORE_ITEMS = (" << items
+                                         << ")\nCORE_ITEM_BYTES = 2\nCORE_ITEM_TYPE = MSB_INTEGER\nEND_OBJECT\nEND\n";
+        root_.reset(OaParseLabelFile((folder_ / "X.LBL").c_str(), nullptr, 0, 1));
+    }
+    ~Product() { std::filesystem::remove_all(folder_); }
+    Product(const Product &) = delete;
+    Product &operator=(const Product &) = delete;
+
+    std::string data_file() const { return folder_ / "X.QUB"; }
+    OaQubePtr open() const {
+        return OaQubePtr(OaOpenQube(OdlFindObjDesc(root_.get(), "QUBE", nullptr, nullptr, 1, SCOPE_TO_END)));
+    }
+
+  private:
+    std::filesystem::path folder_;
+    OdlTree root_;
+};
+
+double milliseconds(const std::function<bool()> &work) {
+    const auto start = std::chrono::steady_clock::now();
+    if (!work()) {
+        fprintf(stderr, "not read\n");
+        exit(1);
+    }
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
+bool read_bands(const Product &product) {
+    const OaQubePtr qube = product.open();
+    for (int64_t band = 1; qube && band <= bands; ++band)
+        if (!OaObjectPtr(OaReadQubePlane(qube.get(), {OA_BAND_AXIS, band, false})))
+            return false;
+    return qube != nullptr;
+}
+
+double median(std::vector<double> times) {
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+void compare(const Order &order, int64_t lines) {
+    const Product product(order, lines);
+    const std::string cat = "cat '" + product.data_file() + "' >/dev/null";
+    std::vector<double> cat_times, our_times;
+    for (int round = 0; round <= rounds; ++round) {
+        const double theirs = milliseconds([&] { return std::system(cat.c_str()) == 0; });
+        const double ours = milliseconds([&] { return read_bands(product); });
+        if (round == 0)
+            continue;  // fills the page cache
+        cat_times.push_back(theirs);
+        our_times.push_back(ours);
+    }
+    printf("%-20s cat %8.1f  all bands %8.1f  ratio %.2f\n", order.name, median(cat_times), median(our_times),
+           median(our_times) / median(cat_times));
+    const OaQubePtr qube = product.open();
+    const double spectrum =
+        milliseconds([&] { return OaObjectPtr(OaReadQubeSpectrum(qube.get(), lines / 2, samples / 2)) != nullptr; });
+    printf("%-20s one spectrum %.3f\n", order.name, spectrum);
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    const int64_t megabytes = argc > 1 ? atoll(argv[1]) : 300;
+    const int64_t lines = std::max<int64_t>(1, megabytes * 1000000 / (samples * bands * item_bytes));
+    for (const Order &order : orders)
+        compare(order, lines);
+}
