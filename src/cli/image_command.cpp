@@ -6,6 +6,7 @@
 #include "cli/picture.h"
 #include "cli/product.h"
 #include "cli/true_range.h"
+#include "viewer/model/qube_source.h"
 #include "viewer/model/stretch.h"
 
 #include <algorithm>
@@ -50,10 +51,17 @@ std::string take_request(std::span<char *const> words, Request *request) {
     return "";
 }
 
-// The image that the viewer shows.
+// The qube or image that the viewer shows.
 const ObjDesc *find_image(ObjDesc *root) {
-    const ObjDesc *image = OdlFindObjDesc(root, "IMAGE", nullptr, nullptr, 1, SCOPE_TO_END);
-    return image ? image : OdlFindObjDesc(root, "*IMAGE", nullptr, nullptr, 1, SCOPE_TO_END);
+    const ObjDesc *found = nullptr;
+    for (const char *pattern : {"QUBE", "*QUBE", "IMAGE", "*IMAGE"})
+        if (!found)
+            found = OdlFindObjDesc(root, pattern, nullptr, nullptr, 1, SCOPE_TO_END);
+    return found;
+}
+
+std::unique_ptr<SampleSource> source_of(const ObjDesc *node, int64_t band) {
+    return OaGetObjectClass(node) == OA_QUBE ? qube_band_source(node, band) : plain_image_source(node, band);
 }
 
 // The first object whose class or NAME matches.
@@ -152,6 +160,15 @@ class Output {
     ReplacingFile file_;
 };
 
+// "minimum maximum" of a qube's data, or "- -".
+std::string range_of_data(const ImageDescription &description) {
+    if (description.real_minimum > description.real_maximum)
+        return "- -";
+    const bool is_real = is_real_sample_type(description.sample_type);
+    return is_real ? util_format("%.9g %.9g", description.real_minimum, description.real_maximum)
+                   : util_format("%.0f %.0f", description.real_minimum, description.real_maximum);
+}
+
 // One pass over the samples: their type, their ranges, and the file of them. Returns an empty text, or what failed.
 std::string pass_over_samples(ImagePart *part, const Output &raw, ImageDescription *description, Summary *summary) {
     std::optional<TrueRange> range;
@@ -167,14 +184,15 @@ std::string pass_over_samples(ImagePart *part, const Output &raw, ImageDescripti
             summary->type = util_without(type ? type : "", '"');
             range.emplace(summary->type, description->sample_bits);
         }
-        range->add(samples->data, strip.lines() * strip.samples());
+        if (!description->qube_item)
+            range->add(samples->data, strip.lines() * strip.samples());
         stretch.add(samples->data, strip.lines(), strip.samples());
         const auto size = static_cast<size_t>(strip.lines() * strip.samples() * description->sample_bits / 8);
         if (raw.stream() && fwrite(samples->data, 1, size, raw.stream()) != size)
             return raw.failure();
     }
     stretch.store(description);
-    summary->range = range->text();
+    summary->range = description->qube_item ? range_of_data(*description) : range->text();
     return "";
 }
 
@@ -198,7 +216,7 @@ std::string write_outputs(const Request &request, ImagePart *part, ImageDescript
 }
 
 std::string export_image(const Request &request, const ObjDesc *node) {
-    const auto source = plain_image_source(node, request.band);
+    const auto source = source_of(node, request.band);
     ImageDescription description;
     std::string error = source->describe(&description);
     if (!error.empty() && error == error_string)

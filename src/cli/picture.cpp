@@ -20,7 +20,7 @@ const uint8_t *display_of_strip(ImagePart *part, int64_t index, const ImageDescr
     const OaObject *samples = part->read(index);
     if (!samples)
         return nullptr;
-    if (description.sample_bits == 8)
+    if (description.sample_bits == 8 && !description.qube_item)
         return static_cast<const uint8_t *>(samples->data);
     const SampleBlock strip = part->strip(index);
     const int64_t count = strip.lines() * strip.samples();

@@ -60,6 +60,9 @@ struct OaQubeValue {
 OaQubeValue OaQubeValueOf(const OaQubeItem &item, const void *native_sample);
 // The same for many samples: physical values, NaN where there is no data.
 void OaQubePhysicalValues(const OaQubeItem &item, const void *native_samples, int64_t count, float *out);
+// Widens a range to the physical values of those that are data.
+void OaQubeWidenRange(const OaQubeItem &item, const void *native_samples, int64_t count, double *minimum,
+                      double *maximum);
 
 // --- The label ----------------------------------------------------------------------------------------------------
 

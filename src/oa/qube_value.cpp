@@ -5,6 +5,7 @@
 #include "oa/qube_stored.h"
 #include "oa/value_text.h"
 
+#include <algorithm>
 #include <bit>
 #include <cfloat>
 #include <charconv>
@@ -27,7 +28,7 @@ constexpr std::array<const char *, OA_QUBE_VALID + 1> state_names = {"NULL",
 
 OaDataType type_of(const OaQubeItem &item) {
     std::string name = item.type;
-    return OalHalfOfComplex(OaStrtoKRVDataType(name.data(), OA_BINARY));
+    return OaStrtoKRVDataType(name.data(), OA_BINARY);
 }
 
 uint64_t largest_of(int64_t bytes) {
@@ -259,4 +260,18 @@ void OaQubePhysicalValues(const OaQubeItem &item, const void *native_samples, in
     });
     if (!known)
         std::fill(out, out + count, no_data);
+}
+
+void OaQubeWidenRange(const OaQubeItem &item, const void *native_samples, int64_t count, double *minimum,
+                      double *maximum) {
+    const auto *samples = static_cast<const uint8_t *>(native_samples);
+    with_reader(item, [&](const auto &reader) {
+        for (int64_t i = 0; i < count; ++i) {
+            const OaQubeValue value = reader.read(samples + i * item.bytes);
+            if (value.state != OA_QUBE_VALID)
+                continue;
+            *minimum = std::min(*minimum, value.physical);
+            *maximum = std::max(*maximum, value.physical);
+        }
+    });
 }

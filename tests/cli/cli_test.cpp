@@ -1,6 +1,7 @@
 // Runs the real program.
 #include "support/gif.h"
 #include "support/product.h"
+#include "support/qube_product.h"
 
 #include <gtest/gtest.h>
 #include <png.h>
@@ -257,6 +258,58 @@ TEST(CliImage, EachImageOfAGifFileIsRead) {
     const Outcome cut = run_cli({"label", scratch.write("cut.gif", gif_header(3, 2, 2))});
     EXPECT_EQ(cut.status, 2);
     EXPECT_NE(cut.err.find("EOF or read error on image data"), std::string::npos) << cut.err;
+}
+
+// Core values are sample + 8 x line + 32 x band, 4 samples by 3 lines by 2 bands.
+TEST(CliImage, ShowsABandOfAQube) {
+    const ScratchFolder scratch;
+    const std::string raw = scratch.file("band.raw");
+    const std::string png = scratch.file("band.png");
+    const QubeProduct::Sizes suffix = {1, 0, 1};
+    struct {
+        QubeProduct product;
+        const char *line;
+        std::vector<uint8_t> levels;  // of the first image line
+    } const cases[] = {
+        {{.suffix = suffix, .more = "CORE_NULL = 73\nCORE_VALID_MINIMUM = 75\n"},
+         "3 4 16 LSB_INTEGER 75 92\n",
+         {0, 0, 0, 256 / 17}},
+        {{.order = {OA_BAND_AXIS, OA_SAMPLE_AXIS, OA_LINE_AXIS},
+          .suffix = suffix,
+          .more = "CORE_HIGH_REPR_SATURATION = 16#4C#\nCORE_BASE = 0.5\nCORE_MULTIPLIER = 0.25\n"},
+         "3 4 32 PC_REAL 18.75 23.5\n",
+         {0, 256 / 19, 2 * 256 / 19, 0}},
+        {{.type = "IEEE_REAL", .bytes = 8}, "3 4 32 PC_REAL 73 92\n", {0, 256 / 19, 2 * 256 / 19, 3 * 256 / 19}},
+        {{.type = "UNSIGNED_INTEGER", .bytes = 1, .more = "CORE_NULL = 74\n"},
+         "3 4 8 LSB_UNSIGNED_INTEGER 73 92\n",
+         {73, 0, 75, 76}},
+        {{.type = "IEEE_REAL", .bytes = 4, .more = "CORE_VALID_MINIMUM = 1000\n"},
+         "3 4 32 PC_REAL - -\n",
+         {0, 0, 0, 0}},
+    };
+    for (const auto &c : cases) {
+        const std::string label = write_qube(scratch, "Q", c.product);
+        const Outcome outcome = run_cli({"image", label, "--band", "2", "--raw", raw, "--png", png});
+        EXPECT_EQ(outcome.out, c.line);
+        EXPECT_EQ(outcome.err, "");
+        std::vector<uint8_t> levels = read_png(png).levels;
+        levels.resize(4);
+        EXPECT_EQ(levels, c.levels) << c.line;
+    }
+    const float *values = nullptr;
+    write_qube(scratch, "Q", cases[1].product);
+    run_cli({"image", scratch.file("Q.LBL"), "--band", "2", "--lines", "1:1", "--raw", raw});
+    const std::string bytes = read_file(raw);
+    values = reinterpret_cast<const float *>(bytes.data());
+    ASSERT_EQ(bytes.size(), 4 * sizeof(float));
+    EXPECT_EQ(values[1], 0.5F + 0.25F * 74);
+    EXPECT_NE(values[3], values[3]);  // saturated
+
+    EXPECT_NE(run_cli({"image", scratch.file("Q.LBL"), "--band", "3"}).err.find("BANDS is 2"), std::string::npos);
+    fs::resize_file(scratch.file("Q.QUB"), 10);
+    const Outcome cut = run_cli({"image", scratch.file("Q.LBL"), "--png", png});
+    EXPECT_EQ(cut.status, 2);
+    EXPECT_NE(cut.err.find("holds 10 from"), std::string::npos) << cut.err;
 }
 
 // More samples than are held at a time: 7000 lines of 6000, all 0 but for two.

@@ -133,7 +133,7 @@ TEST_F(Qube, ReadsEveryTypeOfCoreItems) {
                 SCOPED_TRACE(util_format("%s %d", c.type, static_cast<int>(size)));
                 expect_qube(open(product).get(), product);
             }
-    for (const char *type : {"CHARACTER", "IBM_REAL", "MSB_BIT_STRING", "msb_integer", "N/A"}) {
+    for (const char *type : {"CHARACTER", "IBM_REAL", "MSB_BIT_STRING", "COMPLEX", "msb_integer", "N/A"}) {
         EXPECT_FALSE(open(QubeProduct{.type = type, .bytes = 4}));
         EXPECT_EQ(oa_errno, 520);
         EXPECT_NE(error_string.find("CORE_ITEM_TYPE = "), std::string::npos);

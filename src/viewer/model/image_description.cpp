@@ -60,9 +60,7 @@ std::string describe_image(const ObjDesc *image, ImageDescription *description) 
     description->line_display_direction = text_keyword(image, "LINE_DISPLAY_DIRECTION", "DOWN");
     description->sample_display_direction = text_keyword(image, "SAMPLE_DISPLAY_DIRECTION", "RIGHT");
 
-    const bool large = description->lines > largest_undivided - std::min(description->line_samples, largest_undivided);
-    description->lines_large = large && description->lines > block_span;
-    description->samples_large = large && description->line_samples > block_span;
+    divide_if_large(description);
 
     description->minimum = integer_keyword(image, "MINIMUM", -1);
     description->maximum = integer_keyword(image, "MAXIMUM", -1);
@@ -72,6 +70,12 @@ std::string describe_image(const ObjDesc *image, ImageDescription *description) 
         return "Open Image - SAMPLE_BITS not equal to 8, 16, 32 or 64";
     description->is_signed = !util_contains(description->sample_type, "UNSIGNED");
     return "";
+}
+
+void divide_if_large(ImageDescription *description) {
+    const bool large = description->lines > largest_undivided - std::min(description->line_samples, largest_undivided);
+    description->lines_large = large && description->lines > block_span;
+    description->samples_large = large && description->line_samples > block_span;
 }
 
 void initialize_display_image_ranges(ImageDescription *description, bool lines_large, bool samples_large) {

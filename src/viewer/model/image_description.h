@@ -3,6 +3,7 @@
 
 #include "base/pixel_image.h"
 #include "oa/oa.h"
+#include "oa/qube.h"
 
 #include <cstdint>
 #include <memory>
@@ -36,6 +37,8 @@ struct ImageDescription {
     std::string line_display_direction = "DOWN";  // without quotes, as are the next two
     std::string sample_display_direction = "RIGHT";
     std::string sample_type;
+    // Of a band of a qube: how its samples are stored and which are no data. Null for images, whose samples all are.
+    std::shared_ptr<const OaQubeItem> qube_item;
     std::unique_ptr<PixelImage> display_image;
     int16_t palette_number = 0;
 };
@@ -49,6 +52,9 @@ inline constexpr int64_t chosen_span_limit = 4000;  // of a block chosen by hand
 // Fills the description from the keywords of an IMAGE node. Returns an empty text, or the error to show ("Open Image -
 // get LINES failed").
 std::string describe_image(const ObjDesc *image, ImageDescription *description);
+
+// Marks what is shown in more than one block.
+void divide_if_large(ImageDescription *description);
 
 // First line and sample 1; the last 2000 where large, else all.
 void initialize_display_image_ranges(ImageDescription *description, bool lines_large, bool samples_large);

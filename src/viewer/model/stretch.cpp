@@ -1,11 +1,13 @@
 #include "viewer/model/stretch.h"
 
 #include "base/text.h"
+#include "viewer/model/qube_source.h"
 #include "viewer/model/vectorise.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -57,10 +59,12 @@ RealRange real_range_of(const ImageDescription &description, bool samples_are_re
 }  // namespace
 
 StretchRangeFinder::StretchRangeFinder(const ImageDescription &description)
-    : sample_bits_(description.sample_bits),
+    : qube_item_(description.qube_item),
+      sample_bits_(description.sample_bits),
       is_signed_(description.is_signed),
       keeps_reals_(sample_bits_ == 64 || is_real_sample_type(description.sample_type)),
-      ranges_(find(nullptr, 0, 0)) {}
+      ranges_(find(nullptr, 0, 0)),
+      valid_{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()} {}
 
 StretchRangeFinder::Ranges StretchRangeFinder::find(const void *samples, int64_t lines, int64_t line_samples) const {
     switch (sample_bits_) {
@@ -82,6 +86,10 @@ StretchRangeFinder::Ranges StretchRangeFinder::find(const void *samples, int64_t
 }
 
 void StretchRangeFinder::add(const void *samples, int64_t lines, int64_t line_samples) {
+    if (qube_item_) {
+        OaQubeWidenRange(*qube_item_, samples, lines * line_samples, &valid_.minimum, &valid_.maximum);
+        return;
+    }
     const Ranges found = find(samples, lines, line_samples);
     ranges_.integers = {std::min(ranges_.integers.minimum, found.integers.minimum),
                         std::max(ranges_.integers.maximum, found.integers.maximum)};
@@ -90,6 +98,12 @@ void StretchRangeFinder::add(const void *samples, int64_t lines, int64_t line_sa
 }
 
 void StretchRangeFinder::store(ImageDescription *description) const {
+    if (qube_item_) {
+        const RealRange found = valid_.minimum <= valid_.maximum ? valid_ : RealRange{0, -1};
+        description->real_minimum = found.minimum;
+        description->real_maximum = found.maximum;
+        return;
+    }
     if (label_gives_range(*description) || (sample_bits_ != 16 && sample_bits_ != 32 && sample_bits_ != 64))
         return;
     if (keeps_reals_) {
@@ -102,6 +116,11 @@ void StretchRangeFinder::store(ImageDescription *description) const {
 }
 
 bool map_samples(const void *samples, const ImageDescription &description, int64_t count, uint8_t *display) {
+    if (description.qube_item) {
+        map_qube_samples(samples, *description.qube_item, {description.real_minimum, description.real_maximum}, count,
+                         display);
+        return true;
+    }
     switch (description.sample_bits) {
         case 16:
             map_halfwords(static_cast<const int16_t *>(samples), description, count, display);
@@ -149,7 +168,7 @@ std::string build_display_image(const void *samples, ImageDescription *descripti
 
     uint8_t *pixels = image->pixels.get();
     description->display_image = std::move(image);
-    if (description->sample_bits == 8) {
+    if (description->sample_bits == 8 && !description->qube_item) {
         memcpy(pixels, samples, static_cast<size_t>(lines * line_samples));
         return "";
     }

@@ -14,8 +14,8 @@ class StretchRangeFinder {
     explicit StretchRangeFinder(const ImageDescription &description);
 
     void add(const void *samples, int64_t lines, int64_t line_samples);
-    // Stores the range, of reals as the real pair, when the label left its minimum or maximum open (-1). Nothing for
-    // 8-bit samples, which are shown as they are.
+    // Stores the range, of reals and qubes as the real pair, when the label left its minimum or maximum open (-1).
+    // Nothing for 8-bit samples of images, which are shown as they are. The pair of a qube without data is 0 and -1.
     void store(ImageDescription *description) const;
 
   private:
@@ -25,15 +25,18 @@ class StretchRangeFinder {
     };
     Ranges find(const void *samples, int64_t lines, int64_t line_samples) const;
 
+    std::shared_ptr<const OaQubeItem> qube_item_;  // null for images
     int64_t sample_bits_;
     bool is_signed_;
     bool keeps_reals_;
     Ranges ranges_;
+    RealRange valid_;  // of qubes: physical values that are data
 };
 
 // Maps native samples of 16, 32 or 64 bits linearly onto the bytes of `display`, between the description's minimum and
 // maximum as they stand (the real pair for reals without a range in the label). Values outside wrap around. False for
-// any other sample size; the display then stays as it is.
+// any other sample size; the display then stays as it is. Samples of qubes: as map_qube_samples says, between the real
+// pair.
 bool map_samples(const void *samples, const ImageDescription &description, int64_t count, uint8_t *display);
 
 // Both in turn, for lines x line_samples samples lying row after row; finds nothing when the label gives the range.
