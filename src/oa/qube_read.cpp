@@ -180,22 +180,27 @@ OaPtr<uint8_t> read_samples(StridedReader *reader, const SampleLayout &layout, c
     return samples;
 }
 
-// A whole band that is held since neighbours were asked for; null when it must be read.
-OaPtr<uint8_t> held_band(OaQube *qube, const OaQubePlane &plane, StridedReader *reader,
-                         const SampleRectangle &rectangle) {
+// A whole band, with its neighbours at hand once they are asked for in turn; null when it must be read by itself.
+OaPtr<uint8_t> band_of_group(OaQube *qube, const OaQubePlane &plane, StridedReader *reader,
+                             const SampleRectangle &rectangle) {
+    constexpr int64_t largest_gap = 4096;  // of bytes that are read for nothing
     const OaQubeExtent extent = OaQubePlaneExtent(qube->keywords, OA_BAND_AXIS);
-    if (plane.axis != OA_BAND_AXIS || plane.is_suffix || qube->place_of(OA_BAND_AXIS) != 0 ||
-        rectangle.area() != extent.lines * extent.samples || qube->place_of(OA_SAMPLE_AXIS) != 1)
+    const int band_place = qube->place_of(OA_BAND_AXIS);
+    if (plane.axis != OA_BAND_AXIS || plane.is_suffix || band_place == 2 || qube->place_of(OA_LINE_AXIS) != 2 ||
+        rectangle.area() != extent.lines * extent.samples)
         return nullptr;
-    SampleLayout first_band = layout_of(*qube, {OA_BAND_AXIS, 1, false}, qube->keywords.core.bytes);
-    first_band.first += qube->start;
-    if (!qube->bands.step_to(reader, first_band, rectangle, plane.number - 1, qube->keywords.core_items[OA_BAND_AXIS]))
+    QubeBandLayout layout = {layout_of(*qube, {OA_BAND_AXIS, 1, false}, qube->keywords.core.bytes),
+                             band_place == 0 ? qube->layout.core_bytes : qube->layout.core_line,
+                             qube->keywords.core_items[OA_BAND_AXIS]};
+    layout.band_0.first += qube->start;
+    // With one sample or band the two kinds look alike.
+    const bool by_line = layout.band_0.sample_stride == layout.band_0.sample_bytes;
+    if (by_line != (band_place == 1) ||
+        (by_line && layout.band_stride - layout.band_0.span(extent.samples) > largest_gap))
         return nullptr;
-    const int64_t bytes = rectangle.area() * reader->sample_size();
-    OaPtr<uint8_t> samples(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(bytes))));
-    if (samples)
-        memcpy(samples.get(), qube->bands.samples(plane.number - 1), static_cast<size_t>(bytes));
-    return samples;
+    OaPtr<uint8_t> samples = new_samples(rectangle.area() * reader->sample_size());
+    const bool given = samples && qube->bands.give(reader, layout, rectangle, plane.number - 1, samples.get());
+    return given ? std::move(samples) : nullptr;
 }
 
 OaObject *as_object(const ItemReader &reader, const SampleRectangle &part, OaPtr<uint8_t> samples) {
@@ -278,7 +283,7 @@ OaObject *OaReadQubePart(OaQube *qube, const OaQubePlane &plane, int64_t start_l
         return nullptr;
     layout.first += qube->start;
     OalResetBinrepErrors();
-    OaPtr<uint8_t> samples = held_band(qube, plane, reader->reader.get(), part);
+    OaPtr<uint8_t> samples = band_of_group(qube, plane, reader->reader.get(), part);
     if (!samples)
         samples = read_samples(reader->reader.get(), layout, part);
     if (!samples)

@@ -3,9 +3,11 @@
 #include "oa/strided_reader.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <initializer_list>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace {
@@ -52,6 +54,41 @@ void gather(const uint8_t *src, int64_t stride, int64_t sample_bytes, uint8_t *d
             for (int64_t i = 0; i < count; ++i)
                 memcpy(dst + i * sample_bytes, src + i * stride, static_cast<size_t>(sample_bytes));
     }
+}
+
+// Takes four neighbours at once out of `count` samples.
+template <typename T>
+void part_four_as(const uint8_t *src, int64_t stride, uint8_t *const *out, int64_t first, int64_t count) {
+    T *a = reinterpret_cast<T *>(out[0]) + first;
+    T *b = reinterpret_cast<T *>(out[1]) + first;
+    T *c = reinterpret_cast<T *>(out[2]) + first;
+    T *d = reinterpret_cast<T *>(out[3]) + first;
+    for (int64_t i = 0; i < count; ++i) {
+        std::array<T, 4> four;
+        memcpy(four.data(), src + i * stride, sizeof four);
+        a[i] = four[0];
+        b[i] = four[1];
+        c[i] = four[2];
+        d[i] = four[3];
+    }
+}
+
+// Lays each neighbour's samples behind the `first` ones that it has.
+void part_neighbours(const uint8_t *src, int64_t stride, int64_t sample_bytes, const std::vector<uint8_t *> &out,
+                     int64_t first, int64_t count) {
+    size_t i = 0;
+    for (; i + 4 <= out.size() && sample_bytes <= 4; i += 4) {
+        const uint8_t *from = src + static_cast<int64_t>(i) * sample_bytes;
+        if (sample_bytes == 1)
+            part_four_as<uint8_t>(from, stride, &out[i], first, count);
+        else if (sample_bytes == 2)
+            part_four_as<uint16_t>(from, stride, &out[i], first, count);
+        else
+            part_four_as<uint32_t>(from, stride, &out[i], first, count);
+    }
+    for (; i < out.size(); ++i)
+        gather(src + static_cast<int64_t>(i) * sample_bytes, stride, sample_bytes, out[i] + first * sample_bytes,
+               count);
 }
 
 }  // namespace
@@ -185,32 +222,60 @@ bool StridedReader::read(const SampleLayout &layout, const SampleRectangle &rect
 }
 
 // Pieces are small enough that their bytes stay in the cache while one neighbour after the other is taken out.
-bool StridedReader::read_neighbours(const SampleLayout &layout, const SampleRectangle &rectangle,
-                                    const std::vector<uint8_t *> &out) {
-    layout_ = layout;
-    SampleRectangle all = rectangle;
-    if (rectangle.sample == 0 && layout.line_stride == rectangle.samples * layout.sample_stride)
-        all = {0, 1, rectangle.line * rectangle.samples, rectangle.area()};  // one long line
+bool StridedReader::fetch_items(const SampleRectangle &all, const std::vector<uint8_t *> &out) {
+    const int64_t size = layout_.sample_bytes;
     const auto neighbours = static_cast<int64_t>(out.size());
-    const int64_t more = (neighbours - 1) * layout.sample_bytes;
-    const int64_t at_a_time = std::clamp<int64_t>(neighbour_piece_bytes / layout.sample_stride, 1, all.samples);
-    stored_.resize(std::max(stored_.size(), static_cast<size_t>(layout.span(at_a_time) + more)));
+    const int64_t more = (neighbours - 1) * size;
+    const int64_t at_a_time = std::clamp<int64_t>(neighbour_piece_bytes / layout_.sample_stride, 1, all.samples);
+    stored_.resize(std::max(stored_.size(), static_cast<size_t>(layout_.span(at_a_time) + more)));
     int64_t done = 0;
     for (int64_t line = 0; line < all.lines; ++line) {
         for (int64_t sample = 0; sample < all.samples; sample += at_a_time) {
             const int64_t samples = std::min(at_a_time, all.samples - sample);
-            const int64_t bytes = layout.span(samples) + more;
+            const int64_t bytes = layout_.span(samples) + more;
             int64_t held = 0;
-            if (!read_bytes(layout.position(all.line + line, all.sample + sample), bytes, stored_.data(), &held) ||
+            if (!read_bytes(layout_.position(all.line + line, all.sample + sample), bytes, stored_.data(), &held) ||
                 held < bytes)
                 return false;
-            for (int64_t i = 0; i < neighbours; ++i)
-                convert_line(stored_.data() + i * layout.sample_bytes,
-                             out[static_cast<size_t>(i)] + done * sample_size(), samples);
+            part_neighbours(stored_.data(), layout_.sample_stride, size, out, done, samples);
             done += samples;
         }
     }
     return true;
+}
+
+// The system itself lays the lines where they belong.
+bool StridedReader::fetch_lines(int64_t neighbour_stride, const SampleRectangle &rectangle,
+                                const std::vector<uint8_t *> &out) {
+    const auto line_bytes = static_cast<size_t>(layout_.span(rectangle.samples));
+    const auto gap = static_cast<size_t>(neighbour_stride) - line_bytes;
+    stored_.resize(std::max(stored_.size(), gap));
+    const size_t bytes = (out.size() - 1) * static_cast<size_t>(neighbour_stride) + line_bytes;
+    std::vector<iovec> places;
+    for (int64_t line = 0; line < rectangle.lines; ++line) {
+        places.clear();
+        for (uint8_t *neighbour : out) {
+            if (gap > 0 && !places.empty())
+                places.push_back({stored_.data(), gap});
+            places.push_back({neighbour + static_cast<size_t>(line) * line_bytes, line_bytes});
+        }
+        const int64_t position = layout_.position(rectangle.line + line, rectangle.sample);
+        const ssize_t got =
+            preadv(fileno(stream_->file.get()), places.data(), static_cast<int>(places.size()), position);
+        if (got < 0 || static_cast<size_t>(got) < bytes)
+            return false;
+    }
+    return true;
+}
+
+bool StridedReader::fetch_neighbours(const SampleLayout &layout, int64_t neighbour_stride,
+                                     const SampleRectangle &rectangle, const std::vector<uint8_t *> &out) {
+    layout_ = layout;
+    if (is_packed())
+        return fetch_lines(neighbour_stride, rectangle, out);
+    if (rectangle.sample == 0 && layout.line_stride == rectangle.samples * layout.sample_stride)
+        return fetch_items({0, 1, rectangle.line * rectangle.samples, rectangle.area()}, out);  // one long line
+    return fetch_items(rectangle, out);
 }
 
 OaStreamPtr open_samples(const char *routine, const std::string &file_name) {

@@ -143,11 +143,11 @@ TEST_F(Qube, ReadsEveryTypeOfCoreItems) {
 // Bands within each other are read several at a time once they are asked for in turn; gaps and lines are longer here
 // than what is read at once.
 TEST_F(Qube, GivesTheSameBandsInAnyTurn) {
-    for (const Order &order : {Order{B, S, L}, {B, L, S}, {S, B, L}}) {
-        const QubeProduct product = {.order = order, .core = {70, 900, 3}, .suffix = {0, 0, 1}, .bytes = 4};
+    for (const Order &order : {Order{B, S, L}, {B, L, S}, {S, B, L}, {L, B, S}}) {
+        const QubeProduct product = {.order = order, .core = {70, 900, 6}, .suffix = {1, 0, 1}, .bytes = 4};
         const std::string label = write_qube(folder_, "Q", product);
         const OaQubePtr stepping = open(label);
-        for (const int64_t band : {1, 2, 3, 2, 1, 3, 2}) {
+        for (const int64_t band : {1, 2, 6, 5, 1, 3, 4, 2}) {
             SCOPED_TRACE(band);
             expect_plane(stepping.get(), {B, band}, product,
                          [=](int64_t u, int64_t v) { return core_value(u, v, band); });
