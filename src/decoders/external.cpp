@@ -1,0 +1,105 @@
+#include "decoders/external.h"
+
+#include "base/text.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+constexpr auto between_looks = std::chrono::milliseconds(10);
+
+// How the program begins: in a group of its own, with default signals and none of our files.
+class Start {
+  public:
+    Start() {
+        posix_spawn_file_actions_init(&files_);
+        posix_spawn_file_actions_addopen(&files_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&files_, STDERR_FILENO, STDOUT_FILENO);
+        posix_spawn_file_actions_addclosefrom_np(&files_, STDERR_FILENO + 1);
+        sigset_t none, all;
+        sigemptyset(&none);
+        sigfillset(&all);
+        posix_spawnattr_init(&attributes_);
+        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+        posix_spawnattr_setpgroup(&attributes_, 0);
+        posix_spawnattr_setsigmask(&attributes_, &none);
+        posix_spawnattr_setsigdefault(&attributes_, &all);
+    }
+    ~Start() {
+        posix_spawnattr_destroy(&attributes_);
+        posix_spawn_file_actions_destroy(&files_);
+    }
+    Start(const Start &) = delete;
+    Start &operator=(const Start &) = delete;
+
+    int run(const std::string &program, const std::vector<std::string> &arguments, pid_t *process) const {
+        std::vector<char *> texts = {const_cast<char *>(program.c_str())};
+        for (const std::string &argument : arguments)
+            texts.push_back(const_cast<char *>(argument.c_str()));
+        texts.push_back(nullptr);
+        return posix_spawn(process, program.c_str(), &files_, &attributes_, texts.data(), environ);
+    }
+
+  private:
+    posix_spawn_file_actions_t files_;
+    posix_spawnattr_t attributes_;
+};
+
+// Whether the process ends in time; it is not yet reaped then, so that its number stays its own.
+bool ends_in_time(pid_t process, int limit_seconds) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(limit_seconds);
+    while (std::chrono::steady_clock::now() < limit) {
+        siginfo_t info = {};
+        if (waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+            info.si_pid == process)
+            return true;
+        std::this_thread::sleep_for(between_looks);
+    }
+    return false;
+}
+
+}  // namespace
+
+std::string run_external_decoder(const std::string &program, const std::vector<std::string> &arguments,
+                                 int limit_seconds) {
+    if (!program.starts_with('/'))
+        return util_format("the decoder %s is not named by its full path", program.c_str());
+    pid_t process = 0;
+    if (const int code = Start().run(program, arguments, &process); code != 0)
+        return util_format("couldn't run the decoder %s: %s", program.c_str(), strerror(code));
+    const bool ended = ends_in_time(process, limit_seconds);
+    kill(-process, SIGKILL);
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!ended)
+        return util_format("the decoder %s did not end within %d seconds", program.c_str(), limit_seconds);
+    if (WIFSIGNALED(status))
+        return util_format("the decoder %s was ended by signal %d", program.c_str(), WTERMSIG(status));
+    if (WEXITSTATUS(status) != 0)
+        return util_format("the decoder %s ended with status %d", program.c_str(), WEXITSTATUS(status));
+    return "";
+}
+
+DecoderFolder::DecoderFolder() {
+    const char *parent = getenv("TMPDIR");
+    std::string pattern = std::string(parent && *parent == '/' ? parent : "/tmp") + "/lumacart-XXXXXX";
+    if (mkdtemp(pattern.data()))
+        path_ = pattern;
+}
+
+DecoderFolder::~DecoderFolder() {
+    if (!is_there())
+        return;
+    unlink(file().c_str());
+    rmdir(path_.c_str());
+}
