@@ -25,10 +25,43 @@ std::unique_ptr<ImageBand> open_image_band(const char *routine, const ObjDesc *i
     switch (image.encoding) {
         case OA_NOT_ENCODED:
             return open_plain_band(routine, image_node, image, band);
+        case OA_HUFFMAN:
+            return open_huffman_band(routine, image_node, image);
+        case OA_PREVIOUS_PIXEL:
+            return open_previous_pixel_band(routine, image_node, image);
         default:
             OaReportFailure(520, "%s: unsupported compression type: %d.", routine, image.encoding);
             return nullptr;
     }
+}
+
+namespace {
+
+// The message of a refusal, which the routine's name begins; null when all is well.
+const char *storage_fault(const OaImageKeywords &image, const OaFileKeywords &file) {
+    const bool by_records = file.record_type == OA_VARIABLE_LENGTH;
+    const bool many_bands = image.bands > 1;
+    const bool has_surroundings = image.line_prefix_bytes > 0 || image.line_suffix_bytes > 0;
+    if (image.encoding != OA_HUFFMAN && by_records)
+        return " does not support variable-length record files  except for HFD compressed images.";
+    if (image.encoding == OA_HUFFMAN && !by_records)
+        return ": HFD compressed images are only supported in variable-length record files.";
+    if ((image.encoding == OA_PREVIOUS_PIXEL || many_bands) && has_surroundings)
+        return ": LINE_PREFIX_BYTES and LINE_SUFFIX_BYTES are not supported for multiband or Previous Pixel compressed "
+               "images.";
+    if (image.encoding != OA_NOT_ENCODED && many_bands)
+        return " Compressed multi-band images not supported!";
+    return nullptr;
+}
+
+}  // namespace
+
+bool check_image_storage(const char *routine, const OaImageKeywords &image, const OaFileKeywords &file) {
+    if (const char *fault = storage_fault(image, file)) {
+        OaReportFailure(520, "%s%s", routine, fault);
+        return false;
+    }
+    return OaCheckImageExtent(image, file) == 0;
 }
 
 OaObject *read_image_object(const char *routine, ImageBand *band, const SampleRectangle &rectangle,

@@ -62,6 +62,17 @@ std::unique_ptr<ImageBand> open_image_band(const char *routine, const ObjDesc *i
                                            int64_t band);
 std::unique_ptr<ImageBand> open_plain_band(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
                                            int64_t band);
+std::unique_ptr<ImageBand> open_huffman_band(const char *routine, const ObjDesc *image_node,
+                                             const OaImageKeywords &image);
+std::unique_ptr<ImageBand> open_previous_pixel_band(const char *routine, const ObjDesc *image_node,
+                                                    const OaImageKeywords &image);
+// Whole images of forms that are decoded at once. Null after reporting.
+OaObject *read_clementine_image(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image);
+OaObject *read_gif_image(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image);
+
+// Whether records, bands and bytes around lines are of a kind that the image's encoding allows (520), and the file can
+// hold the image. False after reporting.
+bool check_image_storage(const char *routine, const OaImageKeywords &image, const OaFileKeywords &file);
 
 // The rectangle as a new object in `buffer` (zeroed, of the rectangle's size; from here on the object's), which `label`
 // is to describe. Tells of missing samples and reports values that did not fit. Null after reporting.

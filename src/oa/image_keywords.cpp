@@ -110,6 +110,34 @@ int64_t image_bytes(const OaImageKeywords &image) {
     return bytes;
 }
 
+// The least that the file must hold for the image to be there: bytes of one line, and of all of them.
+struct Claim {
+    int64_t line = 0;
+    int64_t all = 0;
+};
+
+Claim claim_of(const OaImageKeywords &image) {
+    constexpr int64_t samples_a_byte_of_jpeg = 64;
+    switch (image.encoding) {
+        case OA_HUFFMAN: {
+            // A record's length, the first sample, a bit for each of the others.
+            const int64_t line = 3 + (line_bytes(image) + 6) / 8;
+            return {line, line * image.lines};
+        }
+        case OA_PREVIOUS_PIXEL:
+            return {image.line_samples, image.line_samples * image.lines};
+        case OA_CLEMENTINE_JPEG:
+            return {1, image.line_samples * image.lines / samples_a_byte_of_jpeg + 1};
+        case OA_GIF_ENCODING:
+            return {1, image.line_samples * image.lines / gif_most_pixels_per_byte + 1};
+        default: {
+            const bool interleaved = image.bands > 1 && (image.band_storage == OA_LINE_INTERLEAVED ||
+                                                         image.band_storage == OA_SAMPLE_INTERLEAVED);
+            return {line_bytes(image) * (interleaved ? image.bands : 1), image_bytes(image)};
+        }
+    }
+}
+
 std::string claims_of(const OaImageKeywords &image) {
     return util_format(
         "LINES = %lld, LINE_SAMPLES = %lld, SAMPLE_BITS = %lld, BANDS = %lld, LINE_PREFIX_BYTES = %lld, "
@@ -159,20 +187,17 @@ int OaCheckImageExtent(const OaImageKeywords &image, const OaFileKeywords &file)
         OaReportFailure(700, "%s: couldn't open %s ", __func__, file.file_name.c_str());
         return 1;
     }
-    const bool interleaved =
-        image.bands > 1 && (image.band_storage == OA_LINE_INTERLEAVED || image.band_storage == OA_SAMPLE_INTERLEAVED);
-    const int64_t held = status.st_size - file.start;
-    const bool packed = image.encoding == OA_GIF_ENCODING;
-    const int64_t most_times = packed ? gif_most_pixels_per_byte : largest_claim;
-    const int64_t line = line_bytes(image) * (interleaved ? image.bands : 1);
-    const int64_t claim = image_bytes(image);
+    // A record of variable length takes two bytes at least.
+    int64_t start = file.start;
+    const bool too_far = file.record_type == OA_VARIABLE_LENGTH && __builtin_mul_overflow(start, 2, &start);
+    const int64_t held = too_far ? 0 : status.st_size - start;
+    const auto [line, claim] = claim_of(image);
     int64_t end = 0;
-    if (file.start < 0 || (held < line && !packed) || (claim - 1) / most_times >= held ||
-        __builtin_add_overflow(file.start, claim, &end)) {
+    if (start < 0 || held < line || (claim - 1) / largest_claim >= held || __builtin_add_overflow(start, claim, &end)) {
         OaReportFailure(
             502, "%s: %s claim %lld bytes, %lld a line, from byte %lld on; %s of %lld bytes holds %lld from there.",
             __func__, claims_of(image).c_str(), static_cast<long long>(claim), static_cast<long long>(line),
-            static_cast<long long>(file.start) + 1, file.file_name.c_str(), static_cast<long long>(status.st_size),
+            static_cast<long long>(start) + 1, file.file_name.c_str(), static_cast<long long>(status.st_size),
             static_cast<long long>(held > 0 ? held : 0));
         return 1;
     }

@@ -24,7 +24,7 @@ class PlainBand : public ImageBand {
   public:
     PlainBand(const char *routine, const OaImageKeywords &image, SamplePlan plan, const SampleLayout &layout,
               OaStreamPtr stream)
-        : ImageBand(image, std::move(plan.label), plan.items_per_sample * plan.item.dst.size),
+        : ImageBand(image, std::move(plan.label), plan.native_size()),
           layout_(layout),
           stream_(std::move(stream)),
           reader_(routine, std::move(plan), stream_.get()) {}
@@ -43,22 +43,8 @@ class PlainBand : public ImageBand {
 
 std::unique_ptr<ImageBand> open_plain_band(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
                                            int64_t band) {
-    if (image.bands > 1 && (image.line_prefix_bytes > 0 || image.line_suffix_bytes > 0)) {
-        OaReportFailure(520,
-                        "%s: LINE_PREFIX_BYTES and LINE_SUFFIX_BYTES are not supported for multiband or Previous Pixel "
-                        "compressed images.",
-                        routine);
-        return nullptr;
-    }
     OaFileKeywords file;
-    if (OaGetFileKeywords(image_node, &file) != 0)
-        return nullptr;
-    if (file.record_type == OA_VARIABLE_LENGTH) {
-        OaReportFailure(520, "%s does not support variable-length record files  except for HFD compressed images.",
-                        routine);
-        return nullptr;
-    }
-    if (OaCheckImageExtent(image, file) != 0)
+    if (OaGetFileKeywords(image_node, &file) != 0 || !check_image_storage(routine, image, file))
         return nullptr;
     SamplePlan plan;
     if (!make_sample_plan(routine, image_node, image, file.interchange_format, &plan))

@@ -175,8 +175,7 @@ int OaGetImageKeywords(const ObjDesc *node, OaImageKeywords *out);
 
 // Checks what the label claims against the data file before anything is allocated: 0, or 1 after reporting (502) that
 // the file does not hold one whole line from the image's start on, or that the claim is more than 16 times what it
-// holds; of a GIF image, which may be packed much closer, that no code data of that length make it. The message names
-// keywords and numbers.
+// holds; of an encoded image counts the least that its encoding needs. The message names keywords and numbers.
 int OaCheckImageExtent(const OaImageKeywords &image, const OaFileKeywords &file);
 
 // One band, whole, as native samples: lines x line_samples, row after row, without padding. The label of the result
@@ -194,6 +193,11 @@ int64_t OaReadImagePixels(OaObject *handle, int64_t line, int64_t sample);
 OaObject *OaReadPartialImage(OaObject *handle, int64_t start_line, int64_t stop_line, int64_t start_sample,
                              int64_t stop_sample);
 OaObject *OaCloseImage(OaObject *handle);  // null is allowed; returns null
+
+// The encoding histogram of an image of Huffman lines: the first HISTOGRAM beside it of at least 511 ITEMS whose NAME
+// value or class tells of encoding. Null without a report when there is none; after reporting for a node of another
+// class (501) or without a parent (530).
+const ObjDesc *OaFindEncodingHistogram(const ObjDesc *image);
 
 // --- Histograms, tables, arrays -----------------------------------------------------------------------------------
 // A claim is compared with what the file holds before anything is allocated (502). Of a file that ends early the rest

@@ -6,7 +6,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <initializer_list>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -16,22 +15,6 @@ constexpr int64_t piece_bytes = int64_t{1} << 18;  // read and converted at a ti
 constexpr int64_t neighbour_piece_bytes = int64_t{1} << 16;
 constexpr int64_t direct_bytes = int64_t{1} << 30;      // read at a time where there is nothing to convert
 constexpr int64_t least_seek_bytes = int64_t{1} << 12;  // up to here reading on costs less than seeking
-
-const OaSlot *sample_slot(const ObjDesc *image) {
-    const OaSlot *slot = OalSlotOf(image);
-    for (const ObjDesc *child = LeftmostSDTChild(image); child; child = RightSDTSibling(child))
-        if (OalSlotOf(child)->conversion_type != OA_SKIP)
-            slot = OalSlotOf(child);
-    return slot;
-}
-
-void delete_keywords(ObjDesc *node, std::initializer_list<const char *> patterns) {
-    for (const char *pattern : patterns) {
-        int absent = 0;
-        while (!absent)
-            absent = OaDeleteKwd(pattern, node);
-    }
-}
 
 template <typename T>
 void gather_as(const uint8_t *src, int64_t stride, uint8_t *dst, int64_t count) {
@@ -92,32 +75,6 @@ void part_neighbours(const uint8_t *src, int64_t stride, int64_t sample_bytes, c
 }
 
 }  // namespace
-
-bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
-                      OaInterchangeFormat src_format, SamplePlan *plan) {
-    OaSdt tree(OaCopyTree(image_node, OA_COPY_LABEL));
-    // What stands inside an image (a window, a group of remarks) describes no bytes of its own.
-    while (tree->first_child)
-        OdlFreeTree(OdlCutObjDesc(tree->first_child));
-    delete_keywords(tree.get(), {"BANDS", "BAND_STORAGE_TYPE", "BAND_SEQUENCE"});
-    if (!OalCreateSDT(tree.get(), src_format)) {
-        OaReportFailure(oa_errno, "%s: CreateSDT returned error.", routine);
-        return false;
-    }
-    plan->item = *sample_slot(tree.get());
-    if (plan->item.conversion_type == OA_ASCII_TO_BINARY || plan->item.conversion_type == OA_BINARY_TO_ASCII) {
-        OaReportFailure(520, "%s: CreateSDT returned error. Samples from or to text are not supported.", routine);
-        return false;
-    }
-    if (plan->item.src.binrep == plan->item.dst.binrep)
-        plan->item.conversion_type = OA_COPY;
-    plan->items_per_sample = image.sample_bits / 8 / plan->item.src.size;
-    OalSDTtoODLTree(tree.get(), OA_BINARY);
-    delete_keywords(tree.get(), {"ENCODING_TYPE", "LINE*PREFIX*BYTES", "LINE*SUFFIX*BYTES", "^LINE*PREFIX*STRUCTURE",
-                                 "^LINE*SUFFIX*STRUCTURE"});
-    plan->label.reset(tree.release());
-    return true;
-}
 
 StridedReader::Piece StridedReader::largest_piece(const Piece &all) const {
     const int64_t gap = layout_.line_stride - layout_.span(all.samples);

@@ -2,26 +2,11 @@
 #pragma once
 
 #include "oa/image_band.h"
-#include "oa/sdt.h"
+#include "oa/sample_plan.h"
 #include "oa/stream.h"
 
 #include <cstdint>
 #include <vector>
-
-// How the samples of an image become native: its only leaf that is not a SPARE, and the label they have then.
-struct SamplePlan {
-    OaSlot item;
-    int64_t items_per_sample = 1;  // two for complex samples
-    OdlTree label;
-
-    bool in_place() const { return item.src.size == item.dst.size; }
-    bool as_stored() const { return item.conversion_type == OA_COPY; }
-};
-
-// The plan for the samples that an IMAGE node describes, whatever else it holds. False after reporting in the name of
-// `routine`.
-bool make_sample_plan(const char *routine, const ObjDesc *image_node, const OaImageKeywords &image,
-                      OaInterchangeFormat src_format, SamplePlan *plan);
 
 // Where stored samples are: bytes from the start of the file, and between neighbours. Strides are at least
 // sample_bytes.
@@ -55,7 +40,7 @@ class StridedReader {
         OalConvertRun(&plan_.item, stored, out, samples * plan_.items_per_sample);
     }
 
-    int64_t sample_size() const { return plan_.items_per_sample * plan_.item.dst.size; }  // bytes, native
+    int64_t sample_size() const { return plan_.native_size(); }  // bytes, native
     const SamplePlan &plan() const { return plan_; }
 
   private:

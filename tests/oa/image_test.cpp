@@ -328,7 +328,8 @@ TEST_F(Image, RefusesLabelsThatCannotBeTrue) {
              Case{"LINE_PREFIX_BYTES", "-1", 502, "LINE_PREFIX_BYTES = -1 "},
              Case{"LINE_PREFIX_BYTES", "9223372036854775807", 502, "LINE_PREFIX_BYTES = 9223372036854775807"},
              Case{"LINE_SUFFIX_BYTES", "600", 502, "LINE_SUFFIX_BYTES = 600"},
-             Case{"ENCODING_TYPE", "\"hfd-5\"", 520, "unsupported compression type: 2."},
+             Case{"ENCODING_TYPE", "\"hfd-5\"", 520,
+                  "HFD compressed images are only supported in variable-length record files."},
              Case{"ENCODING_TYPE", "GIFT", 531, "unknown ENCODING_TYPE: GIFT"},
              Case{"INTERCHANGE_FORMAT", "ASCII", 520, "CreateSDT returned error."},
          }) {
