@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -216,6 +216,50 @@ TEST_F(SdtTable, NestsAsDeepAsLabelsDo) {
     const OaSdt compressed(OalCompressSDT(top.get()));
     EXPECT_EQ(process(compressed.get(), "abc", {1}, 3), "abc");
     OalSDTtoODLTree(top.get(), OA_BINARY);
+}
+
+// The fenced blocks of docs/conversion.md that are no diagrams, in order.
+std::vector<std::string> documented_blocks() {
+    std::ifstream page(LUMACART_SAMPLES "/../docs/conversion.md");
+    std::vector<std::string> blocks;
+    bool fenced = false;
+    bool inside = false;
+    for (std::string line; std::getline(page, line);) {
+        if (line.starts_with("```")) {
+            inside = !fenced && line == "```";
+            fenced = !fenced;
+            if (inside)
+                blocks.emplace_back();
+        } else if (inside) {
+            blocks.back() += line + "\n";
+        }
+    }
+    return blocks;
+}
+
+std::string bytes_of_hex(const std::string &text) {
+    std::istringstream words(text);
+    std::string bytes;
+    for (unsigned byte = 0; words >> std::hex >> byte;)
+        bytes += static_cast<char>(byte);
+    return bytes;
+}
+
+TEST_F(SdtTable, DoesWhatTheDocumentedExampleSays) {
+    const std::vector<std::string> blocks = documented_blocks();
+    ASSERT_EQ(blocks.size(), 5U);
+    const OaSdt plan = plan_object(blocks[0], OA_BINARY);
+    ASSERT_TRUE(plan);
+    std::istringstream lines(blocks[2]);
+    std::string slots;
+    for (std::string line; std::getline(lines, line);)
+        slots += line.substr(0, line.find("  ")) + " ";
+    EXPECT_EQ(layout_text(plan.get()), slots);
+    EXPECT_EQ(process(plan.get(), bytes_of_hex(blocks[1]), {5}, OalDestinationSize(plan.get())),
+              bytes_of_hex(blocks[3]));
+    OalSDTtoODLTree(plan.get(), OA_BINARY);
+    const OdlTree documented(parse_object(blocks[4]));
+    EXPECT_EQ(label_text(plan.get()), label_text(documented.get()));
 }
 
 }  // namespace
