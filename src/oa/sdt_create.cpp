@@ -4,6 +4,28 @@
 
 #include <algorithm>
 
+namespace {
+
+// Stepping from leaf to leaf costs time for every level, and no label nests like that.
+constexpr int deepest = 256;
+
+bool is_too_deep(const ObjDesc *top) {
+    int depth = 0;
+    for (const ObjDesc *node = top; node && depth <= deepest;) {
+        if (node->first_child) {
+            node = node->first_child;
+            ++depth;
+            continue;
+        }
+        for (; node != top && !node->right_sibling; node = node->parent)
+            --depth;
+        node = node == top ? nullptr : node->right_sibling;
+    }
+    return depth > deepest;
+}
+
+}  // namespace
+
 ObjDesc *OalCreateSDT(ObjDesc *object, OaInterchangeFormat src_interchange_format) {
     constexpr uint8_t largest_alignment_type = 2;
     if (!object) {
@@ -12,6 +34,10 @@ ObjDesc *OalCreateSDT(ObjDesc *object, OaInterchangeFormat src_interchange_forma
     }
     if (Oa_profile.dst_alignment_type > largest_alignment_type) {
         OaReportFailure(535, "%s: invalid Oa_profile.dst_alignment_type: %d.", __func__, Oa_profile.dst_alignment_type);
+        return nullptr;
+    }
+    if (is_too_deep(object)) {
+        OaReportFailure(530, "%s: objects are nested more than %d deep.", __func__, deepest);
         return nullptr;
     }
     if (object->parent) {

@@ -65,31 +65,19 @@ OaSdt plan_lines() {
     return OalCreateSDT(image.get(), OA_BINARY) ? std::move(image) : nullptr;
 }
 
-TEST_F(Sdt, TakesItsSourceCutAnywhere) {
+TEST_F(Sdt, TakesImagesCutAnywhere) {
     std::vector<OaSdt> plans;
-    plans.push_back(plan_rows(7, 40,
-                              {new_column("MSB_INTEGER", 1, 2), new_column("CHARACTER", 4, 5),
-                               new_column("VAX_REAL", 11, 4), new_column("MSB_UNSIGNED_INTEGER", 17, 12, 3),
-                               new_column("IEEE_COMPLEX", 29, 8), new_column("LSB_INTEGER", 37, 4)}));
     plans.push_back(plan_lines());
-    plans.emplace_back(OalCreateSDT(new_image(4, 9, 32, "IEEE_REAL"), OA_BINARY));
-    std::mt19937 generator(7);
+    plans.emplace_back(OalCreateSDT(new_image(4, 9, 32, "VAX_REAL"), OA_BINARY));
     for (const OaSdt &plan : plans) {
         ASSERT_TRUE(plan);
-        const OaSdt compressed(OalCompressSDT(plan.get()));
         const int64_t size = OalDestinationSize(plan.get());
         std::string source(static_cast<size_t>(OalSourceSize(plan.get())) + 100, '\0');  // 100 bytes more than wanted
-        std::generate(source.begin(), source.end(), [&] { return static_cast<char>(generator()); });
+        std::generate(source.begin(), source.end(), std::mt19937(7));
         const std::string whole = process(plan.get(), source, {source.size()}, size);
         EXPECT_GT(std::count_if(whole.begin(), whole.end(), [](char c) { return c != 0; }), size / 2);
-        for (unsigned way = 0; way < 60; ++way) {
-            std::vector<size_t> cuts(16, way + 1);
-            if (way >= 20)
-                std::generate(cuts.begin(), cuts.end(), [&] { return generator() % way + 1; });
-            ASSERT_EQ(process(plan.get(), source, cuts, size), whole) << "way " << way;
-            ASSERT_EQ(process(compressed.get(), source, cuts, size), whole) << "way " << way << ", compressed";
-            process(plan.get(), source, cuts, size * way / 60);  // room for a part only
-        }
+        for (size_t cut = 1; cut < 20; ++cut)
+            ASSERT_EQ(process(plan.get(), source, {cut, 1, 2 * cut}, size), whole) << "cut " << cut;
     }
 }
 
