@@ -83,20 +83,22 @@ bool list_steps(OaSlot *root, ObjDesc *leaf) {
 
 // --- Rows -----------------------------------------------------------------------------------------------------------
 
-// Gathers single items of the rows, so that one run converts many of them.
-void convert_gathered(const OaSlot *slot, OaStrided items) {
-    constexpr int64_t most_items = 256;
-    constexpr int64_t largest_item = 16;
-    uint8_t gathered[most_items * largest_item];
-    uint8_t converted[most_items * largest_item];
-    while (items.count > 0) {
-        const int64_t some = std::min(items.count, most_items);
-        OalCopyStrided({items.src, items.src_stride, gathered, slot->src.size, some}, slot->src.size);
-        BinrepConvertRun(slot->plan, gathered, converted, some);
-        OalScatter(converted, slot->dst.size, items.dst, items.dst_stride, some);
-        items.src += some * items.src_stride;
-        items.dst += some * items.dst_stride;
-        items.count -= some;
+// Gathers the few items that each row has, so that one run converts those of many rows.
+constexpr int64_t gathered_bytes = 4096;
+void convert_gathered(const OaRowStep &step, OaStrided rows) {
+    uint8_t gathered[gathered_bytes];
+    uint8_t converted[gathered_bytes];
+    const int64_t src_bytes = step.count * src_unit(step);
+    const int64_t dst_bytes = step.count * dst_unit(step);
+    const int64_t most_rows = gathered_bytes / std::max(src_bytes, dst_bytes);
+    while (rows.count > 0) {
+        const int64_t some = std::min(rows.count, most_rows);
+        OalCopyStrided({rows.src, rows.src_stride, gathered, src_bytes, some}, src_bytes);
+        BinrepConvertRun(step.slot->plan, gathered, converted, some * step.count);
+        OalScatter(converted, dst_bytes, rows.dst, rows.dst_stride, some);
+        rows.src += some * rows.src_stride;
+        rows.dst += some * rows.dst_stride;
+        rows.count -= some;
     }
 }
 
@@ -104,7 +106,8 @@ void convert_gathered(const OaSlot *slot, OaStrided items) {
 int convert_step(const OaRowStep &step, const OaStrided &rows) {
     const OaSlot *slot = step.slot;
     const int64_t src_bytes = step.count * src_unit(step);
-    const bool gapless = src_bytes == rows.src_stride && step.count * dst_unit(step) == rows.dst_stride;
+    const int64_t dst_bytes = step.count * dst_unit(step);
+    const bool gapless = src_bytes == rows.src_stride && dst_bytes == rows.dst_stride;
     if (copies(slot)) {
         if (gapless)
             memcpy(rows.dst, rows.src, static_cast<size_t>(rows.count * src_bytes));
@@ -116,8 +119,8 @@ int convert_step(const OaRowStep &step, const OaStrided &rows) {
         return OalConvertRun(slot, rows.src, rows.dst, rows.count * step.count);
     if (step.count == 1 && slot->conversion_type == OA_ASCII_TO_BINARY)
         return OalAsciiToBinary(*slot, rows);
-    if (step.count == 1 && slot->conversion_type == OA_BINARY_TO_BINARY) {
-        convert_gathered(slot, rows);
+    if (slot->conversion_type == OA_BINARY_TO_BINARY && std::max(src_bytes, dst_bytes) <= gathered_bytes / 16) {
+        convert_gathered(step, rows);
         return 0;
     }
     for (int64_t row = 0; row < rows.count; ++row)
