@@ -6,7 +6,7 @@ namespace {
 
 // Bytes of all bands held. Bands that lie line by line cost little more one by one: a group is for the processor's
 // cache. Of those that lie item by item each pass reads all: the fewer passes, the better.
-constexpr int64_t largest_group_of_lines = int64_t{8} << 20;
+constexpr int64_t largest_group_of_lines = int64_t{32} << 20;
 constexpr int64_t largest_group_of_items = int64_t{256} << 20;
 constexpr int64_t most_bands_of_lines = 256;  // the system takes 1024 places in one read
 
