@@ -73,7 +73,8 @@ void read_image(const ObjDesc *image, int64_t band) {
     const bool described = OaGetImageKeywords(image, &keywords) == 0;
     const OaObjectPtr whole(OaReadImage(image, band));
     OaObject *handle = OaOpenImage(image, band);
-    const bool only_whole = described && keywords.encoding == OA_GIF_ENCODING;
+    const bool only_whole =
+        described && (keywords.encoding == OA_GIF_ENCODING || keywords.encoding == OA_CLEMENTINE_JPEG);
     require(only_whole ? !handle : !whole == !handle);
     require(!whole || described);
     if (handle && keywords.lines * keywords.line_samples <= largest_compared)
