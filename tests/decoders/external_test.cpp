@@ -87,39 +87,34 @@ TEST_F(External, DecodesOrdinaryGreyJpegStreams) {
     EXPECT_EQ(notices_, 1);  // what is there is shown
     EXPECT_EQ(out[0], 0);
 
-    struct Case {
-        std::string bytes;
-        const char *fault;
+    const std::pair<std::string, const char *> cases[] = {
+        {jpeg_of(160, 40), "its size is not that of the label"},
+        {jpeg_of(40, 160, true), "it is not grey"},
+        {sound.substr(0, 9), "can't be decoded"},
     };
-    const Case cases[] = {{jpeg_of(160, 40), "its size is not that of the label"},
-                          {jpeg_of(40, 160, true), "it is not grey"},
-                          {sound.substr(0, 9), "can't be decoded"}};
-    for (const Case &c : cases) {
-        EXPECT_EQ(decode(c.bytes, 40, 160, &out), 1);
-        EXPECT_NE(error_string.find(c.fault), std::string::npos) << error_string;
+    for (const auto &[bytes, fault] : cases) {
+        EXPECT_EQ(decode(bytes, 40, 160, &out), 1);
+        EXPECT_NE(error_string.find(fault), std::string::npos) << error_string;
     }
 }
 
 TEST_F(External, RunsProgramsWithinTheirLimits) {
     EXPECT_EQ(run_external_decoder(program("test \"$1 $#\" = 'a b;c 1' && ! read line"), {"a b;c"}), "");
-    struct Case {
-        std::string program;
-        const char *error;
-    };
-    const Case cases[] = {{program("exit 3"), "ended with status 3"},
-                          {"/nowhere/program", "No such file"},
-                          {"program", "is not named by its full path"}};
-    for (const Case &c : cases)
-        EXPECT_NE(run_external_decoder(c.program, {}).find(c.error), std::string::npos) << c.error;
+    EXPECT_NE(run_external_decoder(program("exit 3"), {}).find("ended with status 3"), std::string::npos);
+    EXPECT_NE(run_external_decoder("/nowhere/program", {}).find("No such file"), std::string::npos);
+    EXPECT_NE(run_external_decoder("program", {}).find("is not named by its full path"), std::string::npos);
     // What the program started ends with it.
-    const std::string pid_file = folder_.file("pid");
-    EXPECT_NE(
-        run_external_decoder(program("sleep 300 & echo $! >\"$1\"; wait"), {pid_file}, 1).find("within 1 seconds"),
-        std::string::npos);
-    const pid_t child = std::stoi(read_file(pid_file));
-    const std::string state = read_file("/proc/" + std::to_string(child) + "/stat");
-    EXPECT_TRUE(state.empty() || state.find(") Z") != std::string::npos || state.find(") X") != std::string::npos)
-        << state;
+    const std::string pid = folder_.file("pid");
+    const std::string slow = program("sleep 300 & echo $! >\"$1\"; wait");
+    EXPECT_NE(run_external_decoder(slow, {pid}, 1).find("within 1 seconds"), std::string::npos);
+    const std::string stat = "/proc/" + std::to_string(std::stoi(read_file(pid))) + "/stat";
+    const auto lives = [&] {
+        const std::string state = read_file(stat);
+        return !state.empty() && state.find(") Z") == std::string::npos && state.find(") X") == std::string::npos;
+    };
+    for (int looks = 0; looks < 500 && lives(); ++looks)
+        usleep(10000);
+    EXPECT_FALSE(lives());
 }
 
 TEST_F(External, DecompressesMocProductsIntoNewFilesOnly) {
