@@ -21,7 +21,7 @@ std::string decode_by_program(const char *program, const std::string &file_name,
     const DecoderFolder folder;
     if (!folder.is_there())
         return "couldn't make a folder for the decoder's output";
-    const std::string error = run_external_decoder(
+    std::string error = run_external_decoder(
         program, {file_name, std::to_string(offset), std::to_string(lines), std::to_string(samples), folder.file()});
     if (!error.empty())
         return error;

@@ -64,7 +64,7 @@ std::string decompress(const char *program, const char *input_name, const char *
     const DecoderFolder folder;
     if (!folder.is_there())
         return "couldn't make a folder for the decoder's output";
-    const std::string error = run_external_decoder(program, {input.get(), folder.file()});
+    std::string error = run_external_decoder(program, {input.get(), folder.file()});
     if (!error.empty())
         return error;
     const FilePtr made = util_open_regular(folder.file().c_str());
