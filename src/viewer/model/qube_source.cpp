@@ -116,7 +116,7 @@ void map_qube_samples(const void *samples, const OaQubeItem &item, RealRange ran
         OaQubePhysicalValues(item, bytes + done * item.bytes, some, values.data());
         for (int64_t i = 0; i < some; ++i) {
             const float value = values[static_cast<size_t>(i)];
-            const float level = item.bytes == 1 ? bytes[done + i] : (value - minimum) * scale;
+            const float level = item.bytes == 1 ? static_cast<float>(bytes[done + i]) : (value - minimum) * scale;
             // A comparison with NaN is false: no data become 0.
             display[done + i] = value == value && level > 0 ? static_cast<uint8_t>(std::min(level, levels - 1)) : 0;
         }
