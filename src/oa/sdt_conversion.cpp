@@ -110,6 +110,14 @@ void plan_copy(OaSlot &slot) {
     slot.dst.alignment_req = 1;
 }
 
+// BIT_COLUMNs count their bits from the first stored byte on, so that bytes turned round would take them apart.
+bool holds_bit_columns(const ObjDesc *node) {
+    for (const ObjDesc *child = LeftmostSDTChild(node); child; child = RightSDTSibling(child))
+        if (OaGetObjectClass(child) == OA_BIT_COLUMN)
+            return true;
+    return false;
+}
+
 int alignment_of(int64_t size) {
     constexpr uint8_t two_bytes = 1;
     constexpr uint8_t natural = 2;
@@ -140,7 +148,7 @@ int OalDetermineConvertParameters(ObjDesc *node, OaInterchangeFormat src_format,
         conversion = wide_integer_conversion(label_type);
     }
     if (slot.src.data_type == OA_ASCII_BIT_STRING && dst_format == OA_BINARY) {
-        OaReportFailure(520, "%s: Can't convert ASCII_BIT_STRING to binary!", routine);
+        OaReportFailure(520, "Can't convert ASCII_BIT_STRING to binary!");
         conversion = nullptr;
     }
 
@@ -150,7 +158,8 @@ int OalDetermineConvertParameters(ObjDesc *node, OaInterchangeFormat src_format,
         slot.dst.size = 0;
         return 0;
     }
-    if (!conversion || (dst_format == OA_BINARY && !conversion->dst_q_code)) {
+    const bool keeps_bits = src_format == OA_BINARY && dst_format == OA_BINARY && holds_bit_columns(node);
+    if (!conversion || keeps_bits || (dst_format == OA_BINARY && !conversion->dst_q_code)) {
         plan_copy(slot);
         return 0;
     }

@@ -31,16 +31,17 @@ TEST_F(SdtTable, PlansEveryClassAndDescribesWhatItBecame) {
     const std::string bits =
         object("BIT_ELEMENT", "START_BIT = 1\nBITS = 3") + object("BIT_ELEMENT", "START_BIT = 4\nBITS = 13");
     for (const Case &c : {
-             // A row with bytes around it, a gap, a column with bit columns, and bytes behind the last column.
+             // A row with bytes around it, a gap, a column with bit columns, which stays as stored, and bytes behind
+             // the last column.
              Case{table(2, 12,
                         column("MSB_INTEGER", 1, 2) + column("MSB_UNSIGNED_INTEGER", 5, 4, "NAME = X\n") +
-                            object("COLUMN", "DATA_TYPE = MSB_BIT_STRING\nSTART_BYTE = 9\nBYTES = 1", bit),
+                            object("COLUMN", "DATA_TYPE = MSB_UNSIGNED_INTEGER\nSTART_BYTE = 9\nBYTES = 2", bit),
                         "ROW_PREFIX_BYTES = 3\nROW_SUFFIX_BYTES = 2\n"),
-                  "*0+1x3>0:0 3+1x2>0:2 *5+1x2>0:0 7+1x4>4:4 11+1x1>8:1 { } *12+1x3>0:0 *15+1x2>0:0 ",
-                  "TABLE INTERCHANGE_FORMAT=BINARY ROWS=2 ROW_BYTES=9 COLUMNS=3"
+                  "*0+1x3>0:0 3+1x2>0:2 *5+1x2>0:0 7+1x4>4:4 11+1x2>8:2 { } *13+1x2>0:0 *15+1x2>0:0 ",
+                  "TABLE INTERCHANGE_FORMAT=BINARY ROWS=2 ROW_BYTES=10 COLUMNS=3"
                   " { COLUMN DATA_TYPE=LSB_INTEGER START_BYTE=1 BYTES=2 }"
                   " { COLUMN DATA_TYPE=LSB_UNSIGNED_INTEGER START_BYTE=5 BYTES=4 NAME=X }"
-                  " { COLUMN DATA_TYPE=MSB_BIT_STRING START_BYTE=9 BYTES=1 { BIT_COLUMN START_BIT=1 BITS=4 } }"},
+                  " { COLUMN DATA_TYPE=MSB_UNSIGNED_INTEGER START_BYTE=9 BYTES=2 { BIT_COLUMN START_BIT=1 BITS=4 } }"},
              // A container behind a gap stands behind the column, and its padding is only announced.
              Case{table(1, 20,
                         column("CHARACTER", 1, 3) + object("CONTAINER", "START_BYTE = 9\nBYTES = 6\nREPETITIONS = 2",
