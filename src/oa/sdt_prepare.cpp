@@ -100,6 +100,20 @@ int report_missing_for_column(const char *keyword) {
     return 1;
 }
 
+// Items of one row and of the next must lie equally far apart, or they cannot be counted through. The offset of a
+// single item means nothing until other rows follow it. False after reporting.
+bool check_pitch(ObjDesc *column, int64_t items, int64_t bytes) {
+    int64_t pitch = bytes / items;
+    if (OaKwdValuetoLong("ITEM_OFFSET", column, &pitch) == 0 && items == 1)
+        OaLongtoKwdValue("ITEM_OFFSET", column, pitch = bytes);
+    int64_t row_bytes = 0;
+    if (!__builtin_mul_overflow(pitch, items, &row_bytes) && row_bytes == bytes)
+        return true;
+    OaReportFailure(520, "%s: ITEMS of a COLUMN do not fill its BYTES = %lld in a column-major TABLE.", creator,
+                    static_cast<long long>(bytes));
+    return false;
+}
+
 // The column's values of all rows become items of one. 0, or 1 after reporting.
 int gather_rows(ObjDesc *column, int64_t rows) {
     int64_t start_byte = 0;
@@ -113,6 +127,8 @@ int gather_rows(ObjDesc *column, int64_t rows) {
         OaLongtoKwdValue("ITEM_BYTES", column, bytes);
     else if (OaKwdValuetoLong("ITEMS", column, &items) != 0 || items < 1)
         return report_missing_for_column("ITEMS");
+    if (!check_pitch(column, items, bytes))
+        return 1;
     if (__builtin_mul_overflow(start_byte - 1, rows, &start_byte) || __builtin_add_overflow(start_byte, 1, &start_byte))
         return OalReportTooLarge();
     OaLongtoKwdValue("START_BYTE", column, start_byte);

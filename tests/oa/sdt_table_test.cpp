@@ -64,12 +64,16 @@ TEST_F(SdtTable, PlansEveryClassAndDescribesWhatItBecame) {
                   " { COLUMN DATA_TYPE=PC_COMPLEX START_BYTE=1 BYTES=16 ITEMS=2 ITEM_BYTES=8 ITEM_OFFSET=8 }"
                   " { COLUMN DATA_TYPE=CHARACTER START_BYTE=17 BYTES=4 ITEMS=1 ITEM_BYTES=4 ITEM_OFFSET=4 }"
                   " { COLUMN DATA_TYPE=CHARACTER START_BYTE=21 BYTES=6 ITEMS=3 ITEM_BYTES=2 ITEM_OFFSET=2 }"},
-             Case{table(3, 3, column("CHARACTER", 1, 1) + column("MSB_INTEGER", 2, 2),
+             // The offset of a single item has no meaning.
+             Case{table(3, 5,
+                        column("CHARACTER", 1, 1) + column("MSB_INTEGER", 2, 2) +
+                            column("MSB_INTEGER", 4, 2, "ITEM_OFFSET = 7\n"),
                         "TABLE_STORAGE_TYPE = \"COLUMN_MAJOR\"\n"),
-                  "0+3x1>0:1 3+3x2>3:2 ",
-                  "TABLE INTERCHANGE_FORMAT=BINARY ROWS=3 ROW_BYTES=3 TABLE_STORAGE_TYPE=\"COLUMN_MAJOR\" COLUMNS=2"
+                  "0+3x1>0:1 3+3x2>3:2 *0+1x0>0:1 9+1x6>9:6 { *0+2x2>0:2 { *0+1x2>0:2 } *4+1x2>4:2 } ",
+                  "TABLE INTERCHANGE_FORMAT=BINARY ROWS=3 ROW_BYTES=5 TABLE_STORAGE_TYPE=\"COLUMN_MAJOR\" COLUMNS=3"
                   " { COLUMN DATA_TYPE=CHARACTER START_BYTE=1 BYTES=1 ITEM_BYTES=1 ITEMS=1 }"
-                  " { COLUMN DATA_TYPE=LSB_INTEGER START_BYTE=2 BYTES=2 ITEM_BYTES=2 ITEMS=1 }"},
+                  " { COLUMN DATA_TYPE=LSB_INTEGER START_BYTE=2 BYTES=2 ITEM_BYTES=2 ITEMS=1 }"
+                  " { COLUMN DATA_TYPE=LSB_INTEGER START_BYTE=4 BYTES=2 ITEM_OFFSET=2 ITEM_BYTES=2 ITEMS=1 }"},
              Case{object("ARRAY", "AXES = 2\nAXIS_ITEMS = (3, 4)",
                          object("COLLECTION", "BYTES = 6",
                                 element + object("ELEMENT", "DATA_TYPE = IEEE_REAL\nSTART_BYTE = 3\nBYTES = 4"))),
@@ -177,6 +181,8 @@ TEST_F(SdtTable, RefusesWhatItCannotPlan) {
                      "too large"},
              Refused{table(2, 9, element, "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 530,
                      "object class: ELEMENT not allowed in a column-major TABLE"},
+             Refused{table(2, 9, column("CHARACTER", 1, 5, "ITEMS = 2\n"), "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 520,
+                     "do not fill its BYTES = 5"},
              Refused{object("ARRAY", "AXIS_ITEMS = 3", element), 531, "AXES keyword value not found for ARRAY object."},
              Refused{object("ARRAY", "AXES = 1", element), 531, "AXIS_ITEMS keyword value not found for ARRAY object."},
              Refused{object("ARRAY", "AXES = 3\nAXIS_ITEMS = (2, 2)", element), 532,
