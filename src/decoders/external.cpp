@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <thread>
@@ -54,6 +55,27 @@ class Start {
     posix_spawnattr_t attributes_;
 };
 
+// Processes leave no status for a program that was started with their ends ignored, nor can it wait for one.
+class HeededEnds {
+  public:
+    HeededEnds() {
+        sigaction(SIGCHLD, nullptr, &before_);
+        if (ignores())
+            signal(SIGCHLD, SIG_DFL);
+    }
+    ~HeededEnds() {
+        if (ignores())
+            sigaction(SIGCHLD, &before_, nullptr);
+    }
+    HeededEnds(const HeededEnds &) = delete;
+    HeededEnds &operator=(const HeededEnds &) = delete;
+
+  private:
+    bool ignores() const { return !(before_.sa_flags & SA_SIGINFO) && before_.sa_handler == SIG_IGN; }
+
+    struct sigaction before_ = {};
+};
+
 // Whether the process ends in time; it is not yet reaped then, so that its number stays its own.
 bool ends_in_time(pid_t process, int limit_seconds) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(limit_seconds);
@@ -73,6 +95,7 @@ std::string run_external_decoder(const std::string &program, const std::vector<s
                                  int limit_seconds) {
     if (!program.starts_with('/'))
         return util_format("the decoder %s is not named by its full path", program.c_str());
+    const HeededEnds heeded;
     pid_t process = 0;
     if (const int code = Start().run(program, arguments, &process); code != 0)
         return util_format("couldn't run the decoder %s: %s", program.c_str(), strerror(code));
@@ -100,6 +123,6 @@ DecoderFolder::DecoderFolder() {
 DecoderFolder::~DecoderFolder() {
     if (!is_there())
         return;
-    unlink(file().c_str());
-    rmdir(path_.c_str());
+    std::error_code ignored;  // a decoder may have left other files there
+    std::filesystem::remove_all(path_, ignored);
 }

@@ -12,7 +12,7 @@ constexpr int external_decoder_seconds = 120;
 std::string run_external_decoder(const std::string &program, const std::vector<std::string> &arguments,
                                  int limit_seconds = external_decoder_seconds);
 
-// A folder that nobody else can read or write, removed with the one file that is made in it.
+// A folder that nobody else can read or write, for one file; removed with whatever was made in it.
 class DecoderFolder {
   public:
     DecoderFolder();

@@ -103,6 +103,9 @@ TEST_F(External, RunsProgramsWithinTheirLimits) {
     EXPECT_NE(run_external_decoder(program("exit 3"), {}).find("ended with status 3"), std::string::npos);
     EXPECT_NE(run_external_decoder("/nowhere/program", {}).find("No such file"), std::string::npos);
     EXPECT_NE(run_external_decoder("program", {}).find("is not named by its full path"), std::string::npos);
+    signal(SIGCHLD, SIG_IGN);
+    EXPECT_NE(run_external_decoder(program("exit 3"), {}, 1).find("ended with status 3"), std::string::npos);
+    EXPECT_EQ(signal(SIGCHLD, SIG_DFL), SIG_IGN);
     // What the program started ends with it.
     const std::string pid = folder_.file("pid");
     const std::string slow = program("sleep 300 & echo $! >\"$1\"; wait");
@@ -136,11 +139,16 @@ TEST_F(External, DecompressesMocProductsIntoNewFilesOnly) {
     EXPECT_FALSE(std::filesystem::exists(folder_.file("elsewhere")));
     std::filesystem::remove(output);
 
-    for (const char *commands : {"echo half >\"$2\"; exit 1", "exit 0", ": >\"$2\"", "ln -s /etc/hostname/x \"$2\""}) {
+    setenv("TMPDIR", folder_.file("").c_str(), 1);
+    for (const char *commands : {"echo half >\"$2\"; exit 1", "mkdir -p \"$2/a\"", ": >\"$2.part\"; exit 1", "exit 0",
+                                 ": >\"$2\"", "ln -s /etc/hostname/x \"$2\""}) {
         program(commands);
         EXPECT_EQ(decompress(), 1) << commands;
         EXPECT_FALSE(std::filesystem::exists(output)) << commands;
     }
+    unsetenv("TMPDIR");
+    for (const auto &left : std::filesystem::directory_iterator(folder_.file("")))
+        EXPECT_FALSE(left.is_directory()) << left.path();
 }
 
 }  // namespace
