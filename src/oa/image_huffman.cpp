@@ -10,6 +10,9 @@
 
 namespace {
 
+// Of the longest record that its two bytes of length can say: the first sample, then one for each bit.
+constexpr int64_t most_decoded_bytes = 1 + 32766 * 8;
+
 // The records of a file in any order. Those that were passed once are found again from the nearest position that the
 // stream remembers; the end is met only once.
 class Records {
@@ -125,6 +128,12 @@ bool HuffmanBand::read(const SampleRectangle &rectangle, uint8_t *out, ShortRead
     return true;
 }
 
+// The extent was checked before: no number is too large.
+bool fits_record(const OaImageKeywords &image) {
+    return image.line_prefix_bytes + image.line_samples * (image.sample_bits / 8) + image.line_suffix_bytes <=
+           most_decoded_bytes;
+}
+
 HFDTreePtr read_tree(const char *routine, const ObjDesc *image_node) {
     const ObjDesc *node = OaFindEncodingHistogram(image_node);
     if (!node) {
@@ -156,7 +165,7 @@ std::unique_ptr<ImageBand> open_huffman_band(const char *routine, const ObjDesc 
     SamplePlan plan;
     if (!tree || !make_sample_plan(routine, image_node, image, file.interchange_format, &plan))
         return nullptr;
-    if (plan.items_per_sample * plan.item.src.size != image.sample_bits / 8) {
+    if (plan.items_per_sample * plan.item.src.size != image.sample_bits / 8 || !fits_record(image)) {
         OaReportFailure(710, "%s: SDT source size is not equal to size of HFD decompressed line buffer.", routine);
         return nullptr;
     }

@@ -116,13 +116,19 @@ struct Claim {
     int64_t all = 0;
 };
 
+// Lines of several bytes may be more than a number holds where those of one byte were not.
+Claim claim_of_lines(int64_t line, int64_t lines) {
+    int64_t all = 0;
+    return {line, __builtin_mul_overflow(line, lines, &all) ? INT64_MAX : all};
+}
+
 Claim claim_of(const OaImageKeywords &image) {
     constexpr int64_t samples_a_byte_of_jpeg = 64;
     switch (image.encoding) {
         case OA_HUFFMAN: {
             // A record's length, the first sample, a bit for each of the others.
-            const int64_t line = 3 + (line_bytes(image) + 6) / 8;
-            return {line, line * image.lines};
+            const int64_t bytes = line_bytes(image);
+            return claim_of_lines(3 + bytes / 8 + (bytes % 8 > 1 ? 1 : 0), image.lines);
         }
         case OA_PREVIOUS_PIXEL:
             return {image.line_samples, image.line_samples * image.lines};

@@ -207,6 +207,13 @@ TEST_F(EncodedImage, RefusesWhatCannotBe) {
     many.items = 100000000;
     zeros.frequencies.assign(511, 0);
     lines.image.lines = 2000;
+    // Each is no size, or a small one, once its bytes are counted in 64 bits.
+    Encoded thrice = lines, longest = lines, long_line = huffman(record("a") + std::string(40000, 'a'));
+    thrice.image.lines = 6148914691236517206;
+    thrice.image.samples = longest.image.lines = 1;
+    longest.image.samples = INT64_MAX;
+    long_line.image.lines = 1;
+    long_line.image.samples = 262130;
     Encoded later = huffman(record(std::string(40, 'a')));
     later.start = 4;
     Encoded prefixed = previous("UNDEFINED", "\xff\x01\x02....");
@@ -226,6 +233,9 @@ TEST_F(EncodedImage, RefusesWhatCannotBe) {
         {huffman("\xff\x7f" + std::string(64, 'a')), 700, "OalReadStream returned error"},
         {later, 700, "OalSeek returned error, aborting."},
         {lines, 502, "claim"},
+        {thrice, 502, "claim"},
+        {longest, 502, "claim"},
+        {long_line, 710, ": SDT source size is not equal to size of HFD decompressed line buffer."},
         {previous("VARIABLE_LENGTH", "\xff\x01\x02...."), 520,
          "Image does not support variable-length record files  except for HFD compressed images."},
         {prefixed, 520,
