@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <iterator>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <thread>
@@ -17,6 +19,7 @@
 namespace {
 
 constexpr auto between_looks = std::chrono::milliseconds(10);
+constexpr int ending_signals[] = {SIGHUP, SIGINT, SIGTERM};
 
 // How the program begins: in a group of its own, with default signals and none of our files.
 class Start {
@@ -76,10 +79,18 @@ class HeededEnds {
     struct sigaction before_ = {};
 };
 
+// Whether a signal waits that would end this program.
+bool is_interrupted() {
+    sigset_t waiting;
+    sigpending(&waiting);
+    return std::any_of(std::begin(ending_signals), std::end(ending_signals),
+                       [&](int number) { return sigismember(&waiting, number) == 1; });
+}
+
 // Whether the process ends in time; it is not yet reaped then, so that its number stays its own.
 bool ends_in_time(pid_t process, int limit_seconds) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(limit_seconds);
-    while (std::chrono::steady_clock::now() < limit) {
+    while (std::chrono::steady_clock::now() < limit && !is_interrupted()) {
         siginfo_t info = {};
         if (waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
             info.si_pid == process)
@@ -104,6 +115,8 @@ std::string run_external_decoder(const std::string &program, const std::vector<s
     int status = 0;
     while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
+    if (!ended && is_interrupted())
+        return util_format("the decoder %s was interrupted", program.c_str());
     if (!ended)
         return util_format("the decoder %s did not end within %d seconds", program.c_str(), limit_seconds);
     if (WIFSIGNALED(status))
@@ -114,6 +127,15 @@ std::string run_external_decoder(const std::string &program, const std::vector<s
 }
 
 DecoderFolder::DecoderFolder() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (const int number : ending_signals) {
+        struct sigaction action = {};
+        sigaction(number, nullptr, &action);
+        if ((action.sa_flags & SA_SIGINFO) || action.sa_handler != SIG_IGN)
+            sigaddset(&held, number);
+    }
+    pthread_sigmask(SIG_BLOCK, &held, &signals_before_);
     const char *parent = getenv("TMPDIR");
     std::string pattern = std::string(parent && *parent == '/' ? parent : "/tmp") + "/lumacart-XXXXXX";
     if (mkdtemp(pattern.data()))
@@ -121,8 +143,9 @@ DecoderFolder::DecoderFolder() {
 }
 
 DecoderFolder::~DecoderFolder() {
-    if (!is_there())
-        return;
-    std::error_code ignored;  // a decoder may have left other files there
-    std::filesystem::remove_all(path_, ignored);
+    if (is_there()) {
+        std::error_code ignored;  // a decoder may have left other files there
+        std::filesystem::remove_all(path_, ignored);
+    }
+    pthread_sigmask(SIG_SETMASK, &signals_before_, nullptr);
 }

@@ -1,6 +1,7 @@
 // Decoders that are programs of their own, named by the user.
 #pragma once
 
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,8 @@ constexpr int external_decoder_seconds = 120;
 std::string run_external_decoder(const std::string &program, const std::vector<std::string> &arguments,
                                  int limit_seconds = external_decoder_seconds);
 
-// A folder that nobody else can read or write, for one file; removed with whatever was made in it.
+// A folder that nobody else can read or write, for one file; removed with whatever was made in it. While it is
+// there, signals that would end this program wait; they end a decoder, and the program when the folder is gone.
 class DecoderFolder {
   public:
     DecoderFolder();
@@ -25,4 +27,5 @@ class DecoderFolder {
 
   private:
     std::string path_;
+    sigset_t signals_before_;
 };

@@ -120,6 +120,23 @@ TEST_F(External, RunsProgramsWithinTheirLimits) {
     EXPECT_FALSE(lives());
 }
 
+TEST_F(External, LeavesNothingBehindWhenInterrupted) {
+    static std::string output;
+    static bool was_gone = false;
+    const auto before =
+        signal(SIGTERM, [](int) { was_gone = !std::filesystem::exists(std::filesystem::path(output).parent_path()); });
+    {
+        const DecoderFolder folder;
+        output = folder.file();
+        ASSERT_TRUE(folder.is_there());
+        raise(SIGTERM);
+        EXPECT_NE(run_external_decoder(program("sleep 60"), {}, 30).find("was interrupted"), std::string::npos);
+        EXPECT_FALSE(was_gone);
+    }
+    EXPECT_TRUE(was_gone);
+    signal(SIGTERM, before);
+}
+
 TEST_F(External, DecompressesMocProductsIntoNewFilesOnly) {
     const std::string input = folder_.write("a.imq", "moc");
     const std::string output = folder_.file("a.tmp");
