@@ -54,6 +54,8 @@ void connect_controls(Window *window) {
             QObject::connect(button, &QAbstractButton::clicked, window, used);
         else if (auto *line = qobject_cast<QLineEdit *>(widget))
             QObject::connect(line, &QLineEdit::textEdited, window, used);
+        else if (auto *lines = qobject_cast<QPlainTextEdit *>(widget))
+            QObject::connect(lines, &QPlainTextEdit::modificationChanged, window->frame, &QWidget::setWindowModified);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "gui/client_area.h"
 #include "gui/gui.h"
+#include "gui/text_control.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -14,8 +15,8 @@
 
 namespace {
 
-// Knows our drawing area, and remembers the classes that nobody knows: Qt puts their base class in their place, and the
-// definition loads all the same.
+// Knows our drawing area and text control, and remembers the classes that nobody knows: Qt puts their base class in
+// their place, and the definition loads all the same.
 class DefinitionLoader final : public QUiLoader {
   public:
     DefinitionLoader() { clearPluginPaths(); }
@@ -25,6 +26,11 @@ class DefinitionLoader final : public QUiLoader {
             auto *area = new ClientArea(parent);
             area->setObjectName(name);
             return area;
+        }
+        if (class_name == QLatin1String("QPlainTextEdit")) {
+            auto *text = new TextControl(parent);
+            text->setObjectName(name);
+            return text;
         }
         QWidget *widget = QUiLoader::createWidget(class_name, parent, name);
         const bool is_line = class_name == QLatin1String("Line");

@@ -14,6 +14,7 @@
 #include "base/notice.h"
 #include "base/pixel_image.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -147,7 +148,12 @@ GuiSize gui_client_size_without_bars(const Window *window);  // what it were if 
 // that the content needs then are added to the window, so set the content's size first.
 void gui_set_client_size(Window *window, GuiSize size);
 GuiSize gui_screen_size(const Window *window);  // without task bars
-void gui_invalidate(Window *window);            // asks for an Update of the whole client area
+// Outer frame on the screen. Some desktops do not tell (0, 0) and place windows as they like.
+GuiRect gui_window_place(const Window *window);
+// Puts the top left corner of the frame there and gives the window, frame excluded, this size, all as far as the
+// screen has room for it. In the Create event, before the frame is known, too.
+void gui_place_window(Window *window, GuiRect place);
+void gui_invalidate(Window *window);  // asks for an Update of the whole client area
 
 // Runs a modal dialog from a definition until gui_end_dialog or its closing (0). -1 when there is no such definition or
 // the handler refused it.
@@ -178,6 +184,26 @@ std::vector<int> gui_commands(const Window *window);  // of its menu bar
 void gui_enable_command(Window *window, int command, bool enabled);
 bool gui_command_enabled(const Window *window, int command);
 void gui_check_command(Window *window, int command, bool checked);  // choosing the item leaves its mark as it is
+
+// --- Multi-line text ----------------------------------------------------------------------------------------------
+// A QPlainTextEdit, in the desktop's fixed-pitch font where its definition names no other. A text is a list of
+// paragraphs counted from 0, any bytes: whatever is not text, also NUL and line ends inside a paragraph, is shown as a
+// sign and comes back as it was. The line feed, carriage return or pair of both that ends a paragraph is kept, unseen,
+// until the user removes the line. A control without any text has no paragraphs.
+
+bool gui_has_paragraphs(const Window *window, int control);  // whether there is such a control
+size_t gui_paragraph_count(const Window *window, int control);
+std::vector<std::string> gui_paragraphs(const Window *window, int control);
+std::string gui_paragraph(const Window *window, int control, size_t paragraph);  // empty behind the last
+// Replaces all; nothing can be undone, and the text counts as not changed.
+void gui_set_paragraphs(Window *window, int control, const std::vector<std::string> &texts);
+// Changes that can be undone; adding to a text that is empty sets it.
+void gui_append_paragraphs(Window *window, int control, const std::vector<std::string> &texts);
+void gui_set_paragraph(Window *window, int control, size_t paragraph, const std::string &bytes);
+void gui_show_paragraph(Window *window, int control, size_t paragraph);  // at the top, with the cursor in it
+// Whether the text differs from the one last set or marked as not changed; the window's title shows a mark then.
+bool gui_text_changed(const Window *window, int control);
+void gui_set_text_changed(Window *window, int control, bool changed);
 
 // --- Drawing ------------------------------------------------------------------------------------------------------
 

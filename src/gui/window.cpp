@@ -251,7 +251,8 @@ std::string gui_title(const Window *window) {
 void gui_set_title(Window *window, const std::string &title) {
     window->title = title;
     // In a title "[*]" stands for the mark of a changed document, and for itself when doubled.
-    window->frame->setWindowTitle(QString::fromStdString(title).replace(QLatin1String("[*]"), QLatin1String("[*][*]")));
+    QString shown = QString::fromStdString(title).replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
+    window->frame->setWindowTitle(shown + QLatin1String("[*]"));
 }
 
 void gui_raise(Window *window) {

@@ -2,6 +2,7 @@
 #include "gui/client_area.h"
 #include "gui/window.h"
 
+#include <QGuiApplication>
 #include <QMainWindow>
 #include <QScreen>
 #include <QStyle>
@@ -77,4 +78,20 @@ void gui_set_client_size(Window *window, GuiSize size) {
 
 GuiSize gui_screen_size(const Window *window) {
     return size_of(window->frame->screen()->availableGeometry().size());
+}
+
+GuiRect gui_window_place(const Window *window) {
+    const QRect place = window->frame->frameGeometry();
+    return {place.x(), place.y(), place.width(), place.height()};
+}
+
+void gui_place_window(Window *window, GuiRect place) {
+    QWidget *frame = window->frame;
+    const QScreen *screen = QGuiApplication::screenAt(QPoint(place.left, place.top));
+    const QRect room = (screen ? screen : frame->screen())->availableGeometry();
+    const QSize around = decoration(*frame);
+    frame->resize(QSize(place.width, place.height).boundedTo(room.size() - around));
+    const QSize whole = frame->size() + around;
+    frame->move(qMax(room.left(), qMin(place.left, room.right() + 1 - whole.width())),
+                qMax(room.top(), qMin(place.top, room.bottom() + 1 - whole.height())));
 }

@@ -6,15 +6,46 @@ GenericState *window_state(const Window *window) {
 
 // A message that the Create event shows runs an event loop, in which the application may end and every window with it:
 // until the window stands, the state must outlive it.
-bool open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state) {
-    if (!gui_create_window(resource, nullptr, handler, state.get()))
-        return false;
-    state.release()->belongs_to_window = true;
-    return true;
+Window *open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state) {
+    Window *window = gui_create_window(resource, nullptr, handler, state.get());
+    if (window)
+        state.release()->belongs_to_window = true;
+    return window;
 }
+
+void keep_child(Window *window, int command, Window *child) {
+    GenericState *state = window_state(window);
+    GenericState *child_state = window_state(child);
+    if (!state || !child_state)
+        return;
+    state->children[command] = child;
+    child_state->opened_from = window;
+}
+
+Window *raise_child(const Window *window, int command) {
+    const GenericState *state = window_state(window);
+    const auto found = state ? state->children.find(command) : std::map<int, Window *>::const_iterator();
+    if (!state || found == state->children.end())
+        return nullptr;
+    gui_raise(found->second);
+    return found->second;
+}
+
+namespace {
+
+void leave_family(Window *window, GenericState *state) {
+    for (const auto &[command, child] : state->children)
+        window_state(child)->opened_from = nullptr;
+    if (GenericState *opener = window_state(state->opened_from))
+        std::erase_if(opener->children, [window](const auto &entry) { return entry.second == window; });
+}
+
+}  // namespace
 
 void free_window_state(Window *window) {
     GenericState *state = window_state(window);
+    if (state)
+        leave_family(window, state);
     if (state && state->belongs_to_window)
         delete state;
     gui_set_window_data(window, nullptr);

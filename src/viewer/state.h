@@ -7,6 +7,7 @@
 #include "viewer/model/sample_source.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -46,11 +47,20 @@ struct GenericState {
     std::unique_ptr<LabelState> label_state;
     std::unique_ptr<ImageDescription> image_info;
     std::unique_ptr<DisplayState> display_state;  // after the label, which its source reads
+    std::map<int, Window *> children;             // opened from this window, by the command that opens them
+    Window *opened_from = nullptr;                // the window that holds this one among its children
 };
 
 // Makes a document window whose data is the state, and hands the state to it. Where no window comes of it, because the
-// handler refused or the window went again at once, the state ends here. True when there is a window.
-bool open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state);
+// handler refused or the window went again at once, the state ends here. Null when there is no window.
+Window *open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state);
+
+// Windows that a window keeps at most one of: the label, hierarchy or keywords of an image. Each stands on its own and
+// may outlive the window it was opened from.
+void keep_child(Window *window, int command, Window *child);  // a null child is ignored
+// The window that the command opened from this one, brought to the front; null when there is none.
+Window *raise_child(const Window *window, int command);
+
 // For the window's Destroy event: ends its state, unless the window was still being made.
 void free_window_state(Window *window);
 // The state of a document window, during its Create event too; null for the task window. Not for dialogs.

@@ -8,3 +8,4 @@
 #include "viewer/openers.h"
 #include "viewer/session.h"
 #include "viewer/state.h"
+#include "viewer/text_window.h"
