@@ -13,6 +13,14 @@ void quit(Window *) {
         gui_quit();
 }
 
+void save(Window *window) {
+    save_text(window);
+}
+
+void save_as(Window *window) {
+    save_text_as(window);
+}
+
 void close_window(Window *window) {
     gui_destroy_window(window);
 }
@@ -24,9 +32,9 @@ using enum CommandScope;
 // A command without a function is in the menu, disabled: what it shows is not there yet.
 constexpr std::array rows = {
     CommandRow{1002, label, Any, open_product},
-    CommandRow{1003, label, Any, close_window},
-    CommandRow{1004, label, Label, nullptr},  // save the label text
-    CommandRow{1005, label, Label, nullptr},  // save it under a new name
+    CommandRow{1003, label, Any, close_text_window},
+    CommandRow{1004, label, Label, save},
+    CommandRow{1005, label, Label, save_as},
     CommandRow{1007, application, Any, open_product},
     CommandRow{1008, application, Image, close_window},
     CommandRow{1011, application, Any, quit},
@@ -35,23 +43,23 @@ constexpr std::array rows = {
     CommandRow{1026, label, Any, quit},
     CommandRow{1027, application, Image, menu2_image_invert},
     CommandRow{1028, application, Image, menu2_stretch_image},
-    CommandRow{1030, application, Any, nullptr},  // open a text file
-    CommandRow{1031, label, Any, nullptr},
+    CommandRow{1030, application, Any, open_text_file},
+    CommandRow{1031, label, Any, open_text_file},
     CommandRow{1032, application, Image, nullptr},  // time parser
     CommandRow{1033, label, Any, nullptr},          // browse a directory
     CommandRow{1042, application, Image, menu2_stretch_display},
     CommandRow{1047, application, Image, nullptr},  // object hierarchy
     CommandRow{1048, application, Image, nullptr},  // object keywords
     CommandRow{1050, application, Image, nullptr},  // histogram
-    CommandRow{1051, application, Image, nullptr},  // full label
+    CommandRow{1051, application, Image, open_full_label},
     CommandRow{1052, application, Qube, nullptr},   // side data
     CommandRow{1053, application, Bands, nullptr},  // band selection
     CommandRow{1054, application, Qube, nullptr},   // qube control
     CommandRow{1056, application, Bands, nullptr},  // band minimum and maximum
     CommandRow{1057, application, Any, nullptr},    // integers as hexadecimal
-    CommandRow{1059, label, Label, nullptr},        // line-end marks
-    CommandRow{1060, application, Any, nullptr},    // open a MOC product
-    CommandRow{1061, application, Any, nullptr},    // browse a directory
+    CommandRow{1059, label, Label, toggle_line_end_marks},
+    CommandRow{1060, application, Any, nullptr},  // open a MOC product
+    CommandRow{1061, application, Any, nullptr},  // browse a directory
     CommandRow{1064, application, Image, step_right},
     CommandRow{1066, application, Any, nullptr},  // new label for a FITS file
     CommandRow{1067, application, Any, nullptr},  // new label from the template

@@ -9,6 +9,7 @@
 #include <QScrollBar>
 #include <QTextBlock>
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -194,6 +195,17 @@ void TextControl::show_paragraph(size_t number) {
     verticalScrollBar()->setValue(row.firstLineNumber());
 }
 
+size_t TextControl::first_paragraph_shown() const {
+    const int shown = firstVisibleBlock().blockNumber();
+    if (!has_long_paragraphs_)
+        return static_cast<size_t>(std::max(shown, 0));
+    size_t number = 0;
+    for (QTextBlock row = end_of_paragraph(document()->firstBlock(), nullptr);
+         row.isValid() && row.blockNumber() < shown; row = end_of_paragraph(row.next(), nullptr))
+        ++number;
+    return number;
+}
+
 // --- Clipboard ------------------------------------------------------------------------------------------------------
 
 // Qt's own turns blanks that do not break into ordinary ones.
@@ -265,6 +277,11 @@ void gui_set_paragraph(Window *window, int control, size_t paragraph, const std:
 void gui_show_paragraph(Window *window, int control, size_t paragraph) {
     if (TextControl *text = find_text(window, control))
         text->show_paragraph(paragraph);
+}
+
+size_t gui_first_paragraph_shown(const Window *window, int control) {
+    const TextControl *text = find_text(window, control);
+    return text ? text->first_paragraph_shown() : 0;
 }
 
 bool gui_has_paragraphs(const Window *window, int control) {

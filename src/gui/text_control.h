@@ -23,6 +23,7 @@ class TextControl final : public QPlainTextEdit {
     void append_paragraphs(const std::vector<std::string> &texts);
     void set_paragraph(size_t number, const std::string &text);
     void show_paragraph(size_t number);
+    size_t first_paragraph_shown() const;
 
   protected:
     QMimeData *createMimeDataFromSelection() const override;

@@ -31,6 +31,14 @@ bool fits(CommandScope scope, const Window *window) {
     return false;
 }
 
+// As the dispatchers find it: what a label window's menu does not know goes to the task window.
+bool can_run(int number, CommandDispatcher dispatcher, const Window *window) {
+    if (find_command(number, dispatcher, window))
+        return true;
+    return dispatcher == CommandDispatcher::Label &&
+           find_command(number, CommandDispatcher::Application, gui_task_window());
+}
+
 }  // namespace
 
 void set_command_table(std::span<const CommandRow> rows) {
@@ -59,7 +67,7 @@ void do_LUMCA_MENUBAR(Window *window, int number) {
 
 void enable_known_commands(Window *window, CommandDispatcher dispatcher) {
     for (const int number : gui_commands(window))
-        gui_enable_command(window, number, find_command(number, dispatcher, window) != nullptr);
+        gui_enable_command(window, number, can_run(number, dispatcher, window));
 }
 
 void main_set_menu(Window *window) {

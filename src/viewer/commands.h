@@ -30,7 +30,7 @@ const CommandRow *find_command(int number, CommandDispatcher dispatcher, const W
 void do_WIN_MENUBAR(Window *window, int number);
 void do_LUMCA_MENUBAR(Window *window, int number);
 
-// Enables exactly the commands of a window's menu bar that the table can run on it.
+// Enables exactly the commands of a window's menu bar that the dispatcher can run from it.
 void enable_known_commands(Window *window, CommandDispatcher dispatcher);
 // The state of a menu bar while no product is open.
 void main_set_menu(Window *window);

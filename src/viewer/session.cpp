@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "viewer/commands.h"
 #include "viewer/open_product.h"
+#include "viewer/text_window.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -104,7 +105,8 @@ long task_eh(Window *window, const Event &event) {
                 open_object(0);
             break;
         case EventType::Close:
-            gui_quit();
+            if (is_quit_OK())
+                gui_quit();
             break;
         case EventType::Command:
             do_WIN_MENUBAR(window, event.number);
@@ -124,7 +126,7 @@ long task_eh(Window *window, const Event &event) {
 }
 
 bool is_quit_OK() {
-    return true;
+    return all_texts_may_go();
 }
 
 void show_about(Window *owner) {

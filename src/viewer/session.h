@@ -11,6 +11,7 @@ struct Session {
     uint8_t old_ascii_format = 0;  // the profile's first two fields at start, put back before every opening
     uint8_t old_binary_format = 0;
     std::string working_directory;  // at start, "/" at its end
+    int gl_show_cr_lf = 0;          // 1: line ends were made visible last, 0: they were hidden
     int browser_count = 0;
     int browse_continue_win = 0;
     bool unattended = false;  // browse mode runs on a timer: nobody answers questions
@@ -32,6 +33,7 @@ int start_viewer(int argc, char **argv);
 // Handler of the task window.
 long task_eh(Window *window, const Event &event);
 
+// Asks about texts that were changed and not saved; false when the user wants to stay.
 bool is_quit_OK();
 
 // Trap for the toolkit's messages: 0 lets the toolkit handle one, 1 says it has been dealt with. Memory exhaustion is

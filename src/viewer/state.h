@@ -17,10 +17,13 @@ struct LabelState {
     OdlTree root;                          // the whole label
     ObjDesc *current_object = nullptr;     // what the window shows; within `root`
     bool label_from_another_file = false;  // the label that was parsed is not the file that the user chose
-    bool text_only = false;
-    int image_count = 0;          // images opened from this label
-    SampleBlock requested_block;  // of a window on one block; no lines: the window decides
-    OaObjectPtr image_data;       // native samples of the block shown
+    bool text_only = false;                // shown as plain text
+    bool label_only = false;               // of a text window: it shows the file to the END of its label
+    bool shown_in_part = false;            // of a text window: the file holds more than the window shows
+    bool line_ends_shown = false;          // of a text window: as "<CR>" and "<LF>"
+    int image_count = 0;                   // images opened from this label
+    SampleBlock requested_block;           // of a window on one block; no lines: the window decides
+    OaObjectPtr image_data;                // native samples of the block shown
 };
 
 // How an image window draws its image.
