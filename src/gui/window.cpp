@@ -132,7 +132,7 @@ Window *build_window(int resource, Window *owner, EventHandler handler, void *da
     window->owner = owner;
     window->handler = handler;
     window->data = data;
-    window->title = frame->windowTitle().toStdString();
+    gui_set_title(window, frame->windowTitle().toStdString());
     connect_controls(window);
     connect_commands(window);
     if (window->client) {

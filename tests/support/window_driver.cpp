@@ -4,6 +4,7 @@
 #include "gui/window.h"
 
 #include <QAbstractButton>
+#include <QAbstractScrollArea>
 #include <QAction>
 #include <QApplication>
 #include <QDropEvent>
@@ -75,6 +76,25 @@ std::vector<unsigned> pixels_of(const QPixmap &picture) {
             pixels.push_back(image.pixel(x, y) & 0xffffff);
     }
     return pixels;
+}
+
+// Whether the widget took the files.
+bool drop_on(QWidget *receiver, const std::vector<std::string> &files) {
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const std::string &file : files)
+        urls.append(QUrl::fromEncoded("file://" + QByteArray::fromStdString(file).toPercentEncoding("/")));
+    data.setUrls(urls);
+    const QPoint place(1, 1);
+    QDragEnterEvent enter(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(receiver, &enter);
+    if (!enter.isAccepted())
+        return false;
+    QDropEvent drop(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(receiver, &drop);
+    EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+    settle();
+    return true;
 }
 
 template <typename Box>
@@ -166,22 +186,16 @@ void press_character(Window *window, char character, unsigned modifiers) {
 }
 
 void drop_files(Window *window, const std::vector<std::string> &files) {
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const std::string &file : files)
-        urls.append(QUrl::fromEncoded("file://" + QByteArray::fromStdString(file).toPercentEncoding("/")));
-    data.setUrls(urls);
-    const QPoint place(1, 1);
-    QDragEnterEvent enter(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(window->frame, &enter);
-    if (!enter.isAccepted())
-        return;
-    QDropEvent drop(place, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(window->frame, &drop);
-    EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
-    settle();
+    drop_on(window->frame, files);
 }
 
+void drop_files_on_control(Window *window, int control, const std::vector<std::string> &files) {
+    // As the platform delivers a drop: to the innermost widget that takes it.
+    auto *area = qobject_cast<QAbstractScrollArea *>(window->controls.at(control));
+    ASSERT_NE(area, nullptr);
+    if (!drop_on(area->viewport(), files))
+        drop_on(window->frame, files);
+}
 bool choose_command(Window *window, int command) {
     QAction *action = find_action(window, command);
     if (!action || !action->isEnabled())

@@ -30,6 +30,8 @@ void turn_wheel(Window *window, GuiPoint position, int angle, unsigned modifiers
 void press_key(Window *window, GuiKey key, unsigned modifiers = 0);
 void press_character(Window *window, char character, unsigned modifiers = 0);
 void drop_files(Window *window, const std::vector<std::string> &files);
+// The same on a multi-line text, from where the window must get them.
+void drop_files_on_control(Window *window, int control, const std::vector<std::string> &files);
 
 // False when the window has no such item or it is disabled.
 bool choose_command(Window *window, int command);
