@@ -1,5 +1,6 @@
 // Controls and menu items, by number.
 #include "gui/client_area.h"
+#include "gui/text_control.h"
 #include "gui/window.h"
 
 #include <QAbstractButton>
@@ -66,6 +67,9 @@ void connect_commands(Window *window) {
         return;
     const QList<QAction *> actions = menu_bar->findChildren<QAction *>();
     for (QAction *action : actions) {
+        auto *text = dynamic_cast<TextControl *>(window->frame->findChild<QPlainTextEdit *>());
+        if (text && action->property("edit").isValid())
+            text->connect_edit_item(action);
         if (!action->property("command").isValid())
             continue;
         window->commands.push_back(action);

@@ -5,7 +5,8 @@
 // ":/menus/NUMBER.ui". In such a file
 //   - a window names its menu bar by a dynamic property `menuBar` (a number),
 //   - a control has a dynamic property `number`,
-//   - a menu item has a dynamic property `command`,
+//   - a menu item has a dynamic property `command`, or, to edit the window's multi-line text, a dynamic property `edit`:
+//     undo, redo, cut, copy, paste or selectAll,
 //   - the drawing area is a widget of class ClientArea; the dynamic property `pictures` gives it a ground on which
 //     pictures stand out, instead of that of documents.
 // Lengths are logical pixels. Texts are UTF-8; file names are bytes as the system has them.

@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr char16_t FIRST_BYTE = 0xef00;  // the private character of byte 0
+constexpr char16_t FIRST_BYTE = 0xee00;  // the private character of byte 0; fonts seldom have any there
 constexpr char16_t LAST_BYTE = FIRST_BYTE + 0xff;
 
 // Characters that a document takes for the end of a block, a line or a frame, and those with a meaning of our own.

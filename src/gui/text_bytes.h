@@ -7,7 +7,7 @@
 #include <string_view>
 
 // Stands in a row that goes on in the next one. No byte is shown by it.
-constexpr QChar ROW_CONTINUES(0xeeff);
+constexpr QChar ROW_CONTINUES(0xedff);
 
 // Each valid UTF-8 character as itself. Line ends, NUL, bytes that are not text, and the bytes of characters that a
 // document would take for something else, each as one character of a private range.

@@ -4,7 +4,9 @@
 #include "gui/text_bytes.h"
 #include "gui/window.h"
 
+#include <QAction>
 #include <QFontDatabase>
+#include <QFontMetricsF>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -16,9 +18,24 @@
 namespace {
 
 constexpr qsizetype LONGEST_ROW = 2000;  // characters
+constexpr int TAB_COLUMNS = 8;
 
 // The user state of a row is the place of its line end here; -1, Qt's own, for none.
 constexpr std::array<std::string_view, 4> LINE_ENDS = {"\r\n", "\n\r", "\n", "\r"};
+
+struct EditItem {
+    const char *name;
+    void (QPlainTextEdit::*run)();
+    void (QPlainTextEdit::*available)(bool);  // null: always
+};
+constexpr EditItem EDIT_ITEMS[] = {
+    {"undo", &QPlainTextEdit::undo, &QPlainTextEdit::undoAvailable},
+    {"redo", &QPlainTextEdit::redo, &QPlainTextEdit::redoAvailable},
+    {"cut", &QPlainTextEdit::cut, &QPlainTextEdit::copyAvailable},
+    {"copy", &QPlainTextEdit::copy, &QPlainTextEdit::copyAvailable},
+    {"paste", &QPlainTextEdit::paste, nullptr},
+    {"selectAll", &QPlainTextEdit::selectAll, nullptr},
+};
 
 int end_of(std::string_view text) {
     for (size_t i = 0; i < LINE_ENDS.size(); ++i) {
@@ -64,6 +81,27 @@ TextControl *find_text(const Window *window, int number) {
 TextControl::TextControl(QWidget *parent) : QPlainTextEdit(parent) {
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setLineWrapMode(QPlainTextEdit::NoWrap);
+}
+
+void TextControl::changeEvent(QEvent *event) {
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        setTabStopDistance(TAB_COLUMNS * QFontMetricsF(font()).horizontalAdvance(QLatin1Char(' ')));
+}
+
+// --- Edit menu ------------------------------------------------------------------------------------------------------
+
+void TextControl::connect_edit_item(QAction *item) {
+    const QString name = item->property("edit").toString();
+    for (const EditItem &row : EDIT_ITEMS) {
+        if (name != QLatin1String(row.name))
+            continue;
+        connect(item, &QAction::triggered, this, row.run);
+        if (!row.available)
+            continue;
+        item->setEnabled(false);
+        connect(this, row.available, item, &QAction::setEnabled);
+    }
 }
 
 // --- Paragraphs -----------------------------------------------------------------------------------------------------

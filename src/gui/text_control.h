@@ -16,6 +16,9 @@ class TextControl final : public QPlainTextEdit {
   public:
     explicit TextControl(QWidget *parent);
 
+    // Ties a menu item to what its property `edit` names.
+    void connect_edit_item(QAction *item);
+
     size_t paragraph_count() const;
     std::vector<std::string> paragraphs() const;
     std::string paragraph(size_t number) const;
@@ -26,6 +29,7 @@ class TextControl final : public QPlainTextEdit {
     size_t first_paragraph_shown() const;
 
   protected:
+    void changeEvent(QEvent *event) override;
     QMimeData *createMimeDataFromSelection() const override;
     bool canInsertFromMimeData(const QMimeData *source) const override;
     void insertFromMimeData(const QMimeData *source) override;

@@ -34,8 +34,8 @@ TEST(MultiLineText, GivesAllBytesBack) {
             all += static_cast<char>(byte);
         Texts texts = {all, all + "\r\n", "", "\n", "\r", "a\n\r", "a\r\r\n", "\r\nb", "a\xc2\xa0\xe2\x80\xa8z\r"};
         // What a text document or our own signs could be taken for; what is nearly UTF-8.
-        for (const char *odd : {"\xe2\x80\xa9", "\xef\xb7\x90\xef\xb7\x91", "\xef\xbf\xbc\xef\xbb\xbf", "\xee\xbb\xbf",
-                                "\xee\xbc\x80\xee\xbf\xbf", "\xed\xa0\x80", "\xc0\x80", "\xf4\x90\x80\x80", "\xe2\x82",
+        for (const char *odd : {"\xe2\x80\xa9", "\xef\xb7\x90\xef\xb7\x91", "\xef\xbf\xbc\xef\xbb\xbf", "\xee\xb7\xbf",
+                                "\xee\xb8\x80\xee\xbb\xbf", "\xed\xa0\x80", "\xc0\x80", "\xf4\x90\x80\x80", "\xe2\x82",
                                 "\xf0\x9f\x98\x80 \xe6\x97\xa5\n"})
             texts.emplace_back(odd);
         std::string lengthy;

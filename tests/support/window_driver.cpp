@@ -204,6 +204,16 @@ bool choose_command(Window *window, int command) {
     return true;
 }
 
+bool choose_item(Window *window, const std::string &text) {
+    for (QAction *action : window->frame->findChildren<QAction *>()) {
+        if (action->text().remove('&').toStdString() != text || !action->isEnabled())
+            continue;
+        action->trigger();
+        return true;
+    }
+    return false;
+}
+
 bool command_checked(const Window *window, int command) {
     const QAction *action = find_action(window, command);
     return action && action->isChecked();

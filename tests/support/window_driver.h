@@ -35,6 +35,7 @@ void drop_files_on_control(Window *window, int control, const std::vector<std::s
 
 // False when the window has no such item or it is disabled.
 bool choose_command(Window *window, int command);
+bool choose_item(Window *window, const std::string &text);  // by its text, as an item without a number
 bool command_checked(const Window *window, int command);
 bool use_control(Window *window, int control);
 

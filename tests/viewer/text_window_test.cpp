@@ -286,6 +286,14 @@ TEST_F(TextWindows, EnableWhatTheirMenuOrTheTaskWindowCanDo) {
         Window *window = open("a", "a");
         for (const int command : {1002, 1003, save_command, save_as_command, 1021, 1026, 1031, marks_command})
             EXPECT_TRUE(gui_command_enabled(window, command)) << command;
+        EXPECT_FALSE(choose_item(window, "Undo"));
+        press_character(window, '!');
+        EXPECT_TRUE(choose_item(window, "Undo"));
+        EXPECT_FALSE(gui_text_changed(window, text_control));
+        EXPECT_FALSE(choose_item(window, "Cut"));
+        EXPECT_TRUE(choose_item(window, "Select All") && choose_item(window, "Cut"));
+        EXPECT_TRUE(choose_item(window, "Paste") && choose_item(window, "Paste"));
+        EXPECT_EQ(gui_paragraph(window, text_control, 0), "aa");
     });
 }
 
