@@ -108,6 +108,7 @@ void take_file(Window *window, const std::string &directory, const std::string &
         return;
     state.directory = directory;
     label.file_name = name;
+    leave_opener(window);
     gui_set_title(window, "Lumacart - Label/Text - " + shown_name(name, longest_title_name) + state.browser_tag);
     gui_enable_command(window, save_command, true);
 }

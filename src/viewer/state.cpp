@@ -31,21 +31,22 @@ Window *raise_child(const Window *window, int command) {
     return found->second;
 }
 
-namespace {
-
-void leave_family(Window *window, GenericState *state) {
-    for (const auto &[command, child] : state->children)
-        window_state(child)->opened_from = nullptr;
-    if (GenericState *opener = window_state(state->opened_from))
+void leave_opener(Window *window) {
+    GenericState *state = window_state(window);
+    // While a window is being made its opener may have gone unnoticed.
+    GenericState *opener = gui_window_exists(state->opened_from) ? window_state(state->opened_from) : nullptr;
+    state->opened_from = nullptr;
+    if (opener)
         std::erase_if(opener->children, [window](const auto &entry) { return entry.second == window; });
 }
 
-}  // namespace
-
 void free_window_state(Window *window) {
     GenericState *state = window_state(window);
-    if (state)
-        leave_family(window, state);
+    if (state) {
+        leave_opener(window);
+        for (const auto &[command, child] : state->children)
+            window_state(child)->opened_from = nullptr;
+    }
     if (state && state->belongs_to_window)
         delete state;
     gui_set_window_data(window, nullptr);

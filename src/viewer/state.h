@@ -61,6 +61,7 @@ Window *open_document_window(int resource, EventHandler handler, std::unique_ptr
 // Windows that a window keeps at most one of: the label, hierarchy or keywords of an image. Each stands on its own and
 // may outlive the window it was opened from.
 void keep_child(Window *window, int command, Window *child);  // a null child is ignored
+void leave_opener(Window *window);                            // it is no longer the one that was asked for
 // The window that the command opened from this one, brought to the front; null when there is none.
 Window *raise_child(const Window *window, int command);
 

@@ -63,10 +63,10 @@ bool full_label(Window *window) {
 }
 
 long create_text_window(Window *window) {
+    const GenericState *state = window_state(window);
+    place_window_near(window, state && state->opened_from ? state->opened_from : gui_task_window(), text_window_place);
     if (!full_label(window))
         return 1;
-    const Window *opened_from = window_state(window)->opened_from;
-    place_window_near(window, opened_from ? opened_from : gui_task_window(), text_window_place);
     enable_known_commands(window, CommandDispatcher::Label);
     gui_focus_control(window, text_control);
     return 0;

@@ -198,8 +198,16 @@ TEST_F(TextWindows, WarnBeforeDataAreLost) {
         choose_command(image, full_label_command);
         EXPECT_EQ(gui_paragraph_count(gui_windows().back(), text_control), 9u);
         user->answers = {1, 1};
-        choose_command(gui_windows().back(), save_command);
+        label = gui_windows().back();
+        choose_command(label, save_command);
         EXPECT_EQ(read_file(path).substr(0, 21), "RECORD_TYPE = STREAM\n");
+
+        // Saved under another name it is no longer the image's.
+        user->files = {{folder.path().string(), "other.lbl"}};
+        choose_command(label, save_as_command);
+        choose_command(image, full_label_command);
+        EXPECT_EQ(gui_title(label), "Lumacart - Label/Text - other.lbl");
+        EXPECT_EQ(gui_title(gui_windows().back()), "Lumacart - Label/Text - SCENE.IMG");
     });
 }
 
