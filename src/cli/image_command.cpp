@@ -249,9 +249,9 @@ int run_image(std::span<char *const> arguments) {
     if (label.empty())
         return exit_failed;
     show_notices();
-    const OdlTree root(OaParseLabelFile(label.c_str(), nullptr, ODL_EXPAND_STRUCTURE, 1));
+    const OdlTree root = read_label(label, nullptr);
     if (!root)
-        return fail(label + ": the label cannot be read");
+        return exit_failed;
     const ObjDesc *node = request.object ? find_object(root.get(), *request.object) : find_image(root.get());
     if (!node)
         return fail(label + ": there is no object " + request.object.value_or("*IMAGE"));

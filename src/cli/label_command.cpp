@@ -79,10 +79,10 @@ int run_label(std::span<char *const> arguments) {
     if (!messages.path())
         return fail("no temporary file can be made for messages");
     show_notices();
-    const OdlTree root(OaParseLabelFile(label.c_str(), messages.path(), ODL_EXPAND_STRUCTURE, 0));
+    const OdlTree root = read_label(label, messages.path());
     const bool has_messages = messages.show();
     if (!root)
-        return fail(label + ": the label cannot be read");
+        return exit_failed;
     OdlPrintHierarchy(root.get(), nullptr, stdout);
     return has_messages || had_notices() ? exit_with_messages : exit_done;
 }

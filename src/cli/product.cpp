@@ -53,6 +53,17 @@ std::string find_label_file(const std::string &file) {
     return "";
 }
 
+OdlTree read_label(const std::string &label, const char *message_file) {
+    OdlTree root(OaParseLabelFile(label.c_str(), message_file, ODL_EXPAND_STRUCTURE, message_file ? 0 : 1));
+    if (!root)
+        fail(label + ": the label cannot be read");
+    if (OaIsOlderLabel(root.get()) && OaConvertOlderLabel(root.get()) != 0) {
+        fail(label + ": conversion of label failed");
+        root.reset();
+    }
+    return root;
+}
+
 void show_notices() {
     util_set_notice_hook([](NoticeKind, const std::string &text) {
         if (notices.insert(without_digits(text)).second)

@@ -9,6 +9,10 @@
 // or LBL, saying so. Empty after saying why there is none.
 std::string find_label_file(const std::string &file);
 
+// The tree of a label file, of an older label as a present one would describe it. Messages go to the named file; null:
+// none are wanted. Null after saying why there is none.
+OdlTree read_label(const std::string &label, const char *message_file);
+
 // From now on notices go to standard error. Those that differ only in numbers are shown once: an image is read in
 // strips, and again for its picture, and each strip behind the end of a file would give a notice of its own.
 void show_notices();

@@ -141,6 +141,10 @@ bool parse_label(const std::string &caller_name, GenericState *state) {
         gui_error(util_format("%s - unable to parse label file: %s", caller_name.c_str(), path.c_str()));
         return false;
     }
+    if (OaIsOlderLabel(label.root.get()) && OaConvertOlderLabel(label.root.get()) != 0) {
+        gui_error(util_format("%s -- conversion of label failed\n%s", caller_name.c_str(), error_string.c_str()));
+        return false;
+    }
     remove_file_object(label.root.get());
     return true;
 }
