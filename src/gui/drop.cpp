@@ -24,20 +24,20 @@ std::vector<std::string> local_files(const QMimeData &data) {
 bool take_drop(Window *window, QEvent *source) {
     auto *drop = static_cast<QDropEvent *>(source);
     std::vector<std::string> files = local_files(*drop->mimeData());
-    if (files.empty())
+    if (files.empty() || window->is_dialog())
         return false;
     // Never a move, after which the source would delete the files.
     drop->setDropAction(Qt::CopyAction);
     drop->accept();
     if (source->type() == QEvent::Drop) {
         // Later, for opening may take long and ask questions, and the source waits for this event's end.
-        const auto deliver = [window, files = std::move(files)] {
+        const auto deliver = [files = std::move(files)] {
             Event event;
             event.type = EventType::FileDrop;
             event.files = files;
-            send_event(window, event);
+            send_event(gui_task_window(), event);
         };
-        QMetaObject::invokeMethod(window, deliver, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(gui_task_window(), deliver, Qt::QueuedConnection);
     }
     return true;
 }

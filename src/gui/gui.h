@@ -62,7 +62,7 @@ enum class EventType {
     Control,   // a button was pressed, a line of text edited
     Command,   // a menu item was chosen
     Timer,
-    FileDrop,  // files were dropped on the window
+    FileDrop,  // the task window alone: files were dropped on it or on a document window
     Quit,      // the task window alone: the session ends (`query`: may it?); other than 0 refuses a query
 };
 // All other events come between Create and Destroy. In any event a handler may destroy any window, its own too.

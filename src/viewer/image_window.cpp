@@ -111,7 +111,9 @@ long win_image_e_create(Window *window) {
     }
     set_error_window(window);
     const char *kind = state->display_state->is_qube_band ? "Lumacart - Image from QUBE - " : "Lumacart - Image - ";
-    gui_set_title(window, kind + shown_name(state->label_state->file_name, longest_title_name) + state->browser_tag);
+    const std::string &path = state->label_state->file_name;
+    const std::string name = shown_name(path.substr(path.rfind('/') + 1), longest_title_name);
+    gui_set_title(window, kind + name + state->browser_tag);
     gui_show_control(window, status_line, false);
 
     enable_known_commands(window, CommandDispatcher::Application);
@@ -404,9 +406,6 @@ long WIN_IMAGE_eh(Window *window, const Event &event) {
             break;
         case EventType::Command:
             do_WIN_MENUBAR(window, event.number);
-            break;
-        case EventType::FileDrop:
-            open_files(event.files);
             break;
         default:
             break;

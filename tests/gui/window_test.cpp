@@ -80,7 +80,6 @@ TEST_F(Windows, EndInAnyOfTheirEvents) {
         {EventType::Wheel, [](Window *window) { turn_wheel(window, here, 120, GUI_CONTROL); }},
         {EventType::Key, [](Window *window) { press_key(window, GuiKey::End); }},
         {EventType::Command, [](Window *window) { choose_command(window, 1059); }},
-        {EventType::FileDrop, [](Window *window) { drop_files(window, {"/a"}); }},
         {EventType::Timer,
          [](Window *window) {
              gui_start_timer(window, 0);
@@ -313,13 +312,18 @@ TEST_F(Windows, TimersRunUntilStopped) {
 TEST_F(Windows, DroppedFilesArriveByteForByte) {
     run([] {
         Lines files;
-        g_script.actions[EventType::FileDrop] = [&](Window *, const Event &event) {
+        std::vector<Window *> told;
+        g_script.actions[EventType::FileDrop] = [&](Window *window, const Event &event) {
             files = event.files;
+            told.push_back(window);
             return 0L;
         };
         const Lines dropped = {"/tmp/a b%20#?.img", "/tmp/\xe9t\xe9.lbl", "/tmp/\xc3\xa9"};
-        drop_files(create("a"), dropped);
-        EXPECT_EQ(files, dropped);
+        for (Window *window : {create("a"), gui_task_window()}) {
+            drop_files(window, dropped);
+            EXPECT_EQ(files, dropped);
+        }
+        EXPECT_EQ(told, (std::vector<Window *>{gui_task_window(), gui_task_window()}));
     });
 }
 
