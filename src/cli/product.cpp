@@ -4,6 +4,7 @@
 #include "base/notice.h"
 #include "base/text.h"
 #include "cli/commands.h"
+#include "oa/signatures.h"
 
 #include <filesystem>
 #include <set>
@@ -20,9 +21,8 @@ std::string head_of(FILE *file) {
     return head;
 }
 
-// GIF files describe themselves.
 bool holds_label(std::string_view head) {
-    return head.starts_with("GIF87a") || head.starts_with("GIF89a") || util_contains(head, "RECORD_TYPE") ||
+    return describes_itself(head) || util_contains(head, "RECORD_TYPE") ||
            (util_contains(head, "OBJECT") && util_contains(head, "="));
 }
 

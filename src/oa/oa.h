@@ -88,9 +88,9 @@ ObjDesc *OaParseLabelFile(const char *file_name, const char *message_file_name, 
 
 // Whether a label is of the older dialect: no objects, but a FILE_TYPE keyword at the root.
 bool OaIsOlderLabel(const ObjDesc *root);
-// Turns such a label into what a present one says (docs/older-labels.md): what describes the file's object moves into an
-// object of the class that FILE_TYPE names; histograms that only have pointers get objects. 0, or 1 with the tree as it
-// was after reporting: 501 not such a label, 530 a class that is not read.
+// Turns such a label into what a present one says (docs/older-labels.md): what describes the file's object moves into
+// an object of the class that FILE_TYPE names; histograms that only have pointers get objects. 0, or 1 with the tree as
+// it was after reporting: 501 not such a label, 530 a class that is not read.
 int OaConvertOlderLabel(ObjDesc *root);
 
 enum OaCopyOptions { OA_COPY_LABEL = 0, OA_COPY_SDT = 1 };

@@ -1,7 +1,9 @@
 // From any product file to its label tree.
+#include "base/file.h"
 #include "base/text.h"
 #include "oa/gif.h"
 #include "oa/oa.h"
+#include "oa/signatures.h"
 #include "oa/stream.h"
 
 #include <string_view>
@@ -37,9 +39,19 @@ ObjDesc *parse_variable_length(OaStream *stream, const char *message_file_name, 
     return OdlExpandLabelFile(root, message_file_name, expand, suppress_messages);
 }
 
+bool is_jpeg2000_file(const char *file_name) {
+    const FilePtr file = util_open_regular(file_name);
+    char start[longest_signature];
+    return file && is_jpeg2000({start, fread(start, 1, sizeof start, file.get())});
+}
+
 }  // namespace
 
 ObjDesc *OaParseLabelFile(const char *file_name, const char *message_file_name, int expand, int suppress_messages) {
+    if (file_name && is_jpeg2000_file(file_name)) {
+        OaReportFailure(520, "%s: %s is a JPEG 2000 file; there is no reader for it.", routine, file_name);
+        return nullptr;
+    }
     OaStreamPtr stream(OalOpenStream(file_name, OA_UNKNOWN_RECORD_TYPE, 0, 0, "r"));
     if (!stream) {
         OaReportFailure(oa_errno, "%s: OalOpenStream returned error.", routine);
