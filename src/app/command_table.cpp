@@ -8,6 +8,10 @@ void open_product(Window *) {
     open_object(0);
 }
 
+void open_moc(Window *) {
+    open_moc_object();
+}
+
 void quit(Window *) {
     if (is_quit_OK())
         gui_quit();
@@ -58,7 +62,7 @@ constexpr std::array rows = {
     CommandRow{1056, application, Bands, nullptr},  // band minimum and maximum
     CommandRow{1057, application, Any, nullptr},    // integers as hexadecimal
     CommandRow{1059, label, Label, toggle_line_end_marks},
-    CommandRow{1060, application, Any, nullptr},  // open a MOC product
+    CommandRow{1060, application, Any, open_moc},
     CommandRow{1061, application, Any, nullptr},  // browse a directory
     CommandRow{1064, application, Image, step_right},
     CommandRow{1066, application, Any, nullptr},  // new label for a FITS file

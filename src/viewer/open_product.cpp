@@ -2,82 +2,18 @@
 
 #include "base/file.h"
 #include "base/text.h"
+#include "viewer/allocate.h"
 #include "viewer/session.h"
+#include "viewer/text_window.h"
 
-#include <array>
 #include <cerrno>
 #include <cstring>
-#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr size_t probe_size = 10000;  // bytes of a file in which its label is looked for
-
 std::span<const ProductOpener> openers;
-
-std::string in_directory(const std::string &directory, const std::string &name) {
-    return name.starts_with('/') ? name : directory + "/" + name;
-}
-
-// The first bytes of a regular file; false when it does not open.
-bool read_probe(const std::string &path, std::string *bytes) {
-    const FilePtr file = util_open_regular(path.c_str());
-    if (!file)
-        return false;
-    bytes->resize(probe_size);
-    bytes->resize(fread(bytes->data(), 1, probe_size, file.get()));
-    return true;
-}
-
-// Files that carry their own description: GIF, JPEG 2000 file format, JPEG 2000 codestream.
-bool describes_itself(std::string_view bytes) {
-    using namespace std::string_view_literals;
-    constexpr std::array signatures = {"GIF87a"sv, "GIF89a"sv, "\0\0\0\x0CjP  \r\n\x87\n"sv, "\xFF\x4F\xFF\x51"sv};
-    for (const std::string_view signature : signatures) {
-        if (bytes.starts_with(signature))
-            return true;
-    }
-    return false;
-}
-
-// The label beside a file: its name with the three-letter extension "lbl" or "LBL". Empty when there is none.
-std::string label_beside(const std::string &directory, const std::string &name) {
-    constexpr size_t extension = 3;
-    if (name.size() <= extension || name[name.size() - extension - 1] != '.')
-        return {};
-    for (const char *other : {"lbl", "LBL"}) {
-        std::string label = name.substr(0, name.size() - extension) + other;
-        if (label != name && util_open_regular(in_directory(directory, label).c_str()))
-            return label;
-    }
-    return {};
-}
-
-LabelCheck offer_label_beside(const std::string &directory, LabelState *state) {
-    const std::string label = label_beside(directory, state->file_name);
-    std::string bytes;
-    if (label.empty() || !read_probe(in_directory(directory, label), &bytes) || !util_contains(bytes, "RECORD_TYPE"))
-        return LabelCheck::NoLabel;
-    if (session().unattended) {
-        state->file_name = label;
-        return LabelCheck::AnotherFileUnasked;
-    }
-    const std::string question =
-        util_format("Label not found in file \"%s\"\nLabel file \"%s\" found\nWould you like to use this file instead?",
-                    state->file_name.c_str(), label.c_str());
-    switch (gui_question(question, {"Yes", "No"})) {
-        case 0:
-            state->file_name = label;
-            return LabelCheck::AnotherFile;
-        case 1:
-            return LabelCheck::NoLabel;
-        default:
-            gui_error("Change Filename - invalid command");
-            return LabelCheck::NoLabel;
-    }
-}
 
 // Moves a keyword from where it stands to just after the root's first keyword.
 void lift_keyword(Kwd *keyword, ObjDesc *root) {
@@ -130,15 +66,17 @@ FileSpec take_cmdline_file() {
 
 bool parse_label(const std::string &caller_name, GenericState *state) {
     LabelState &label = *state->label_state;
-    const std::string path = in_directory(state->directory, label.file_name);
+    const std::string path = path_in(state->directory, label.file_name);
     if (!util_open_regular(path.c_str())) {
         gui_error(util_format("Unable to open the label file to parse: %s", path.c_str()));
         return false;
     }
     const BusyCursor busy;
+    error_string.clear();
     label.root.reset(OaParseLabelFile(path.c_str(), nullptr, ODL_EXPAND_STRUCTURE | ODL_EXPAND_CATALOG, 1));
     if (!label.root) {
-        gui_error(util_format("%s - unable to parse label file: %s", caller_name.c_str(), path.c_str()));
+        const std::string reason = error_string.empty() ? "" : "\n" + error_string;
+        gui_error(util_format("%s - unable to parse label file: %s", caller_name.c_str(), path.c_str()) + reason);
         return false;
     }
     if (OaIsOlderLabel(label.root.get()) && OaConvertOlderLabel(label.root.get()) != 0) {
@@ -147,6 +85,21 @@ bool parse_label(const std::string &caller_name, GenericState *state) {
     }
     remove_file_object(label.root.get());
     return true;
+}
+
+bool may_open_as_text(const std::string &file_name) {
+    if (session().unattended)
+        return true;
+    switch (gui_question(util_format("Label/Object not found.\nFile %s will be opened as text", file_name.c_str()),
+                         {"OK", "Cancel"})) {
+        case 0:
+            return true;
+        case 1:
+            return false;
+        default:
+            gui_error("Open Text Dialog - invalid command");
+            return false;
+    }
 }
 
 const ProductOpener *choose_opener(LabelState *label) {
@@ -171,6 +124,10 @@ std::span<const ProductOpener> product_openers() {
     return openers;
 }
 
+std::string path_in(const std::string &directory, const std::string &name) {
+    return name.starts_with('/') ? name : directory + "/" + name;
+}
+
 bool setup_open_object_1(const std::string &caller_name, std::string *directory, std::string *file_name) {
     FileSpec chosen;
     const bool asked = session().cmdline_fname.empty();
@@ -184,10 +141,14 @@ bool setup_open_object_1(const std::string &caller_name, std::string *directory,
         return false;
     }
     char *resolved = getcwd(nullptr, 0);
-    *directory = resolved ? resolved : chosen.directory;
+    if (!resolved) {
+        gui_error("Open Object - unable to find current directory");
+        return false;
+    }
+    *directory = resolved;
     free(resolved);
     *file_name = chosen.name;
-    if (!util_open_regular(in_directory(*directory, *file_name).c_str())) {
+    if (!util_open_regular(path_in(*directory, *file_name).c_str())) {
         gui_error(util_format("Cannot open file: %s/%s\n%s", directory->c_str(), file_name->c_str(),
                               errno == EINVAL ? "Not a regular file" : strerror(errno)));
         return false;
@@ -218,44 +179,32 @@ bool reopen_label(const GenericState &from, GenericState *to) {
     return twin != nullptr;
 }
 
-LabelCheck validate_label(const std::string &directory, LabelState *state) {
-    std::string bytes;
-    if (!read_probe(in_directory(directory, state->file_name), &bytes))
-        return LabelCheck::Unreadable;
-    if (describes_itself(bytes) || util_contains(bytes, "RECORD_TYPE"))
-        return LabelCheck::Attached;
-    // Both spellings are asked for on purpose.
-    if (util_contains(state->file_name, "lbl") && util_contains(state->file_name, "LBL"))
-        return util_contains(bytes, "TEXT") && util_contains(bytes, "OBJECT") ? LabelCheck::TextOnly
-                                                                              : LabelCheck::NoLabel;
-    return offer_label_beside(directory, state);
-}
-
-bool setup_open_object_2(const std::string &caller_name, GenericState *state, const std::string &file_name) {
-    LabelState &label = *state->label_state;
+bool setup_open_object_2(const std::string &caller_name, std::unique_ptr<GenericState> *state,
+                         const std::string &file_name) {
+    LabelState &label = *(*state)->label_state;
     label.file_name = file_name;
     session().cmdline_fname.clear();
 
-    const LabelCheck check = validate_label(state->directory, &label);
+    std::string reason;
+    const LabelCheck check = validate_label((*state)->directory, &label, &reason);
     label.label_from_another_file = check == LabelCheck::AnotherFile || check == LabelCheck::AnotherFileUnasked;
     switch (check) {
         case LabelCheck::Unreadable:
             if (!session().unattended)
-                gui_error("KRV label or ASCII file required.");
+                gui_error("KRV label or ASCII file required.\n" + reason);
             return false;
         case LabelCheck::NoLabel:
         case LabelCheck::TextOnly:
             label.text_only = check == LabelCheck::TextOnly;
-            if (!session().unattended)
-                gui_error(util_format("Label/Object not found.\nFile %s describes no object that can be shown.",
-                                      label.file_name.c_str()));
+            if (may_open_as_text(label.file_name))
+                open_text(std::move(*state));
             return false;
         case LabelCheck::AnotherFile:
         case LabelCheck::AnotherFileUnasked:
         case LabelCheck::Attached:
             break;
     }
-    return parse_label(caller_name, state);
+    return parse_label(caller_name, state->get());
 }
 
 ObjDesc *remove_file_object(ObjDesc *root) {
@@ -270,16 +219,29 @@ ObjDesc *remove_file_object(ObjDesc *root) {
     return root;
 }
 
-void open_object(int browser_number) {
-    restore_profile();
-    auto state = std::make_unique<GenericState>();
-    state->label_state = std::make_unique<LabelState>();
+std::unique_ptr<GenericState> new_product_state(int browser_number) {
+    auto state = new_or_null<GenericState>();
+    if (!state) {
+        fatal_out_of_memory("Open Object - allocating generic state");
+        return nullptr;
+    }
+    state->label_state = new_or_null<LabelState>();
+    if (!state->label_state) {
+        fatal_out_of_memory("Open Object - unable to allocate label state");
+        return nullptr;
+    }
     if (browser_number > 0)
         state->browser_tag = util_format(" Browser Number %d", browser_number);
+    return state;
+}
 
+void open_object(int browser_number) {
+    const BusyCursor busy;
+    restore_profile();
+    std::unique_ptr<GenericState> state = new_product_state(browser_number);
     std::string file_name;
-    if (!setup_open_object_1("open_object", &state->directory, &file_name) ||
-        !setup_open_object_2("open_object", state.get(), file_name))
+    if (!state || !setup_open_object_1("open_object", &state->directory, &file_name) ||
+        !setup_open_object_2("open_object", &state, file_name))
         return;
     if (const ProductOpener *opener = choose_opener(state->label_state.get()))
         opener->open(std::move(state));

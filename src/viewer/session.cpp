@@ -77,6 +77,7 @@ void begin_session(int argc, char **argv) {
     run.old_ascii_format = Oa_profile.dst_format_for_ascii;
     run.old_binary_format = Oa_profile.dst_format_for_binary;
     gui_set_error_handler(on_toolkit_error);
+    hold_error_reserve();
     util_set_notice_hook(show_notice);
     if (argc >= 3) {
         run.cmdline_fname = argv[1];

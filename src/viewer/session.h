@@ -45,6 +45,8 @@ void forget_error_window(Window *window);
 // To be called with each timer event of an image window; true when it was the error timer.
 bool handle_error_timer(const Event &event);
 
+// Sets memory aside for the message of fatal_out_of_memory.
+void hold_error_reserve();
 // Shows "%s\nOut of Memory\n..." and ends the application.
 void fatal_out_of_memory(const std::string &context);
 

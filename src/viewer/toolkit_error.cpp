@@ -1,3 +1,4 @@
+#include "base/memory.h"
 #include "base/text.h"
 #include "viewer/session.h"
 
@@ -14,6 +15,10 @@ struct ErrorTrap {
     int minor = 0;
 };
 ErrorTrap trap;
+
+// Given back before the last message, which needs memory itself.
+constexpr size_t reserve_size = size_t{4} << 20;
+OaPtr<void> error_reserve;
 
 bool is_memory_error() {
     return trap.major == 5 && trap.minor == 1;
@@ -58,8 +63,13 @@ bool handle_error_timer(const Event &event) {
     return true;
 }
 
+void hold_error_reserve() {
+    error_reserve.reset(OaMalloc(reserve_size));
+}
+
 void fatal_out_of_memory(const std::string &context) {
     constexpr size_t longest_report = 200;
+    error_reserve.reset();
     const std::string report =
         util_format("%s\nOut of Memory\nprogram aborting\nincrease available memory", context.c_str());
     gui_error(report.substr(0, longest_report));

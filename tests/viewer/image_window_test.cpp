@@ -341,10 +341,11 @@ TEST(OpenProduct, FailuresAreToldInOneBoxAndLeaveNoWindow) {
             {changed("1 <BYTES>", "90 <BYTES>"), "LINE_SAMPLES = 4"},
             {"RECORD_TYPE = STREAM\nEND\n",
              "error: Open Object - no valid object\n\nOnly FILE, IMAGE, and TABLE objects are supported at this time"},
-            {"nothing\n", "error: Label/Object not found."},
+            {"nothing\n", "question: Label/Object not found."},
         };
         for (const Case &c : cases) {
             ScriptedResponder responder;
+            responder.answers = {1};
             EXPECT_FALSE(open_in_viewer(folder.write("bad.txt", c.label))) << c.label;
             ASSERT_EQ(responder.shown.size(), 1u) << c.label;
             EXPECT_NE(responder.shown[0].find(c.told), std::string::npos) << responder.shown[0];
@@ -407,6 +408,7 @@ TEST(OpenProduct, WhatIsNoFileIsToldInOneBox) {
               Case{folder.file("circle"), "Too many levels"}, Case{folder.file("empty.lbl"), "Label/Object not found"},
               Case{folder.file(std::string(300, 'x')), "File name too long"}, Case{"/", "Is a directory"}}) {
             ScriptedResponder responder;
+            responder.answers = {1};
             EXPECT_FALSE(open_in_viewer(c.path)) << c.path;
             ASSERT_EQ(responder.shown.size(), 1u) << c.path;
             EXPECT_NE(responder.shown[0].find(c.told), std::string::npos) << responder.shown[0];

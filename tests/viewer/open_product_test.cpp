@@ -22,7 +22,8 @@ Classified classify(const ScratchFolder &folder, const std::string &name, std::v
     responder.answers = std::move(answers);
     LabelState state;
     state.file_name = name;
-    const LabelCheck check = validate_label(folder.path().string(), &state);
+    std::string reason;
+    const LabelCheck check = validate_label(folder.path().string(), &state, &reason);
     return {check, state.file_name, responder.shown};
 }
 
@@ -58,7 +59,9 @@ TEST(ValidateLabel, ClassifiesByNameAndFirstBytes) {
     folder.write("x", "");
     LabelState directory;
     directory.file_name = ".";
-    EXPECT_EQ(validate_label(folder.path().string(), &directory), LabelCheck::Unreadable);
+    std::string reason;
+    EXPECT_EQ(validate_label(folder.path().string(), &directory, &reason), LabelCheck::Unreadable);
+    EXPECT_EQ(reason, "Is a directory");
 }
 
 TEST(ValidateLabel, OffersTheLabelBesideTheFile) {
@@ -111,6 +114,7 @@ TEST(RemoveFileObject, LiftsFileKeywordsBehindTheFirst) {
     EXPECT_EQ(tidied_root("RECORD_TYPE=STREAM\nB=2\nOBJECT = FILE\nEND_OBJECT\nEND\n"), "B=2 RECORD_TYPE=STREAM ");
     EXPECT_EQ(tidied_root("RECORD_TYPE=STREAM\nOBJECT = IMAGE\nRECORD_BYTES=1\nEND_OBJECT\nEND\n"),
               "RECORD_TYPE=STREAM ");
+    EXPECT_EQ(tidied_root("OBJECT = FILE\nEND_OBJECT\nEND\n"), "") << "nothing to make RECORD_BYTES of";
 }
 
 }  // namespace

@@ -1,0 +1,14 @@
+// Records whose lack of memory has a message of its own.
+#pragma once
+
+#include <memory>
+#include <new>
+
+// Null, where other allocations end the process, when memory is out. The record's constructor must not allocate.
+template <typename T>
+std::unique_ptr<T> new_or_null() {
+    const std::new_handler ending = std::set_new_handler(nullptr);
+    std::unique_ptr<T> made(new (std::nothrow) T);
+    std::set_new_handler(ending);
+    return made;
+}
