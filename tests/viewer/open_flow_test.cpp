@@ -204,4 +204,26 @@ TEST_F(OpenFlow, WithoutMemoryForItsRecordsTheProgramEnds) {
     }
 }
 
+// A label that memory cannot hold: the process says so and ends by itself.
+TEST_F(OpenFlow, ALabelLargerThanMemoryEndsTheProcessCleanly) {
+    std::string label = "RECORD_TYPE = STREAM\n";
+    for (int i = 0; i < 500000; ++i)
+        label += "A = 1\n";
+    const std::string path = folder_.write("large.lbl", label + "END\n");
+    const auto open_within = [&](rlim_t room) {
+        dup2(STDERR_FILENO, STDOUT_FILENO);  // what is said there is what the test sees
+        std::set_new_handler(OaOutOfMemory);
+        run_viewer([&] {
+            rlim_t pages = 0;
+            std::ifstream("/proc/self/statm") >> pages;
+            const rlim_t size = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + room;
+            const rlimit limit = {size, size};
+            setrlimit(RLIMIT_AS, &limit);
+            open_file(path);
+        });
+        _exit(7);
+    };
+    EXPECT_EXIT(open_within(rlim_t{32} << 20), testing::ExitedWithCode(1), "I'm out of memory and I can't get up!");
+}
+
 }  // namespace
