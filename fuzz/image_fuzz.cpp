@@ -96,6 +96,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const std::string label = util_format("^IMAGE = (\"%s\", 1)\n", file.path().c_str()) +
                               std::string(input.substr(0, label_end)) + "\nEND\n";
     const OdlTree tree(OdlParseLabelString(label.c_str(), nullptr, 0, 1));
+    if (OaIsOlderLabel(tree.get())) {
+        require((OaConvertOlderLabel(tree.get()) == 0) == (tree->first_child != nullptr));
+        require(OaCheckODLTree(tree.get()) == 0);
+    }
     if (const ObjDesc *image = tree ? OdlFindObjDesc(tree.get(), "*IMAGE", nullptr, nullptr, 1, SCOPE_TO_END) : nullptr)
         for (const int64_t band : {1, 2, 3})
             read_image(image, band);
