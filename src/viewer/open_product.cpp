@@ -255,6 +255,9 @@ void open_file(const std::string &path) {
 }
 
 void open_files(const std::vector<std::string> &paths) {
-    for (const std::string &path : paths)
+    for (const std::string &path : paths) {
+        if (!gui_task_window())
+            return;  // the application ended while a question was shown
         open_file(path);
+    }
 }

@@ -1,6 +1,8 @@
-#include "base/memory.h"
 #include "base/text.h"
 #include "viewer/session.h"
+
+#include <cstdlib>
+#include <memory>
 
 namespace {
 
@@ -16,9 +18,9 @@ struct ErrorTrap {
 };
 ErrorTrap trap;
 
-// Given back before the last message, which needs memory itself.
+// Given back to the system before the last message, which needs memory itself.
 constexpr size_t reserve_size = size_t{4} << 20;
-OaPtr<void> error_reserve;
+std::unique_ptr<void, decltype(&free)> error_reserve(nullptr, free);
 
 bool is_memory_error() {
     return trap.major == 5 && trap.minor == 1;
@@ -64,7 +66,7 @@ bool handle_error_timer(const Event &event) {
 }
 
 void hold_error_reserve() {
-    error_reserve.reset(OaMalloc(reserve_size));
+    error_reserve.reset(malloc(reserve_size));
 }
 
 void fatal_out_of_memory(const std::string &context) {

@@ -240,6 +240,20 @@ TEST(CliImage, TakesTheImageThatTheViewerShows) {
     EXPECT_EQ(run_cli({"image", path}).out, "3 4 16 LSB_INTEGER 0 1100\n");
 }
 
+TEST(CliImage, OlderLabelsAreConverted) {
+    const ScratchFolder folder;
+    folder.write("D.IMG", "ABCDEF");
+    const std::string label =
+        "RECORD_TYPE = STREAM\n^IMAGE = (\"D.IMG\", 3 <BYTES>)\nIMAGE_LINES = 2\n"
+        "LINE_SAMPLES = 2\nSAMPLE_BITS = 8\nFILE_TYPE = ";
+    const std::string old = folder.write("OLD.LBL", label + "IMAGE\nEND\n");
+    EXPECT_EQ(run_cli({"image", old}).out, "2 2 8 LSB_UNSIGNED_INTEGER 67 70\n");
+    EXPECT_NE(run_cli({"label", old}).out.find("IMAGE"), std::string::npos);
+    const Outcome odd = run_cli({"label", folder.write("ODD.LBL", label + "MUSIC\nEND\n")});
+    EXPECT_EQ(odd.status, 2);
+    EXPECT_NE(odd.err.find("conversion of label failed"), std::string::npos) << odd.err;
+}
+
 TEST(CliImage, EachImageOfAGifFileIsRead) {
     const ScratchFolder scratch;
     const std::string path = scratch.write(
