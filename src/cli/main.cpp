@@ -13,6 +13,8 @@ constexpr const char *general_help =
     "\n"
     "  label FILE   check the label of a product and list its objects\n"
     "  image FILE   describe an image or a band of a qube, write its samples or its picture\n"
+    "  fits-label FILE\n"
+    "               make the label that a simple FITS file lacks\n"
     "\n"
     "  --help       this text; COMMAND --help tells about one command\n"
     "  --version    the program's version\n";
@@ -53,6 +55,18 @@ constexpr const char *image_help =
     "\n"
     "Exit status: 0 done, 1 done with messages (such as a file that ends early), 2 failed; OUT is then as it was.\n";
 
+constexpr const char *fits_label_help =
+    "usage: lumacart-cli fits-label FILE [--out LABEL]\n"
+    "\n"
+    "Prints a label that describes the primary array of a FITS file as an image. The array has two axes and is of "
+    "bytes\n"
+    "(BITPIX 8) or of reals (-32, -64). The label names the file without its folder: keep the two together.\n"
+    "\n"
+    "  --out LABEL  write the label into this file instead; one that is there is replaced once the new one is "
+    "complete\n"
+    "\n"
+    "Exit status: 0 done, 1 the label was written into another folder than the file's, 2 no label can be made.\n";
+
 struct Command {
     std::string_view name;
     int (*run)(std::span<char *const> arguments);
@@ -61,6 +75,7 @@ struct Command {
 constexpr Command commands[] = {
     {"label", run_label, label_help},
     {"image", run_image, image_help},
+    {"fits-label", run_fits_label, fits_label_help},
 };
 
 // False, after saying so, when what was printed did not all reach its place.
