@@ -13,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <sstream>
 
 namespace {
 
@@ -235,27 +234,6 @@ TEST_F(Gif, EveryShorterFileGivesNoTree) {
 
 // --- Real files -----------------------------------------------------------------------------------------------------
 
-// The rows of a list, by column name.
-std::vector<std::map<std::string, std::string>> read_list(const std::string &name) {
-    std::ifstream file(corpus_path("gif/" + name));
-    std::vector<std::string> names;
-    std::vector<std::map<std::string, std::string>> rows;
-    for (std::string line; std::getline(file, line);) {
-        std::istringstream fields(line);
-        std::vector<std::string> texts;
-        for (std::string text; std::getline(fields, text, '\t');)
-            texts.push_back(text);
-        if (names.empty()) {
-            names = texts;
-            continue;
-        }
-        auto &row = rows.emplace_back();
-        for (size_t i = 0; i < names.size() && i < texts.size(); ++i)
-            row[names[i]] = texts[i];
-    }
-    return rows;
-}
-
 int count(const OdlTree &root, const char *pattern) {
     int found = 0;
     while (OdlFindObjDesc(root.get(), pattern, nullptr, nullptr, static_cast<uint32_t>(found) + 1, SCOPE_TO_END))
@@ -271,10 +249,10 @@ std::string byte_of(const ObjDesc *node) {
 TEST_F(Gif, RealFilesGiveTheirImages) {
     REQUIRE_CORPUS();
     std::map<std::string, std::vector<std::map<std::string, std::string>>> blocks;
-    for (auto &row : read_list("blocks.tsv"))
+    for (auto &row : read_corpus_list("gif/blocks.tsv"))
         blocks[row["file"]].push_back(row);
     int planes = 0;
-    for (auto &row : read_list("manifest.tsv")) {
+    for (auto &row : read_corpus_list("gif/manifest.tsv")) {
         SCOPED_TRACE(row["file"]);
         const OdlTree root(OaParseLabelFile(corpus_path("gif/" + row["file"]).c_str(), nullptr, 0, 1));
         if (row["scan"] != "unclear") {

@@ -148,10 +148,11 @@ std::string read_fits_header(FILE *file, FitsHeader *header) {
             if (!reason.empty())
                 return reason;
         }
-        if (block.empty())
-            break;
+        const bool ends = check_end(block) != 0;
+        if (!ends && i > 0 && block.size() < fits_block_bytes)
+            break;  // the file ends: what is left may be data
         header->byte_offset += static_cast<int64_t>(fits_block_bytes);
-        if (check_end(block) || block.size() < fits_block_bytes)
+        if (ends)
             break;
     }
     const int64_t data_bytes = std::max<int64_t>(util_file_size(file) - (header->byte_offset - 1), 0);
