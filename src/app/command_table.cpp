@@ -65,10 +65,10 @@ constexpr std::array rows = {
     CommandRow{1060, application, Any, open_moc},
     CommandRow{1061, application, Any, nullptr},  // browse a directory
     CommandRow{1064, application, Image, step_right},
-    CommandRow{1066, application, Any, nullptr},  // new label for a FITS file
-    CommandRow{1067, application, Any, nullptr},  // new label from the template
-    CommandRow{1069, label, Any, nullptr},
-    CommandRow{1070, label, Any, nullptr},
+    CommandRow{1066, application, Any, open_new_fits_label},
+    CommandRow{1067, application, Any, open_new_label},
+    CommandRow{1069, label, Any, open_new_fits_label},
+    CommandRow{1070, label, Any, open_new_label},
     CommandRow{1071, application, Image, step_left},
     CommandRow{1072, application, Image, step_down},
     CommandRow{1073, application, Image, step_up},

@@ -201,6 +201,7 @@ void gui_set_paragraphs(Window *window, int control, const std::vector<std::stri
 // Changes that can be undone; adding to a text that is empty sets it.
 void gui_append_paragraphs(Window *window, int control, const std::vector<std::string> &texts);
 void gui_set_paragraph(Window *window, int control, size_t paragraph, const std::string &bytes);
+int gui_columns_width(const Window *window, int control, int columns);   // that shows lines of so many characters
 void gui_show_paragraph(Window *window, int control, size_t paragraph);  // at the top, with the cursor in it
 size_t gui_first_paragraph_shown(const Window *window, int control);
 // Whether the text differs from the one last set or marked as not changed; the window's title shows a mark then.

@@ -280,6 +280,12 @@ void TextControl::insertFromMimeData(const QMimeData *source) {
     ensureCursorVisible();
 }
 
+int TextControl::width_for(int columns) const {
+    const qreal line = columns * QFontMetricsF(font()).horizontalAdvance(QLatin1Char('0'));
+    return qCeil(line + 2 * document()->documentMargin()) + 2 * frameWidth() + cursorWidth() +
+           verticalScrollBar()->sizeHint().width();
+}
+
 // --- By number ------------------------------------------------------------------------------------------------------
 
 size_t gui_paragraph_count(const Window *window, int control) {
@@ -310,6 +316,11 @@ void gui_append_paragraphs(Window *window, int control, const std::vector<std::s
 void gui_set_paragraph(Window *window, int control, size_t paragraph, const std::string &bytes) {
     if (TextControl *text = find_text(window, control))
         text->set_paragraph(paragraph, bytes);
+}
+
+int gui_columns_width(const Window *window, int control, int columns) {
+    const TextControl *text = find_text(window, control);
+    return text ? text->width_for(columns) : 0;
 }
 
 void gui_show_paragraph(Window *window, int control, size_t paragraph) {

@@ -27,6 +27,7 @@ class TextControl final : public QPlainTextEdit {
     void set_paragraph(size_t number, const std::string &text);
     void show_paragraph(size_t number);
     size_t first_paragraph_shown() const;
+    int width_for(int columns) const;  // that lines of this length need, with the scroll bar
 
   protected:
     void changeEvent(QEvent *event) override;

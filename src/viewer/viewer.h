@@ -4,6 +4,7 @@
 
 #include "viewer/commands.h"
 #include "viewer/image_window.h"
+#include "viewer/new_label_window.h"
 #include "viewer/open_moc.h"
 #include "viewer/open_product.h"
 #include "viewer/openers.h"

@@ -1,0 +1,131 @@
+// New label windows: the template, and labels of FITS files that the user chooses.
+#include "support/scratch.h"
+#include "support/window_viewer.h"
+#include "viewer/model/label_template.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+constexpr char new_label_title[] = "Lumacart - New Label";
+
+// A primary array of 4 x 3 bytes, behind one block of header.
+std::string small_fits(const std::string &bitpix = "8") {
+    std::string bytes;
+    for (std::string card : {std::string("SIMPLE  = T"), "BITPIX  = " + bitpix, std::string("NAXIS   = 2"),
+                             std::string("NAXIS1  = 4"), std::string("NAXIS2  = 3"), std::string("END")}) {
+        card.resize(80, ' ');
+        bytes += card;
+    }
+    bytes.resize(2880, ' ');
+    return bytes + "abcdefghijkl";
+}
+
+// Chooses New Label for a FITS File in the task window, the file by script. Returns the window.
+Window *open_for_fits(ScriptedResponder *responder, const FileSpec &file) {
+    responder->files = {file};
+    EXPECT_TRUE(choose_command(gui_task_window(), 1066));
+    settle();
+    return gui_windows().empty() ? nullptr : gui_windows().back();
+}
+
+TEST(NewLabelWindow, ShowsTheTemplateInReadableWidth) {
+    run_viewer([] {
+        ScriptedResponder responder;
+        ASSERT_TRUE(choose_command(gui_task_window(), 1067));
+        settle();
+        Window *window = find_window(new_label_title);
+        ASSERT_TRUE(window);
+        EXPECT_EQ(gui_paragraphs(window, text_control), label_template());
+        EXPECT_FALSE(gui_command_enabled(window, 1004));
+        EXPECT_TRUE(gui_command_enabled(window, 1005));
+        EXPECT_GE(place_on_screen(window).width, std::min(gui_columns_width(window, text_control, 80), 700));
+
+        ASSERT_TRUE(choose_command(window, 1070));  // another, from its own menu bar
+        settle();
+        EXPECT_EQ(gui_windows().size(), 2u);
+        close_window(gui_windows().back());  // nothing was written: no question
+        EXPECT_EQ(gui_windows().size(), 1u);
+        EXPECT_TRUE(responder.shown.empty());
+    });
+}
+
+TEST(NewLabelWindow, AsksBeforeWhatWasWrittenIsLost) {
+    run_viewer([] {
+        ScriptedResponder responder;
+        ASSERT_TRUE(choose_command(gui_task_window(), 1067));
+        Window *window = find_window(new_label_title);
+        gui_set_text_changed(window, text_control, true);
+        const std::string question = "question: The new label is not saved. Save it? [Save|Discard|Cancel]";
+        for (const int answer : {2, -1, 0}) {  // the last is not saved, for the file dialog is cancelled
+            responder.answers = {answer};
+            responder.shown.clear();
+            close_window(window);
+            ASSERT_FALSE(responder.shown.empty());
+            EXPECT_EQ(responder.shown.front(), question);
+            ASSERT_TRUE(gui_window_exists(window)) << answer;
+        }
+        responder.answers = {1};
+        close_window(window);
+        EXPECT_FALSE(gui_window_exists(window));
+    });
+}
+
+TEST(NewLabelWindow, DescribesTheFitsFileThatTheUserChooses) {
+    const ScratchFolder scratch;
+    scratch.write("picture.fits", small_fits());
+    run_viewer([&] {
+        ScriptedResponder responder;
+        Window *window = open_for_fits(&responder, {scratch.path().string(), "picture.fits"});
+        ASSERT_TRUE(window);
+        EXPECT_EQ(gui_title(window), "Lumacart - New Label - picture.fits");
+        EXPECT_FALSE(gui_command_enabled(window, 1004));
+        EXPECT_TRUE(gui_command_enabled(window, 1005));
+        std::string text;
+        for (const std::string &line : gui_paragraphs(window, text_control))
+            text += line + "\n";
+        EXPECT_EQ(responder.shown, std::vector<std::string>{"open: Open FITS File"});
+        EXPECT_EQ(window_state(window)->directory, std::filesystem::canonical(scratch.path()).string());
+
+        Window *image = open_in_viewer(scratch.write("picture.lbl", text));
+        ASSERT_TRUE(image);
+        EXPECT_EQ(gui_title(image), "Lumacart - Image - picture.lbl");
+        ASSERT_EQ(window_state(image)->image_info->line_samples, 4);
+        EXPECT_EQ(window_state(image)->image_info->lines, 3);
+    });
+}
+
+TEST(NewLabelWindow, StaysEmptyAndTellsWhyWhenThereIsNoLabel) {
+    const ScratchFolder scratch;
+    scratch.write("short.fits", small_fits("16"));
+    const std::string folder = scratch.path().string();
+    run_viewer([&] {
+        struct Case {
+            FileSpec file;
+            std::vector<std::string> shown;  // behind the file dialog
+        };
+        for (const Case &c :
+             {Case{{folder, "short.fits"}, {"note: short.fits: BITPIX is 16; only 8, -32 and -64 are accepted."}},
+              Case{{folder, "absent.fits"},
+                   {"note: absent.fits: The file cannot be opened: No such file or directory."}},
+              Case{{folder + "/absent", "a.fits"}, {"error: unable to set directory"}},
+              Case{{folder, ""}, {"error: bad file name, missing directory, or missing disk."}}}) {
+            ScriptedResponder responder;
+            Window *window = open_for_fits(&responder, c.file);
+            ASSERT_TRUE(window);
+            EXPECT_EQ(gui_paragraph_count(window, text_control), 0u);
+            EXPECT_EQ(std::vector<std::string>(responder.shown.begin() + 1, responder.shown.end()), c.shown);
+            EXPECT_EQ(gui_title(window), new_label_title);
+            close_window(window);
+        }
+        ScriptedResponder cancelling;
+        ASSERT_TRUE(choose_command(gui_task_window(), 1066));
+        EXPECT_EQ(cancelling.shown.size(), 1u);
+    });
+}
+
+}  // namespace
