@@ -5,7 +5,6 @@
 #include "viewer/model/fits_label.h"
 #include "viewer/model/label_template.h"
 #include "viewer/open_product.h"
-#include "viewer/session.h"
 #include "viewer/text_window.h"
 
 #include <algorithm>
@@ -16,9 +15,10 @@ namespace {
 
 constexpr int save_command = 1004;
 constexpr int save_as_command = 1005;
+constexpr int line_ends_command = 1059;
 constexpr GuiRect usual_place = {10, 30, 480, 370};
 constexpr int shown_columns = 90;  // the template's longest line and a little more; lines of labels have 80
-constexpr size_t longest_title_name = 200;
+constexpr size_t longest_title_name = 60;
 
 bool is_new_fits_label(const GenericState &state) {
     return state.label_state->new_fits_label;
@@ -34,21 +34,6 @@ void create(Window *window) {
     gui_set_title(window, gui_title(window));  // with room for the mark of a changed text
     if (!is_new_fits_label(*window_state(window)))
         gui_set_paragraphs(window, text_control, label_template());
-}
-
-// Whether the window may go: what the user wrote is saved or not wanted.
-bool may_close(Window *window) {
-    if (session().unattended || !gui_text_changed(window, text_control))
-        return true;
-    switch (gui_question("The new label is not saved. Save it?", {"Save", "Discard", "Cancel"})) {
-        case 0:
-            do_LUMCA_MENUBAR(window, save_as_command);
-            return gui_window_exists(window) && !gui_text_changed(window, text_control);
-        case 1:
-            return true;
-        default:
-            return false;
-    }
 }
 
 // Makes the folder of the chosen file current and tells its full path.
@@ -129,7 +114,11 @@ void open_fits_file(Window *window, int control) {
     if (!gui_window_exists(window))
         return;
     window_state(window)->directory = chosen.directory;
-    window_state(window)->label_state->file_name = name;
+    LabelState &shown = *window_state(window)->label_state;
+    shown.file_name = name;
+    shown.shown_in_part = true;  // the label must not replace the file that it describes
+    shown.line_ends_shown = false;
+    gui_check_command(window, line_ends_command, false);
     gui_set_paragraphs(window, control, label);
     gui_set_title(window, "Lumacart - New Label - " + shown_name(name, longest_title_name));
 }
@@ -143,8 +132,7 @@ long new_label_eh(Window *window, const Event &event) {
             free_window_state(window);
             break;
         case EventType::Close:
-            if (may_close(window))
-                gui_destroy_window(window);
+            close_text_window(window);
             break;
         case EventType::Command:
             do_LUMCA_MENUBAR(window, event.number);

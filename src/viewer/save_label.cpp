@@ -104,6 +104,7 @@ void take_file(Window *window, const std::string &directory, const std::string &
     LabelState &label = *state.label_state;
     gui_set_text_changed(window, text_control, false);
     label.shown_in_part = false;
+    label.new_fits_label = false;
     if (label.file_name == name && state.directory == directory)
         return;
     state.directory = directory;
@@ -171,7 +172,7 @@ bool save_text(Window *window) {
     // The state may end while the user is asked.
     const std::string directory = window_state(window)->directory;
     const std::string name = window_state(window)->label_state->file_name;
-    if (name.empty())
+    if (name.empty() || window_state(window)->label_state->new_fits_label)
         return save_text_as(window);
     const SaveStep step = save_into(window, directory, name);
     return step == SaveStep::Elsewhere ? save_text_as(window) : step == SaveStep::Go;

@@ -18,7 +18,7 @@ struct LabelState {
     ObjDesc *current_object = nullptr;     // what the window shows; within `root`
     bool label_from_another_file = false;  // the label that was parsed is not the file that the user chose
     bool text_only = false;                // shown as plain text
-    bool new_fits_label = false;           // a new label for a FITS file, which `file_name` then names
+    bool new_fits_label = false;           // of a new label until it is saved: for the FITS file that `file_name` names
     bool label_only = false;               // of a text window: it shows the file to the END of its label
     bool shown_in_part = false;            // of a text window: the file holds more than the window shows
     bool line_ends_shown = false;          // of a text window: as "<CR>" and "<LF>"

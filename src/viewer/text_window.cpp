@@ -178,7 +178,8 @@ bool text_may_go(Window *window) {
     if (!gui_text_changed(window, text_control) || session().unattended)
         return true;
     const GenericState *state = window_state(window);
-    const std::string name = state && state->label_state ? state->label_state->file_name : std::string();
+    const bool has_file = state && state->label_state && !state->label_state->new_fits_label;
+    const std::string name = has_file ? state->label_state->file_name : std::string();
     const std::string question = name.empty()
                                      ? "The new label was changed. Save it before it closes?"
                                      : util_format("File \"%s\" was changed. Save it before it closes?", name.c_str());

@@ -407,4 +407,43 @@ TEST(CliImage, AFailureLeavesTheOutputsAsTheyWere) {
     EXPECT_EQ(std::distance(fs::directory_iterator(scratch.path()), {}), 3) << "label, samples and the old output";
 }
 
+TEST(FitsLabelCommand, PrintsOrWritesTheLabelAndNeverOverTheFile) {
+    const ScratchFolder scratch;
+    std::string bytes;
+    for (std::string card : {"SIMPLE  = T", "BITPIX  = 8", "NAXIS   = 2", "NAXIS1  = 2", "NAXIS2  = 1", "END"}) {
+        card.resize(80, ' ');
+        bytes += card;
+    }
+    bytes.resize(2880, ' ');
+    bytes += "ab";
+    const std::string fits = scratch.write("sky.fits", bytes);
+    const std::string label = scratch.file("sky.lbl");
+    const Outcome printed = run_cli({"fits-label", fits});
+    EXPECT_EQ(printed.status, 0);
+    EXPECT_EQ(printed.out.size(), 12u * 80u);
+    const Outcome written = run_cli({"fits-label", fits, "--out", label});
+    EXPECT_EQ(written.status, 0);
+    EXPECT_EQ(written.out + written.err, "");
+    EXPECT_EQ(read_file(label), printed.out);
+    EXPECT_EQ(run_cli({"image", label, "--raw", scratch.file("raw")}).out, "1 2 8 LSB_INTEGER 97 98\n");
+    EXPECT_EQ(read_file(scratch.file("raw")), "ab");
+
+    fs::create_directory(scratch.file("elsewhere"));
+    const Outcome apart = run_cli({"fits-label", fits, "--out", scratch.file("elsewhere/sky.lbl")});
+    EXPECT_EQ(apart.status, 1);
+    EXPECT_NE(apart.err.find("keep the two together"), std::string::npos);
+
+    fs::create_hard_link(fits, scratch.file("link.fits"));
+    for (const char *out : {"sky.fits", "link.fits", "missing/sky.lbl"}) {
+        EXPECT_EQ(run_cli({"fits-label", fits, "--out", scratch.file(out)}).status, 2) << out;
+        EXPECT_EQ(read_file(fits), bytes);
+    }
+    bytes.replace(90, 2, "16");
+    const Outcome refused = run_cli({"fits-label", scratch.write("deep.fits", bytes), "--out", label});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_NE(refused.err.find("deep.fits: BITPIX is 16"), std::string::npos) << refused.err;
+    EXPECT_EQ(read_file(label), printed.out);
+}
+
 }  // namespace

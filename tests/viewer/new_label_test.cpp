@@ -60,7 +60,8 @@ TEST(NewLabelWindow, AsksBeforeWhatWasWrittenIsLost) {
         ASSERT_TRUE(choose_command(gui_task_window(), 1067));
         Window *window = find_window(new_label_title);
         gui_set_text_changed(window, text_control, true);
-        const std::string question = "question: The new label is not saved. Save it? [Save|Discard|Cancel]";
+        const std::string question =
+            "question: The new label was changed. Save it before it closes? [Save|Discard|Cancel]";
         for (const int answer : {2, -1, 0}) {  // the last is not saved, for the file dialog is cancelled
             responder.answers = {answer};
             responder.shown.clear();
@@ -78,6 +79,7 @@ TEST(NewLabelWindow, AsksBeforeWhatWasWrittenIsLost) {
 TEST(NewLabelWindow, DescribesTheFitsFileThatTheUserChooses) {
     const ScratchFolder scratch;
     scratch.write("picture.fits", small_fits());
+    const std::string folder = std::filesystem::canonical(scratch.path()).string();
     run_viewer([&] {
         ScriptedResponder responder;
         Window *window = open_for_fits(&responder, {scratch.path().string(), "picture.fits"});
@@ -85,13 +87,22 @@ TEST(NewLabelWindow, DescribesTheFitsFileThatTheUserChooses) {
         EXPECT_EQ(gui_title(window), "Lumacart - New Label - picture.fits");
         EXPECT_FALSE(gui_command_enabled(window, 1004));
         EXPECT_TRUE(gui_command_enabled(window, 1005));
-        std::string text;
-        for (const std::string &line : gui_paragraphs(window, text_control))
-            text += line + "\n";
         EXPECT_EQ(responder.shown, std::vector<std::string>{"open: Open FITS File"});
-        EXPECT_EQ(window_state(window)->directory, std::filesystem::canonical(scratch.path()).string());
 
-        Window *image = open_in_viewer(scratch.write("picture.lbl", text));
+        // The label never takes the place of the file that it describes.
+        responder.files = {{folder, "picture.fits"}, {folder, "picture.lbl"}};
+        responder.answers = {0};
+        gui_set_text_changed(window, text_control, true);
+        ASSERT_TRUE(choose_command(window, 1005));
+        ASSERT_EQ(responder.requests.size(), 3u);
+        EXPECT_EQ(responder.requests[1].proposed.directory, folder);
+        EXPECT_EQ(responder.requests[1].proposed.name, "picture.lbl");
+        EXPECT_NE(responder.shown[2].find("holds more than this text"), std::string::npos);
+        EXPECT_EQ(read_file(scratch.file("picture.fits")), small_fits());
+        EXPECT_FALSE(gui_text_changed(window, text_control));
+        EXPECT_TRUE(gui_command_enabled(window, 1004));  // now it has a file
+
+        Window *image = open_in_viewer(scratch.file("picture.lbl"));
         ASSERT_TRUE(image);
         EXPECT_EQ(gui_title(image), "Lumacart - Image - picture.lbl");
         ASSERT_EQ(window_state(image)->image_info->line_samples, 4);
