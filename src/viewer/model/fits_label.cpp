@@ -144,7 +144,7 @@ std::string read_fits_header(FILE *file, FitsHeader *header) {
         if (ferror(file))
             return util_format("The header cannot be read: %s.", strerror(errno));
         if (i == 0) {
-            const std::string reason = read_first_block(block, header);
+            std::string reason = read_first_block(block, header);
             if (!reason.empty())
                 return reason;
         }
@@ -189,7 +189,7 @@ std::string make_fits_label(const std::string &path, std::vector<std::string> *l
     if (!file)
         return util_format("The file cannot be opened: %s.", errno == EINVAL ? "Not a regular file" : strerror(errno));
     FitsHeader header;
-    const std::string reason = read_fits_header(file.get(), &header);
+    std::string reason = read_fits_header(file.get(), &header);
     if (reason.empty())
         *label = build_krv_label(header, name);
     return reason;
