@@ -1,5 +1,6 @@
 // Controls and menu items, by number.
 #include "gui/client_area.h"
+#include "gui/list_control.h"
 #include "gui/text_control.h"
 #include "gui/window.h"
 
@@ -33,11 +34,23 @@ void for_each_item(const Window *window, int command, Function function) {
     }
 }
 
-void send_number(Window *window, EventType type, int number) {
+void send_number(Window *window, EventType type, int number, ControlUse use = ControlUse::Changed) {
     Event event;
     event.type = type;
     event.number = number;
+    event.use = use;
     send_event(window, event);
+}
+
+ListControl *find_list(const Window *window, int number) {
+    return qobject_cast<ListControl *>(find_control(window, number));
+}
+
+void connect_list(Window *window, const ListControl *list, int number) {
+    QObject::connect(list, &ListControl::line_selected, window,
+                     [=] { send_number(window, EventType::Control, number, ControlUse::Selected); });
+    QObject::connect(list, &ListControl::line_activated, window,
+                     [=] { send_number(window, EventType::Control, number, ControlUse::Activated); });
 }
 
 }  // namespace
@@ -57,6 +70,8 @@ void connect_controls(Window *window) {
             QObject::connect(line, &QLineEdit::textEdited, window, used);
         else if (auto *lines = qobject_cast<QPlainTextEdit *>(widget))
             QObject::connect(lines, &QPlainTextEdit::modificationChanged, window->frame, &QWidget::setWindowModified);
+        else if (const auto *list = qobject_cast<ListControl *>(widget))
+            connect_list(window, list, number);
     }
 }
 
@@ -151,6 +166,31 @@ void gui_enable_control(Window *window, int control, bool enabled) {
 void gui_focus_control(Window *window, int control) {
     if (QWidget *widget = find_control(window, control))
         widget->setFocus();
+}
+
+// --- Lists --------------------------------------------------------------------------------------------------------
+
+bool gui_set_list(Window *window, int control, std::vector<std::string> lines) {
+    ListControl *list = find_list(window, control);
+    if (list)
+        list->set_lines(std::move(lines));
+    return list != nullptr;
+}
+
+std::string gui_list_line(const Window *window, int control, int line) {
+    const ListControl *list = find_list(window, control);
+    const bool present = list && line >= 0 && static_cast<size_t>(line) < list->lines().size();
+    return present ? list->lines()[static_cast<size_t>(line)] : std::string();
+}
+
+int gui_selected_line(const Window *window, int control) {
+    const ListControl *list = find_list(window, control);
+    return list ? list->selected_line() : -1;
+}
+
+void gui_select_line(Window *window, int control, int line) {
+    if (ListControl *list = find_list(window, control))
+        list->select_line(line);
 }
 
 // --- Menu items ---------------------------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 
 #include "gui/client_area.h"
 #include "gui/gui.h"
+#include "gui/list_control.h"
 #include "gui/text_control.h"
 
 #include <QAction>
@@ -15,8 +16,8 @@
 
 namespace {
 
-// Knows our drawing area and text control, and remembers the classes that nobody knows: Qt puts their base class in
-// their place, and the definition loads all the same.
+// Knows our drawing area, text control and list, and remembers the classes that nobody knows: Qt puts their base class
+// in their place, and the definition loads all the same.
 class DefinitionLoader final : public QUiLoader {
   public:
     DefinitionLoader() { clearPluginPaths(); }
@@ -31,6 +32,11 @@ class DefinitionLoader final : public QUiLoader {
             auto *text = new TextControl(parent);
             text->setObjectName(name);
             return text;
+        }
+        if (class_name == QLatin1String("QListView")) {
+            auto *list = new ListControl(parent);
+            list->setObjectName(name);
+            return list;
         }
         QWidget *widget = QUiLoader::createWidget(class_name, parent, name);
         const bool is_line = class_name == QLatin1String("Line");

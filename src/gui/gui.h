@@ -59,7 +59,7 @@ enum class EventType {
     FocusIn,   // the window became the active one
     FocusOut,  // or another did
     Scroll,    // the client area was scrolled to another position
-    Control,   // a button was pressed, a line of text edited
+    Control,   // a button was pressed, a line of text edited, a line of a list selected or activated (`use`)
     Command,   // a menu item was chosen
     Timer,
     FileDrop,  // the task window alone: files were dropped on it or on a document window
@@ -71,6 +71,9 @@ enum GuiModifiers : unsigned { GUI_SHIFT = 1, GUI_CONTROL = 2, GUI_ALT = 4 };
 
 enum class GuiKey { Character, Left, Right, Up, Down, PageUp, PageDown, Home, End, Enter, Escape, Delete, Other };
 
+// What the user did to a control. Lists alone know the last two; activating is a double click or Enter.
+enum class ControlUse { Changed, Selected, Activated };
+
 struct Event {
     EventType type = EventType::Create;
     GuiPoint position;       // mouse and wheel: in the client area
@@ -78,8 +81,9 @@ struct Event {
     unsigned modifiers = 0;  // GuiModifiers
     int wheel_steps = 0;     // notches, positive away from the user
     GuiKey key = GuiKey::Other;
-    char32_t character = 0;    // of GuiKey::Character
-    int number = 0;            // of the control or command
+    char32_t character = 0;  // of GuiKey::Character
+    int number = 0;          // of the control or command
+    ControlUse use = ControlUse::Changed;
     Canvas *canvas = nullptr;  // Update; valid during the event
     GuiRect area;              // Update: the part to draw, in the client area
     Timer *timer = nullptr;
@@ -180,6 +184,13 @@ void gui_move_control(Window *window, int control, GuiRect place);  // in the cl
 GuiSize gui_wanted_size(const Window *window, int control);         // that its present text needs
 void gui_enable_control(Window *window, int control, bool enabled);
 void gui_focus_control(Window *window, int control);
+
+// A QListView: lines of text counted from 0, one of which may be selected. It finds lines by any part of their text as
+// the user types. The dynamic property `narrowBlanks` shows runs of blanks half as wide as digits.
+bool gui_set_list(Window *window, int control, std::vector<std::string> lines);  // false: no such control
+std::string gui_list_line(const Window *window, int control, int line);
+int gui_selected_line(const Window *window, int control);     // -1 when there is none
+void gui_select_line(Window *window, int control, int line);  // and brings it into view; sends no event
 
 std::vector<int> gui_commands(const Window *window);  // of its menu bar
 void gui_enable_command(Window *window, int command, bool enabled);
