@@ -52,8 +52,8 @@ constexpr std::array rows = {
     CommandRow{1032, application, Image, nullptr},  // time parser
     CommandRow{1033, label, Any, nullptr},          // browse a directory
     CommandRow{1042, application, Image, menu2_stretch_display},
-    CommandRow{1047, application, Image, nullptr},  // object hierarchy
-    CommandRow{1048, application, Image, nullptr},  // object keywords
+    CommandRow{1047, application, Image, show_hierarchy},
+    CommandRow{1048, application, Image, show_keywords},
     CommandRow{1050, application, Image, nullptr},  // histogram
     CommandRow{1051, application, Image, open_full_label},
     CommandRow{1052, application, Qube, nullptr},   // side data

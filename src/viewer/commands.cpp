@@ -27,6 +27,8 @@ bool fits(CommandScope scope, const Window *window) {
             return scope == CommandScope::Table;
         case DocumentKind::Label:
             return scope == CommandScope::Label;
+        case DocumentKind::Listing:
+            return false;
     }
     return false;
 }

@@ -128,6 +128,16 @@ std::string path_in(const std::string &directory, const std::string &name) {
     return name.starts_with('/') ? name : directory + "/" + name;
 }
 
+const ProductOpener *find_opener(const LabelState &label) {
+    const ObjDesc *object = label.current_object;
+    for (const ProductOpener &opener : openers) {
+        if (object && object->class_name && OdlWildCardCompare(opener.class_pattern, object->class_name) &&
+            (!opener.condition || opener.condition(label.root.get())))
+            return &opener;
+    }
+    return nullptr;
+}
+
 bool setup_open_object_1(const std::string &caller_name, std::string *directory, std::string *file_name) {
     FileSpec chosen;
     const bool asked = session().cmdline_fname.empty();

@@ -16,3 +16,5 @@ struct ProductOpener {
 // Rows in order of choice: the first whose condition holds and whose class occurs in the label is taken.
 void set_product_openers(std::span<const ProductOpener> rows);
 std::span<const ProductOpener> product_openers();
+// The first row for the label's current object, whatever else the label holds; null when there is none.
+const ProductOpener *find_opener(const LabelState &label);

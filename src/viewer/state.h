@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 // The product behind a window.
 struct LabelState {
@@ -41,7 +42,13 @@ struct DisplayState {
 };
 
 // Which kind of document a window shows; the command table chooses by it.
-enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4 };
+enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4, Listing = 5 };
+
+// What a window with a list of lines begins with.
+struct ListingState {
+    GuiRect place;
+    std::vector<std::string> lines;
+};
 
 struct GenericState {
     bool belongs_to_window = false;  // else whoever makes the window still holds it
@@ -51,8 +58,9 @@ struct GenericState {
     std::unique_ptr<LabelState> label_state;
     std::unique_ptr<ImageDescription> image_info;
     std::unique_ptr<DisplayState> display_state;  // after the label, which its source reads
-    std::map<int, Window *> children;             // opened from this window, by the command that opens them
-    Window *opened_from = nullptr;                // the window that holds this one among its children
+    std::unique_ptr<ListingState> listing;
+    std::map<int, Window *> children;  // opened from this window, by the command that opens them
+    Window *opened_from = nullptr;     // the window that holds this one among its children
 };
 
 // Makes a document window whose data is the state, and hands the state to it. Where no window comes of it, because the

@@ -3,7 +3,9 @@
 #pragma once
 
 #include "viewer/commands.h"
+#include "viewer/hierarchy_window.h"
 #include "viewer/image_window.h"
+#include "viewer/keywords_window.h"
 #include "viewer/new_label_window.h"
 #include "viewer/open_moc.h"
 #include "viewer/open_product.h"

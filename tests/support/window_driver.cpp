@@ -10,6 +10,7 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPixmap>
@@ -226,6 +227,34 @@ bool use_control(Window *window, int control) {
         return false;
     button->click();
     return true;
+}
+
+void double_click_line(Window *window, int list, int line) {
+    auto *view = qobject_cast<QListView *>(window->controls.at(list));
+    const QModelIndex index = view->model()->index(line, 0);
+    view->scrollTo(index);
+    const QPoint place = view->visualRect(index).center();
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+}
+
+std::vector<int> marked_columns(Window *window, int list, int line) {
+    settle();
+    auto *view = qobject_cast<QListView *>(window->controls.at(list));
+    const QModelIndex index = view->model()->index(line, 0);
+    view->scrollTo(index);
+    view->setCurrentIndex({});
+    const QImage image = view->viewport()->grab(view->visualRect(index)).toImage();
+    std::vector<int> columns;
+    for (int x = 0; x < image.width(); ++x) {
+        for (int y = 0; y < image.height(); ++y) {
+            if (image.pixel(x, y) != image.pixel(0, y)) {
+                columns.push_back(x);
+                break;
+            }
+        }
+    }
+    return columns;
 }
 
 void close_window(Window *window) {

@@ -38,6 +38,9 @@ bool choose_command(Window *window, int command);
 bool choose_item(Window *window, const std::string &text);  // by its text, as an item without a number
 bool command_checked(const Window *window, int command);
 bool use_control(Window *window, int control);
+void double_click_line(Window *window, int list, int line);  // scrolled into view
+// The columns, from the left edge of a list, at which something is drawn in this line.
+std::vector<int> marked_columns(Window *window, int list, int line);
 
 void close_window(Window *window);
 void resize_window(Window *window, int width, int height);

@@ -95,9 +95,16 @@ std::string name_of(const ObjDesc *object) {
 }
 
 bool is_listed(const ObjDesc *object) {
-    return std::none_of(table_insides.begin(), table_insides.end(), [&](const char *pattern) {
+    return !object->parent || std::none_of(table_insides.begin(), table_insides.end(), [&](const char *pattern) {
         return object->class_name && OdlWildCardCompare(pattern, object->class_name);
     });
+}
+
+const ObjDesc *next_listed(const ObjDesc *object) {
+    do
+        object = OdlTraverseTree(object, 0);
+    while (object && !is_listed(object));
+    return object;
 }
 
 std::string hierarchy_line(const ObjDesc *object, size_t number) {
@@ -112,27 +119,29 @@ std::string hierarchy_line(const ObjDesc *object, size_t number) {
 
 }  // namespace
 
-std::vector<ObjectLine> hierarchy_lines(const ObjDesc *root) {
-    std::vector<ObjectLine> lines;
-    int64_t place = 0;
-    for (const ObjDesc *object = root; object; object = OdlTraverseTree(object, 0), ++place) {
-        if (is_listed(object))
-            lines.push_back({hierarchy_line(object, lines.size()), place});
-    }
+std::vector<std::string> hierarchy_lines(const ObjDesc *root) {
+    std::vector<std::string> lines;
+    for (const ObjDesc *object = root; object; object = next_listed(object))
+        lines.push_back(hierarchy_line(object, lines.size()));
     return lines;
 }
 
-int64_t object_place(const ObjDesc *root, const ObjDesc *object) {
-    int64_t place = 0;
-    for (; root && root != object; root = OdlTraverseTree(root, 0))
-        ++place;
-    return place;
+ObjDesc *object_of_line(ObjDesc *root, int64_t line) {
+    const ObjDesc *object = root;
+    for (; object && line > 0; --line)
+        object = next_listed(object);
+    return const_cast<ObjDesc *>(object);
 }
 
-ObjDesc *object_at_place(ObjDesc *root, int64_t place) {
-    for (; root && place > 0; --place)
-        root = OdlTraverseTree(root, 0);
-    return root;
+int64_t line_of_object(const ObjDesc *root, const ObjDesc *object) {
+    while (object && !is_listed(object))
+        object = object->parent;
+    int64_t line = 0;
+    for (const ObjDesc *listed = root; listed; listed = next_listed(listed), ++line) {
+        if (listed == object)
+            return line;
+    }
+    return 0;
 }
 
 std::string class_of_line(const std::string &line) {

@@ -7,19 +7,14 @@
 #include <string>
 #include <vector>
 
-// An object in the list. Its place in the tree, in pre-order with the root at 0, counts the objects that are not listed
-// too: it finds the same object in another tree of the same label.
-struct ObjectLine {
-    std::string text;
-    int64_t place = 0;
-};
-
 // One line for every object from the root on but the insides of tables: number, class indented by level, name. A line
-// is one line whatever the label holds. Blanks are half as wide as digits where the columns shall line up.
-std::vector<ObjectLine> hierarchy_lines(const ObjDesc *root);
+// is one line whatever the label holds. The columns line up where blanks are half as wide as digits.
+std::vector<std::string> hierarchy_lines(const ObjDesc *root);
 
-int64_t object_place(const ObjDesc *root, const ObjDesc *object);
-ObjDesc *object_at_place(ObjDesc *root, int64_t place);  // null when there are not so many objects
+// The object that a line, counted from 0, stands for; null when there are not so many.
+ObjDesc *object_of_line(ObjDesc *root, int64_t line);
+// The line of the object; of what holds it when it is not listed itself; 0 when neither is.
+int64_t line_of_object(const ObjDesc *root, const ObjDesc *object);
 
 // The class in a line: its first word behind the number.
 std::string class_of_line(const std::string &line);

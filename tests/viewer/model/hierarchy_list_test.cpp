@@ -10,30 +10,25 @@ OdlTree parse(const std::string &label) {
     return OdlTree(OdlParseLabelString(label.c_str(), nullptr, 0, 1));
 }
 
-std::vector<std::string> texts(const ObjDesc *root) {
-    std::vector<std::string> lines;
-    for (const ObjectLine &line : hierarchy_lines(root))
-        lines.push_back(line.text);
-    return lines;
-}
-
 TEST(HierarchyLines, ListWhatIsNoInsideOfATable) {
     const OdlTree root = parse(
         "NAME = top\nOBJECT = TABLE\nOBJECT = COLUMN\nNAME = c\nEND_OBJECT\nOBJECT = BIT_COLUMN\nEND_OBJECT\n"
         "OBJECT = CONTAINER\nOBJECT = HISTOGRAM\nEND_OBJECT\nEND_OBJECT\nOBJECT = FIELD\nEND_OBJECT\n"
         "OBJECT = BIT_ELEMENT\nEND_OBJECT\nEND_OBJECT\nOBJECT = IMAGE\nNAME = \"A \"B\" 100%s\r\nend\t\"\n"
         "END_OBJECT\nEND\n");
-    EXPECT_EQ(texts(root.get()), (std::vector<std::string>{
-                                     "0            ROOT    ",
-                                     "1              TABLE   No NAME KEYWORD",
-                                     "2                  HISTOGRAM   No NAME KEYWORD",
-                                     "3              IMAGE   A \"B\" 100%s end ",
-                                 }));
-    const std::vector<ObjectLine> lines = hierarchy_lines(root.get());
-    EXPECT_STREQ(object_at_place(root.get(), lines[3].place)->class_name, "IMAGE");
-    EXPECT_EQ(object_place(root.get(), object_at_place(root.get(), 8)), 8);
-    EXPECT_EQ(object_at_place(root.get(), 9), nullptr);
-    EXPECT_EQ(class_of_line(lines[2].text), "HISTOGRAM");
+    EXPECT_EQ(hierarchy_lines(root.get()), (std::vector<std::string>{
+                                               "0            ROOT    ",
+                                               "1              TABLE   No NAME KEYWORD",
+                                               "2                  HISTOGRAM   No NAME KEYWORD",
+                                               "3              IMAGE   A \"B\" 100%s end ",
+                                           }));
+    ObjDesc *image = object_of_line(root.get(), 3);
+    ASSERT_TRUE(image);
+    EXPECT_STREQ(image->class_name, "IMAGE");
+    EXPECT_EQ(object_of_line(root.get(), 4), nullptr);
+    EXPECT_EQ(line_of_object(root.get(), image), 3);
+    EXPECT_EQ(line_of_object(root.get(), OdlFindObjDesc(root.get(), "BIT_COLUMN", nullptr, nullptr, 1, 1)), 1);
+    EXPECT_EQ(class_of_line(hierarchy_lines(root.get())[2]), "HISTOGRAM");
     EXPECT_EQ(class_of_line("7"), "");
 }
 
@@ -41,7 +36,7 @@ TEST(HierarchyLines, LineUpWithBlanksOfHalfADigit) {
     std::string label;
     for (int i = 0; i < 10000; ++i)
         label += "OBJECT = IMAGE\nEND_OBJECT\n";
-    const std::vector<std::string> lines = texts(parse(label + "END\n").get());
+    const std::vector<std::string> lines = hierarchy_lines(parse(label + "END\n").get());
     ASSERT_EQ(lines.size(), 10001u);
     for (const size_t number : {1, 9, 10, 99, 100, 999, 1000, 9999, 10000}) {
         const size_t digits = std::to_string(number).size();
@@ -53,7 +48,7 @@ TEST(HierarchyLines, IndentTenLevelsAtMost) {
     std::string label;
     for (int level = 0; level < 12; ++level)
         label += "OBJECT = O\n";
-    const std::vector<std::string> lines = texts(parse(label + "END\n").get());
+    const std::vector<std::string> lines = hierarchy_lines(parse(label + "END\n").get());
     ASSERT_EQ(lines.size(), 13u);
     EXPECT_EQ(lines[8], "8" + std::string(10 + 18, ' ') + "O   No NAME KEYWORD");
     EXPECT_EQ(lines[9], "9" + std::string(10 + 20, ' ') + "O   No NAME KEYWORD");
