@@ -53,22 +53,46 @@ constexpr int margin = 4;                 // left and right of a line
 constexpr qint64 pause_of_typing = 1500;  // milliseconds after which typing seeks something else
 constexpr int shown_after_typing = 2500;
 
+// How wide texts are in a font. Of ASCII characters in a font of fixed pitch their number tells it: laying out the
+// words of a hundred thousand lines would be felt.
+class Ruler {
+  public:
+    Ruler(const QFont &font, bool narrow_blanks)
+        : metrics_(font), pitch_(metrics_.horizontalAdvance(QLatin1Char('0'))), fixed_(QFontInfo(font).fixedPitch()) {
+        lone_blank_ = metrics_.horizontalAdvance(QLatin1Char(' '));
+        blank_ = narrow_blanks ? pitch_ / 2 : lone_blank_;
+    }
+
+    double pitch() const { return pitch_; }
+    double ascent() const { return metrics_.ascent(); }
+    double width(QStringView text) const {
+        const bool ascii = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 128; });
+        return fixed_ && ascii ? static_cast<double>(text.size()) * pitch_
+                               : metrics_.horizontalAdvance(text.toString());
+    }
+    double blanks(qsizetype count) const { return count == 1 ? lone_blank_ : static_cast<double>(count) * blank_; }
+
+  private:
+    QFontMetricsF metrics_;
+    double pitch_;
+    bool fixed_;
+    double lone_blank_;
+    double blank_;
+};
+
 // Calls `word(text, x)` for each run of characters other than blanks; returns where the line ends.
 template <typename Word>
-double lay_out(const QString &line, const QFontMetricsF &metrics, double blank, Word word) {
-    const double lone_blank = metrics.horizontalAdvance(QLatin1Char(' '));
+double lay_out(QStringView line, const Ruler &ruler, Word word) {
     double x = 0;
     for (qsizetype i = 0; i < line.size();) {
         qsizetype end = i;
         const bool blanks = line[i] == QLatin1Char(' ');
         while (end < line.size() && (line[end] == QLatin1Char(' ')) == blanks)
             ++end;
-        const QString run = line.mid(i, end - i);
+        const QStringView run = line.mid(i, end - i);
         if (!blanks)
             word(run, x);
-        x += !blanks        ? metrics.horizontalAdvance(run)
-             : end - i == 1 ? lone_blank
-                            : static_cast<double>(end - i) * blank;
+        x += blanks ? ruler.blanks(run.size()) : ruler.width(run);
         i = end;
     }
     return x;
@@ -94,10 +118,10 @@ class LineDelegate final : public QStyledItemDelegate {
         painter->setPen(option.palette.color(active ? QPalette::Active : QPalette::Inactive,
                                              selected ? QPalette::HighlightedText : QPalette::Text));
         painter->setFont(option.font);
-        const QFontMetricsF metrics(option.font);
-        const double baseline = option.rect.top() + 1 + metrics.ascent();
-        lay_out(line, metrics, list_.blank_width(), [&](const QString &word, double x) {
-            painter->drawText(QPointF(option.rect.left() + margin + x, baseline), word);
+        const Ruler ruler(option.font, list_.has_narrow_blanks());
+        const double baseline = option.rect.top() + 1 + ruler.ascent();
+        lay_out(line, ruler, [&](QStringView word, double x) {
+            painter->drawText(QPointF(option.rect.left() + margin + x, baseline), word.toString());
         });
     }
 
@@ -144,29 +168,19 @@ void ListControl::select_line(int line) {
     silent_ = false;
 }
 
-double ListControl::blank_width() const {
-    const QFontMetricsF metrics(font());
-    return property("narrowBlanks").toBool() ? metrics.horizontalAdvance(QLatin1Char('0')) / 2
-                                             : metrics.horizontalAdvance(QLatin1Char(' '));
+bool ListControl::has_narrow_blanks() const {
+    return property("narrowBlanks").toBool();
 }
 
-// A line of ASCII characters is as wide as their number says, for the font is of fixed pitch: laying out a hundred
-// thousand lines would be felt. Lines that cannot be the widest are not laid out either.
 void ListControl::measure() {
-    const QFontMetricsF metrics(font());
-    const double pitch = metrics.horizontalAdvance(QLatin1Char('0'));
-    const double blank = blank_width();
+    const Ruler ruler(font(), has_narrow_blanks());
     widest_ = 0;
     for (size_t row = 0; row < lines().size(); ++row) {
-        const std::string &line = lines()[row];
-        if (static_cast<double>(line.size()) * pitch * 2 <= widest_)
+        // No byte takes more room than a wide character.
+        if (static_cast<double>(lines()[row].size()) * 2 * ruler.pitch() <= widest_)
             continue;
         const QString text = model_->shown(static_cast<int>(row));
-        const bool plain = static_cast<size_t>(text.size()) == line.size();
-        const double upper = static_cast<double>(text.size()) * pitch;
-        if (plain && upper <= widest_)
-            continue;
-        widest_ = std::max(widest_, lay_out(text, metrics, blank, [](const QString &, double) {}));
+        widest_ = std::max(widest_, lay_out(text, ruler, [](QStringView, double) {}));
     }
     scheduleDelayedItemsLayout();
 }
@@ -224,7 +238,7 @@ void ListControl::type(const QString &text) {
         return;
     sought_ = goes_on ? sought_ + text : text;
     // What is being typed may be in the selected line already; something new is sought behind it.
-    find_from(selected_line() - (goes_on ? 1 : 0), 1);
+    find_from(goes_on ? std::max(selected_line(), 0) - 1 : selected_line(), 1);
 }
 
 // Selects the first line with the text sought behind `start`, around the end of the list.
@@ -243,7 +257,8 @@ void ListControl::find_from(int start, int step) {
 void ListControl::show_sought(bool found) {
     sought_label_->setText((found ? tr("Find: %1") : tr("Not found: %1")).arg(sought_));
     sought_label_->adjustSize();
-    sought_label_->move(viewport()->geometry().bottomLeft() - QPoint(0, sought_label_->height() - 1));
+    const QSize size = sought_label_->size();
+    sought_label_->move(viewport()->geometry().bottomRight() - QPoint(size.width() - 1, size.height() - 1));
     sought_label_->show();
     sought_label_->raise();
     if (hide_timer_)

@@ -25,7 +25,7 @@ class ListControl final : public QListView {
     const std::vector<std::string> &lines() const;
     int selected_line() const;   // -1 when there is none
     void select_line(int line);  // sends no signal
-    double blank_width() const;  // of one in a run of them
+    bool has_narrow_blanks() const;
     double widest_line() const { return widest_; }
 
   signals:
