@@ -56,38 +56,25 @@ TEST(HierarchyLines, IndentTenLevelsAtMost) {
 }
 
 TEST(ListedObject, IsChosenByTheFirstRuleForItsClass) {
-    constexpr char columns[] =
-        "Neither COLUMN nor CONTAINER objects may be selected for display.  Select the table containing these objects "
-        "instead";
-    struct Case {
-        const char *class_name;
-        ListedObject choice;
-        const char *note;
-        ListedObject unattended;
-    };
     using enum ListedObject;
-    for (const Case &c : {
-             Case{"BIT_COLUMN", Refused, columns, Refused},
-             Case{"CONTAINER", Refused, columns, Refused},
-             Case{"FIELD", Refused,
-                  "FIELD objects may not be selected for display. Select the spreadsheet containing these objects "
-                  "instead",
-                  Refused},
-             Case{"COLLECTION", Refused, "COLLECTION objects are not supported by Lumacart at this time", Refused},
-             Case{"IMAGE_HEADER", Refused, "HEADER objects may not be selected for display.", Refused},
-             Case{"BROWSE_IMAGE", Opened, nullptr, Opened},
-             Case{"SPECTRAL_QUBE", Opened, nullptr, Opened},
-             Case{"TIME_SERIES", Opened, nullptr, Opened},
-             Case{"SPREADSHEET", Opened, nullptr, Opened},
-             Case{"INDEX_TABLE", TableOrPlot, nullptr, Opened},
-             Case{"GAZETTEER", TableOrPlot, nullptr, Opened},
-             Case{"ROOT", Ignored, nullptr, Opened},
-         }) {
-        const char *note = nullptr;
-        EXPECT_EQ(listed_object(c.class_name, false, &note), c.choice) << c.class_name;
-        EXPECT_STREQ(note, c.note);
-        EXPECT_EQ(listed_object(c.class_name, true, &note), c.unattended) << c.class_name;
+    const std::pair<const char *, ListedObject> choices[] = {
+        {"BROWSE_IMAGE", Opened},     {"SPECTRAL_QUBE", Opened},  {"TIME_SERIES", Opened}, {"SPREADSHEET", Opened},
+        {"INDEX_TABLE", TableOrPlot}, {"GAZETTEER", TableOrPlot}, {"ROOT", Ignored},
+    };
+    const char *note = nullptr;
+    for (const auto &[class_name, choice] : choices) {
+        EXPECT_EQ(listed_object(class_name, false, &note), choice) << class_name;
+        EXPECT_EQ(listed_object(class_name, true, &note), Opened) << class_name;
     }
+    EXPECT_EQ(listed_object("BIT_COLUMN", true, &note), Refused);
+    EXPECT_STREQ(note,
+                 "Neither COLUMN nor CONTAINER objects may be selected for display.  Select the table containing these "
+                 "objects instead");
+    EXPECT_EQ(listed_object("FIELD", true, &note), Refused);
+    EXPECT_STREQ(
+        note, "FIELD objects may not be selected for display. Select the spreadsheet containing these objects instead");
+    EXPECT_EQ(listed_object("IMAGE_HEADER", true, &note), Refused);
+    EXPECT_STREQ(note, "HEADER objects may not be selected for display.");
 }
 
 TEST(KeywordLines, CutLongValuesAndShowLineEndsAsBlanks) {
