@@ -78,6 +78,10 @@ constexpr std::array rows = {
     CommandRow{2002, application, Image, zoom_out},
     CommandRow{2003, application, Image, zoom_actual},
     CommandRow{2004, application, Image, zoom_to_fit},
+    CommandRow{2090, application, Any, show_window_help},
+    CommandRow{2090, label, Any, show_window_help},
+    CommandRow{2091, application, Any, show_keyboard_help},
+    CommandRow{2091, label, Any, show_keyboard_help},
 };
 
 }  // namespace

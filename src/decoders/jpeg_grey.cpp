@@ -88,6 +88,16 @@ bool decode(FILE *file, int64_t lines, int64_t samples, uint8_t *out, Escape *es
 
 }  // namespace
 
+#define TEXT_OF(value) #value
+#define EXPANDED_TEXT_OF(value) TEXT_OF(value)
+const char *jpeg_library_version() {
+#ifdef LIBJPEG_TURBO_VERSION
+    return "libjpeg-turbo " EXPANDED_TEXT_OF(LIBJPEG_TURBO_VERSION);
+#else
+    return "libjpeg " EXPANDED_TEXT_OF(JPEG_LIB_VERSION);
+#endif
+}
+
 bool is_jpeg_stream(FILE *file) {
     const off_t start = ftello(file);
     uint8_t bytes[3] = {};

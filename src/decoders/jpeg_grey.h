@@ -5,6 +5,9 @@
 #include <cstdio>
 #include <string>
 
+// Name and version of the library that decodes them.
+const char *jpeg_library_version();
+
 // Whether a JPEG stream begins at the file's position, which stays.
 bool is_jpeg_stream(FILE *file);
 

@@ -1,9 +1,11 @@
 #include "gui/application.h"
 
 #include "gui/arguments.h"
+#include "gui/help.h"
 #include "gui/window.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QSessionManager>
 
 #include <cstdio>
@@ -41,6 +43,10 @@ class Application final : public QApplication {
             if (!may_quit())
                 session.cancel();
         });
+    }
+
+    bool notify(QObject *receiver, QEvent *source) override {
+        return take_help_key(receiver, *source) || QApplication::notify(receiver, source);
     }
 
     bool event(QEvent *source) override {
@@ -139,11 +145,20 @@ void gui_quit() {
     }
     end_window(g_state.task);
     g_state.task = nullptr;
+    gui_close_help();
     QCoreApplication::exit(0);
 }
 
 bool is_quitting() {
     return g_state.quitting;
+}
+
+std::string gui_program_directory() {
+    return QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString();
+}
+
+std::string gui_toolkit_version() {
+    return std::string("Qt ") + qVersion();
 }
 
 Window *gui_task_window() {

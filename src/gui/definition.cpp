@@ -2,6 +2,7 @@
 
 #include "gui/client_area.h"
 #include "gui/gui.h"
+#include "gui/help_browser.h"
 #include "gui/list_control.h"
 #include "gui/text_control.h"
 
@@ -16,27 +17,16 @@
 
 namespace {
 
-// Knows our drawing area, text control and list, and remembers the classes that nobody knows: Qt puts their base class
-// in their place, and the definition loads all the same.
+// Knows our own widgets, and remembers the classes that nobody knows: Qt puts their base class in their place, and the
+// definition loads all the same.
 class DefinitionLoader final : public QUiLoader {
   public:
     DefinitionLoader() { clearPluginPaths(); }
 
     QWidget *createWidget(const QString &class_name, QWidget *parent, const QString &name) override {
-        if (class_name == QLatin1String("ClientArea")) {
-            auto *area = new ClientArea(parent);
-            area->setObjectName(name);
-            return area;
-        }
-        if (class_name == QLatin1String("QPlainTextEdit")) {
-            auto *text = new TextControl(parent);
-            text->setObjectName(name);
-            return text;
-        }
-        if (class_name == QLatin1String("QListView")) {
-            auto *list = new ListControl(parent);
-            list->setObjectName(name);
-            return list;
+        if (QWidget *own = create_own(class_name, parent)) {
+            own->setObjectName(name);
+            return own;
         }
         QWidget *widget = QUiLoader::createWidget(class_name, parent, name);
         const bool is_line = class_name == QLatin1String("Line");
@@ -62,6 +52,16 @@ class DefinitionLoader final : public QUiLoader {
     }
 
   private:
+    static QWidget *create_own(const QString &class_name, QWidget *parent) {
+        if (class_name == QLatin1String("ClientArea"))
+            return new ClientArea(parent);
+        if (class_name == QLatin1String("QPlainTextEdit"))
+            return new TextControl(parent);
+        if (class_name == QLatin1String("QListView"))
+            return new ListControl(parent);
+        return class_name == QLatin1String("HelpBrowser") ? new HelpBrowser(parent) : nullptr;
+    }
+
     QString unknown_;
 };
 
@@ -113,6 +113,12 @@ std::unique_ptr<QMenuBar> load_menu_bar(int resource) {
     for (QObject *child : children) {
         if (qobject_cast<QAction *>(child) || qobject_cast<QActionGroup *>(child))
             child->setParent(menu_bar);
+    }
+    // A menu's heading is an item that the definition has no place for.
+    const QList<QMenu *> menus = menu_bar->findChildren<QMenu *>();
+    for (const QMenu *menu : menus) {
+        if (menu->property("command").isValid())
+            menu->menuAction()->setProperty("command", menu->property("command"));
     }
     menu_bar->setParent(nullptr);
     return std::unique_ptr<QMenuBar>(menu_bar);

@@ -7,6 +7,8 @@
 //   - a control has a dynamic property `number`,
 //   - a menu item has a dynamic property `command`, or, to edit the window's multi-line text, a dynamic property `edit`:
 //     undo, redo, cut, copy, paste or selectAll,
+//   - a menu item has a dynamic property `command`, as may a menu, whose heading it then numbers,
+//   - a window or dialog names its page of the help book by a dynamic property `helpPage`,
 //   - the drawing area is a widget of class ClientArea; the dynamic property `pictures` gives it a ground on which
 //     pictures stand out, instead of that of documents.
 // Lengths are logical pixels. Texts are UTF-8; file names are bytes as the system has them.
@@ -118,6 +120,11 @@ struct ToolkitError {
 };
 using ToolkitErrorHandler = int (*)(const ToolkitError &message);
 void gui_set_error_handler(ToolkitErrorHandler handler);
+
+// The folder that the running program's file is in; only while the application runs.
+std::string gui_program_directory();
+// Name and version of the toolkit that the program runs with.
+std::string gui_toolkit_version();
 
 // While one exists the pointer shows that the program is busy.
 class BusyCursor {
@@ -235,6 +242,27 @@ void gui_draw_marker(Canvas *canvas, const GuiRect &place);
 // works on the last one.
 Timer *gui_start_timer(Window *window, int milliseconds);
 void gui_stop_timer(Timer *timer);
+
+// --- Help ---------------------------------------------------------------------------------------------------------
+
+// A help book is a compressed file of pages with contents and index. The toolkit shows it in a window of its own, the
+// definition `gui_help_window`, which is none of gui_windows(), outlives whatever window help was asked for in, and can
+// be used while a dialog waits.
+constexpr int gui_help_window = 200;
+
+enum class HelpAnswer { Ok, Unreadable, NotHelp };
+// Opens a book in place of the one open before, which stays unless the answer is Ok. Nothing is written beside it.
+HelpAnswer gui_open_help(const std::string &file);
+bool gui_help_is_open();
+void gui_close_help();
+// Shows a page of the open book by its file name; the book's first page when the name is empty or there is none such.
+void gui_show_help(const std::string &page);
+
+std::string gui_help_page(const Window *window);  // as its definition names it; may be empty
+// Called with the page of the window in focus when F1 is pressed where no menu item takes it. The page is empty for
+// message boxes and file dialogs.
+using HelpHandler = void (*)(const std::string &page);
+void gui_set_help_handler(HelpHandler handler);
 
 // --- Questions to the user ----------------------------------------------------------------------------------------
 

@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "viewer/commands.h"
+#include "viewer/help.h"
 #include "viewer/open_product.h"
 #include "viewer/text_window.h"
 
@@ -13,9 +14,6 @@
 namespace {
 
 constexpr int task_window_resource = 100;
-constexpr int about_resource = 104;
-constexpr int about_button = 1;
-constexpr int about_version = 2;
 constexpr size_t longest_cmdline_name = 254;
 constexpr int first_standard_item = 32041;
 constexpr int last_standard_item = 32047;
@@ -45,19 +43,12 @@ void show_notice(NoticeKind kind, const std::string &text) {
 void create_task_window(Window *window) {
     for (int number = first_standard_item; number <= last_standard_item; ++number)
         gui_enable_command(window, number, true);
+    begin_help();
     enable_known_commands(window, CommandDispatcher::Application);
     main_set_menu(window);
     // The product is opened once the task window is on the screen, so that its windows and questions lie above.
     if (!session().cmdline_fname.empty())
         gui_start_timer(window, 0);
-}
-
-long about_eh(Window *dialog, const Event &event) {
-    if (event.type == EventType::Create)
-        gui_set_text(dialog, about_version, "Version " LUMACART_VERSION);
-    if (event.type == EventType::Control && event.number == about_button)
-        gui_end_dialog(dialog, about_button);
-    return 0;
 }
 
 }  // namespace
@@ -98,6 +89,9 @@ long task_eh(Window *window, const Event &event) {
         case EventType::Create:
             create_task_window(window);
             break;
+        case EventType::Destroy:
+            end_help();
+            break;
         case EventType::Timer:
             if (handle_error_timer(event))
                 break;
@@ -128,8 +122,4 @@ long task_eh(Window *window, const Event &event) {
 
 bool is_quit_OK() {
     return all_texts_may_go();
-}
-
-void show_about(Window *owner) {
-    gui_run_dialog(about_resource, owner, about_eh, nullptr);
 }

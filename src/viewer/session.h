@@ -5,13 +5,15 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct Session {
     std::string cmdline_fname;     // a file to open without asking; taken by the next opening
     uint8_t old_ascii_format = 0;  // the profile's first two fields at start, put back before every opening
     uint8_t old_binary_format = 0;
-    std::string working_directory;  // at start, "/" at its end
-    int gl_show_cr_lf = 0;          // 1: line ends were made visible last, 0: they were hidden
+    std::string working_directory;              // at start, "/" at its end
+    std::vector<std::string> help_directories;  // searched for the help book, in this order
+    int gl_show_cr_lf = 0;                      // 1: line ends were made visible last, 0: they were hidden
     int browser_count = 0;
     int browse_continue_win = 0;
     bool unattended = false;  // browse mode runs on a timer: nobody answers questions

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "viewer/commands.h"
+#include "viewer/help.h"
 #include "viewer/hierarchy_window.h"
 #include "viewer/image_window.h"
 #include "viewer/keywords_window.h"

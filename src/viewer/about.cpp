@@ -1,0 +1,30 @@
+// The About dialog.
+#include "decoders/jpeg_grey.h"
+#include "gui/gui.h"
+#include "viewer/session.h"
+
+namespace {
+
+constexpr int about_resource = 104;
+constexpr int about_button = 1;
+constexpr int about_version = 2;
+constexpr int about_libraries = 3;
+
+long about_eh(Window *dialog, const Event &event) {
+    if (event.type == EventType::Create) {
+        gui_set_text(dialog, about_version, "Version " LUMACART_VERSION);
+        gui_set_text(dialog, about_libraries,
+                     gui_toolkit_version() + " (LGPL version 3)\n" + jpeg_library_version() +
+                         " (IJG, BSD and zlib licences); this software is based\n"
+                         "in part on the work of the Independent JPEG Group");
+    }
+    if (event.type == EventType::Control && event.number == about_button)
+        gui_end_dialog(dialog, about_button);
+    return 0;
+}
+
+}  // namespace
+
+void show_about(Window *owner) {
+    gui_run_dialog(about_resource, owner, about_eh, nullptr);
+}
