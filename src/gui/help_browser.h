@@ -21,4 +21,5 @@ class HelpBrowser final : public QTextBrowser {
 
   private:
     Book book_;
+    QUrl page_;  // what its links, style sheets and pictures are relative to, from before it is shown
 };

@@ -40,7 +40,7 @@ HelpWindow::~HelpWindow() {
 
 bool HelpWindow::read_book(const QString &file) {
     const QString name = QHelpEngineCore::namespaceName(file);
-    if (name.isEmpty() || !engine_.registerDocumentation(file) || !engine_.setupData())
+    if (name.isEmpty() || !engine_.setupData() || !engine_.registerDocumentation(file))
         return false;
     pages_ = engine_.files(name, QString(), QStringLiteral("html"));
     for (const QUrl &page : std::as_const(pages_)) {

@@ -10,13 +10,16 @@ constexpr int about_button = 1;
 constexpr int about_version = 2;
 constexpr int about_libraries = 3;
 
+std::string library_text() {
+    return gui_toolkit_version() + " (LGPL version 3)\n" + jpeg_library_version() +
+           " (IJG, BSD and zlib licences)\n\n"
+           "This software is based in part on the work of the Independent JPEG Group.";
+}
+
 long about_eh(Window *dialog, const Event &event) {
     if (event.type == EventType::Create) {
         gui_set_text(dialog, about_version, "Version " LUMACART_VERSION);
-        gui_set_text(dialog, about_libraries,
-                     gui_toolkit_version() + " (LGPL version 3)\n" + jpeg_library_version() +
-                         " (IJG, BSD and zlib licences); this software is based\n"
-                         "in part on the work of the Independent JPEG Group");
+        gui_set_text(dialog, about_libraries, library_text());
     }
     if (event.type == EventType::Control && event.number == about_button)
         gui_end_dialog(dialog, about_button);
