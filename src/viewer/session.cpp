@@ -7,6 +7,7 @@
 #include "viewer/text_window.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
@@ -67,6 +68,8 @@ void begin_session(int argc, char **argv) {
     Session &run = session();
     run.old_ascii_format = Oa_profile.dst_format_for_ascii;
     run.old_binary_format = Oa_profile.dst_format_for_binary;
+    // A file larger than the process may write is told like a full disk, not by the end of the process.
+    signal(SIGXFSZ, SIG_IGN);
     gui_set_error_handler(on_toolkit_error);
     hold_error_reserve();
     util_set_notice_hook(show_notice);
