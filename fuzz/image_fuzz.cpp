@@ -81,6 +81,9 @@ void read_image(const ObjDesc *image, int64_t band) {
     require(!whole || described);
     if (whole && handle && keywords.lines * keywords.line_samples <= largest_compared)
         compare(whole.get(), handle);
+    // Whether data can be decoded shows only when they are read.
+    if (handle && !whole)
+        require(!OaReadPartialImage(handle, 1, keywords.lines, 1, keywords.line_samples));
     OaCloseImage(handle);
 }
 
