@@ -82,9 +82,6 @@ long WIN_OBJKWD_eh(Window *window, const Event &event) {
         case EventType::Command:
             do_LUMCA_MENUBAR(window, event.number);
             break;
-        case EventType::FileDrop:
-            open_files(event.files);
-            break;
         default:
             break;
     }

@@ -137,9 +137,6 @@ long new_label_eh(Window *window, const Event &event) {
         case EventType::Command:
             do_LUMCA_MENUBAR(window, event.number);
             break;
-        case EventType::FileDrop:
-            open_files(event.files);
-            break;
         default:
             break;
     }

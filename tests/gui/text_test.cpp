@@ -106,22 +106,21 @@ TEST(MultiLineText, KnowsWhetherItChanged) {
     });
 }
 
-TEST(MultiLineText, LeavesDroppedFilesToTheWindow) {
-    with_text_window([](Window *window) {
-        static std::vector<std::string> dropped;
-        Window *other = gui_create_window(
-            text_definition, nullptr,
-            [](Window *, const Event &event) {
-                if (event.type == EventType::FileDrop)
-                    dropped = event.files;
-                return 0L;
-            },
-            nullptr);
-        gui_destroy_window(window);
-        drop_files_on_control(other, text, {"/some file"});
-        EXPECT_EQ(dropped, Texts{"/some file"});
-        EXPECT_EQ(gui_paragraph_count(other, text), 0u);
-    });
+TEST(MultiLineText, LeavesDroppedFilesToTheTaskWindow) {
+    static std::vector<std::string> dropped;
+    const EventHandler task_handler = [](Window *, const Event &event) {
+        if (event.type == EventType::FileDrop)
+            dropped = event.files;
+        return 0L;
+    };
+    EXPECT_EQ(run_gui_test(task, task_handler,
+                           [] {
+                               Window *window = gui_create_window(text_definition, nullptr, no_answer, nullptr);
+                               drop_files_on_control(window, text, {"/some file"});
+                               EXPECT_EQ(dropped, Texts{"/some file"});
+                               EXPECT_EQ(gui_paragraph_count(window, text), 0u);
+                           }),
+              0);
 }
 
 TEST(WindowPlace, StaysOnTheScreen) {

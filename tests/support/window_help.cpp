@@ -128,6 +128,7 @@ std::vector<MenuItem> menu_items(int resource) {
             item.shortcut = action->shortcut().toString().toStdString();
             item.command = action->property("command").toInt();
             item.is_menu = action->menu() != nullptr;
+            item.edits_text = action->property("edit").isValid();
             items.push_back(item);
             if (item.is_menu)
                 menus.emplace_back(action->menu(),

@@ -30,6 +30,7 @@ struct MenuItem {
     std::string shortcut;
     int command = 0;  // 0: none
     bool is_menu = false;
+    bool edits_text = false;  // undo, copy and the like, which the text control itself does
 };
 // The items and menus of menu bar `resource`, separators excluded; empty when there is no such menu bar.
 std::vector<MenuItem> menu_items(int resource);
