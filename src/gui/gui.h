@@ -5,9 +5,8 @@
 // ":/menus/NUMBER.ui". In such a file
 //   - a window names its menu bar by a dynamic property `menuBar` (a number),
 //   - a control has a dynamic property `number`,
-//   - a menu item has a dynamic property `command`, or, to edit the window's multi-line text, a dynamic property `edit`:
-//     undo, redo, cut, copy, paste or selectAll,
-//   - a menu item has a dynamic property `command`, as may a menu, whose heading it then numbers,
+//   - a menu item has a dynamic property `command` (as may a menu, whose heading it then numbers), or one `edit`, by
+//     which the window's multi-line text does it: undo, redo, cut, copy, paste or selectAll,
 //   - a window or dialog names its page of the help book by a dynamic property `helpPage`,
 //   - the drawing area is a widget of class ClientArea; the dynamic property `pictures` gives it a ground on which
 //     pictures stand out, instead of that of documents.
