@@ -37,7 +37,11 @@ bool is_same_file(const std::string &one, const std::string &other) {
 bool loses_data(const GenericState &state, const std::string &path) {
     const LabelState &label = *state.label_state;
     const bool is_own = !label.file_name.empty() && is_same_file(join(state.directory, label.file_name), path);
-    return is_own ? label.shown_in_part : holds_data_behind_label(path);
+    if (is_own && label.shown_in_part)
+        return true;
+    // What took the place of the window's file since it was read is as little known as any other.
+    const bool is_known = is_own && stamp_of_file(path) == label.shown_file;
+    return !is_known && holds_data_behind_label(path);
 }
 
 // The question and, where more would be lost than a text, the warning before it.
@@ -104,6 +108,7 @@ void take_file(Window *window, const std::string &directory, const std::string &
     LabelState &label = *state.label_state;
     gui_set_text_changed(window, text_control, false);
     label.shown_in_part = false;
+    label.shown_file = stamp_of_file(join(directory, name));
     label.new_fits_label = false;
     if (label.file_name == name && state.directory == directory)
         return;

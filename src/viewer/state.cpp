@@ -1,5 +1,14 @@
 #include "viewer/state.h"
 
+#include <sys/stat.h>
+
+FileStamp stamp_of_file(const std::string &path) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0)
+        return {};
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
 GenericState *window_state(const Window *window) {
     return window && window != gui_task_window() ? static_cast<GenericState *>(gui_window_data(window)) : nullptr;
 }

@@ -12,6 +12,18 @@
 #include <string>
 #include <vector>
 
+// A file as it was once seen: another of its name, or other contents, differ.
+struct FileStamp {
+    uint64_t device = 0;
+    uint64_t number = 0;
+    int64_t bytes = -1;  // -1: not seen
+    int64_t seconds = 0;
+    int64_t nanoseconds = 0;
+
+    bool operator==(const FileStamp &) const = default;
+};
+FileStamp stamp_of_file(const std::string &path);
+
 // The product behind a window.
 struct LabelState {
     std::string file_name;                 // of the label, within GenericState::directory
@@ -22,6 +34,7 @@ struct LabelState {
     bool new_fits_label = false;           // of a new label until it is saved: for the FITS file that `file_name` names
     bool label_only = false;               // of a text window: it shows the file to the END of its label
     bool shown_in_part = false;            // of a text window: the file holds more than the window shows
+    FileStamp shown_file;                  // of a text window: when it was read or saved
     bool line_ends_shown = false;          // of a text window: as "<CR>" and "<LF>"
     int image_count = 0;                   // images opened from this label
     SampleBlock requested_block;           // of a window on one block; no lines: the window decides

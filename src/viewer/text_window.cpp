@@ -49,6 +49,7 @@ bool full_label(Window *window) {
     FileText text;
     {
         const BusyCursor busy;
+        label.shown_file = stamp_of_file(path_of(*state));  // before it is read: a change meanwhile counts
         text = read_file_text(path_of(*state), label.label_only);
         if (text.opened)
             gui_set_paragraphs(window, text_control, text.lines);

@@ -168,6 +168,12 @@ TEST_F(TextWindows, WarnBeforeDataAreLost) {
         // Another text over the product: the same.
         EXPECT_EQ(told(open("notes", "END\nnotes\n"), save_as_command, {2}, {here("SCENE.IMG")}),
                   (Shown{asked, warning}));
+        // A product that took the place of a plain file since it was shown: the same.
+        Window *plain = open("SCENE.TXT", "plain\n");
+        fs::rename(folder.write("new", product), folder.path() / "SCENE.TXT");
+        EXPECT_EQ(told(plain, save_command, {2}).size(), 1u);
+        EXPECT_NE(user->shown.front().find("holds more than this text"), std::string::npos);
+        gui_destroy_window(plain);
         EXPECT_EQ(read_file(path), product);
 
         // The label outlives the image, whose next window has its own.
