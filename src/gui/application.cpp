@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QSessionManager>
 
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -110,6 +111,7 @@ int gui_run(const char *application_name, int resource, EventHandler task_handle
     int argc = g_state.arguments.toolkit_count();
     const QtMessageHandler ordinary = qInstallMessageHandler(report_start_message);
     Application application(argc, g_state.arguments.toolkit.data());
+    setlocale(LC_NUMERIC, "C");  // the toolkit took the user's; values are shown as labels write them
     qInstallMessageHandler(ordinary);
     application.setApplicationName(QString::fromUtf8(application_name));
 
