@@ -47,7 +47,7 @@ constexpr std::array rows = {
     CommandRow{1026, label, Any, quit},
     CommandRow{1027, application, Image, menu2_image_invert},
     CommandRow{1028, application, Image, menu2_stretch_image},
-    CommandRow{1030, application, Any, open_text_file},
+    CommandRow{1030, application, Any, open_text_file_or_end},
     CommandRow{1031, label, Any, open_text_file},
     CommandRow{1032, application, Image, nullptr},  // time parser
     CommandRow{1033, label, Any, nullptr},          // browse a directory

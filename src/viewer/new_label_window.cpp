@@ -75,8 +75,9 @@ Window *open_new_label_window(bool for_fits) {
         gui_error("open new label - unable to find window definition");
         return nullptr;
     }
-    auto state = std::make_unique<GenericState>();
-    state->label_state = std::make_unique<LabelState>();
+    std::unique_ptr<GenericState> state = new_text_state(LabelFailure::IsTold);
+    if (!state)
+        return nullptr;
     state->label_state->new_fits_label = for_fits;
     Window *window = open_document_window(new_label_resource, new_label_eh, std::move(state));
     if (!window)

@@ -2,6 +2,7 @@
 
 #include "base/file.h"
 #include "base/text.h"
+#include "viewer/allocate.h"
 #include "viewer/commands.h"
 #include "viewer/model/label_text.h"
 #include "viewer/model/line_end_marks.h"
@@ -89,6 +90,30 @@ bool rewrite_paragraphs(Window *window, std::string (*rewrite)(std::string_view)
     return true;
 }
 
+void choose_text_file(LabelFailure failure) {
+    FileRequest request;
+    request.prompt = "Open Text";
+    FileSpec chosen;
+    switch (gui_open_file(request, &chosen)) {
+        case FileAnswer::Cancel:
+            return;
+        case FileAnswer::Bad:
+            return gui_error("Open Text - bad file name.");
+        case FileAnswer::Ok:
+            break;
+    }
+    if (chdir(chosen.directory.c_str()) != 0)
+        return gui_error("Open Text - unable to set directory");
+    std::unique_ptr<GenericState> state = new_text_state(failure);
+    if (!state)
+        return;
+    char *directory = getcwd(nullptr, 0);
+    state->directory = directory ? directory : chosen.directory;
+    free(directory);
+    state->label_state->file_name = chosen.name;
+    open_text(std::move(state));
+}
+
 }  // namespace
 
 void place_window_near(Window *window, const Window *near, GuiRect place) {
@@ -129,27 +154,29 @@ Window *open_text(std::unique_ptr<GenericState> state) {
     return open_document_window(text_window_resource, WIN_FULLBL_eh, std::move(state));
 }
 
-void open_text_file(Window *) {
-    FileRequest request;
-    request.prompt = "Open Text";
-    FileSpec chosen;
-    switch (gui_open_file(request, &chosen)) {
-        case FileAnswer::Cancel:
-            return;
-        case FileAnswer::Bad:
-            return gui_error("Open Text - bad file name.");
-        case FileAnswer::Ok:
-            break;
+std::unique_ptr<GenericState> new_text_state(LabelFailure failure) {
+    constexpr char task[] = "Open Text - allocating generic state";
+    auto state = new_or_null<GenericState>();
+    if (!state) {
+        fatal_out_of_memory(task);
+        return nullptr;
     }
-    if (chdir(chosen.directory.c_str()) != 0)
-        return gui_error("Open Text - unable to set directory");
-    auto state = std::make_unique<GenericState>();
-    state->label_state = std::make_unique<LabelState>();
-    char *directory = getcwd(nullptr, 0);
-    state->directory = directory ? directory : chosen.directory;
-    free(directory);
-    state->label_state->file_name = chosen.name;
-    open_text(std::move(state));
+    state->label_state = new_or_null<LabelState>();
+    if (state->label_state)
+        return state;
+    if (failure == LabelFailure::EndsApplication)
+        fatal_out_of_memory(task);
+    else
+        gui_error("Couldn't allocate memory");
+    return nullptr;
+}
+
+void open_text_file(Window *) {
+    choose_text_file(LabelFailure::IsTold);
+}
+
+void open_text_file_or_end(Window *) {
+    choose_text_file(LabelFailure::EndsApplication);
 }
 
 void open_full_label(Window *window) {

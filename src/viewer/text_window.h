@@ -12,8 +12,15 @@ constexpr int text_control = 1;  // of the text window and of the new-label wind
 // Opens a text window on the file of the state's label; only its directory and file name need be known. With
 // `label_only` set the window shows the file to the END of its label. Null after a message.
 Window *open_text(std::unique_ptr<GenericState> state);
-// Asks for a file and opens it so.
+// Asks for a file and opens it so. The second, from the application's menu bar, ends the application where there is no
+// memory for the label's state.
 void open_text_file(Window *window);
+void open_text_file_or_end(Window *window);
+
+enum class LabelFailure { IsTold, EndsApplication };
+// The states of a window with a text; null after a message when memory is out. Without memory for the first of them the
+// application ends in either case.
+std::unique_ptr<GenericState> new_text_state(LabelFailure failure);
 // The label of an image window's product, in the one text window that the image window keeps for it.
 void open_full_label(Window *window);
 

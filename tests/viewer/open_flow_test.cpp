@@ -204,6 +204,34 @@ TEST_F(OpenFlow, WithoutMemoryForItsRecordsTheProgramEnds) {
     }
 }
 
+TEST_F(OpenFlow, WithoutMemoryATextIsToldOrTheProgramEnds) {
+    const std::string ending =
+        "error: Open Text - allocating generic state"
+        "\nOut of Memory\nprogram aborting\nincrease available memory";
+    struct Case {
+        void (*open)(Window *);
+        int allocations;
+        std::string message;
+    };
+    for (const Case &c : {Case{open_text_file, 0, ending},
+                          {open_text_file, 1, "error: Couldn't allocate memory"},
+                          {open_text_file_or_end, 0, ending},
+                          {open_text_file_or_end, 1, ending},
+                          {open_new_label, 0, ending},
+                          {open_new_fits_label, 1, "error: Couldn't allocate memory"}}) {
+        run_viewer([&] {
+            ScriptedResponder responder;
+            responder.files = {{folder_.path().string(), "DATA.IMG"}};
+            allocations_left = c.allocations;
+            c.open(gui_task_window());
+            allocations_left = -1;
+            ASSERT_FALSE(responder.shown.empty());
+            EXPECT_EQ(responder.shown.back(), c.message);
+            EXPECT_EQ(gui_task_window() == nullptr, c.message == ending);
+        });
+    }
+}
+
 // A label that memory cannot hold: the process says so and ends by itself.
 TEST_F(OpenFlow, ALabelLargerThanMemoryEndsTheProcessCleanly) {
     std::string label = "RECORD_TYPE = STREAM\n";
