@@ -64,6 +64,11 @@ FileSpec take_cmdline_file() {
     return {separator == 0 ? "/" : path.substr(0, separator), path.substr(separator + 1)};
 }
 
+bool is_directory(const std::string &path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 bool parse_label(const std::string &caller_name, GenericState *state) {
     LabelState &label = *state->label_state;
     const std::string path = path_in(state->directory, label.file_name);
@@ -143,9 +148,14 @@ bool setup_open_object_1(const std::string &caller_name, std::string *directory,
     const bool asked = session().cmdline_fname.empty();
     if (asked && !ask_for_file(caller_name, &chosen))
         return false;
-    if (!asked)
+    if (!asked) {
         chosen = take_cmdline_file();
-
+        if (!is_directory(chosen.directory)) {
+            gui_error(
+                util_format("old parser: %s  could not convert string to a directory path", chosen.directory.c_str()));
+            return false;
+        }
+    }
     if (chdir(chosen.directory.c_str()) != 0) {
         gui_error(util_format("%s - unable to set directory", caller_name.c_str()));
         return false;

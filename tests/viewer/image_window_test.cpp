@@ -355,7 +355,8 @@ TEST(OpenProduct, FailuresAreToldInOneBoxAndLeaveNoWindow) {
         EXPECT_FALSE(open_in_viewer(folder.file("no/such/folder.lbl")));
         EXPECT_FALSE(open_in_viewer(folder.path().string()));
         ASSERT_EQ(responder.shown.size(), 3u);
-        EXPECT_EQ(responder.shown[1], "error: open_object - unable to set directory");
+        EXPECT_EQ(responder.shown[1],
+                  "error: old parser: " + folder.file("no/such") + "  could not convert string to a directory path");
         // Chosen in the dialog, gone before it was opened.
         responder.files = {{folder.path().string(), "vanished.lbl"}};
         open_object(0);

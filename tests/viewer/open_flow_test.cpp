@@ -66,7 +66,8 @@ TEST_F(OpenFlow, WhatIsNoLabelIsOfferedAsText) {
 
         session().unattended = true;
         EXPECT_EQ(open(path, {}, true), Shown{});
-        EXPECT_EQ(open(folder_.file("no/such.lbl")), Shown{"error: open_object - unable to set directory"});
+        EXPECT_EQ(open(folder_.file("no/such.lbl")),
+                  Shown{"error: old parser: " + folder_.file("no") + "  could not convert string to a directory path"});
         session().unattended = false;
 
         folder_.write("x.IMG", "data");
