@@ -109,8 +109,9 @@ void take_file(Window *window, const std::string &directory, const std::string &
     gui_set_text_changed(window, text_control, false);
     label.shown_in_part = false;
     label.shown_file = stamp_of_file(join(directory, name));
+    const bool was_own = label.file_name == name && state.directory == directory && !label.new_fits_label;
     label.new_fits_label = false;
-    if (label.file_name == name && state.directory == directory)
+    if (was_own)
         return;
     state.directory = directory;
     label.file_name = name;
