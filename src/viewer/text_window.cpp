@@ -77,11 +77,16 @@ long create_text_window(Window *window) {
 // Rewrites every paragraph, which is no change of the text.
 bool rewrite_paragraphs(Window *window, std::string (*rewrite)(std::string_view)) {
     const BusyCursor busy;
-    std::vector<std::string> texts = gui_paragraphs(window, text_control);
-    if (texts.empty())
-        return true;
-    for (std::string &text : texts)
-        text = rewrite(text);
+    std::vector<std::string> texts;
+    const bool done = with_memory([&] {
+        texts = gui_paragraphs(window, text_control);
+        for (std::string &text : texts)
+            text = rewrite(text);
+    });
+    if (!done)
+        gui_warning("There is not enough memory to show or hide the line ends. The text stays as it is.");
+    if (!done || texts.empty())
+        return done;
     const bool changed = gui_text_changed(window, text_control);
     const size_t shown = gui_first_paragraph_shown(window, text_control);
     gui_set_paragraphs(window, text_control, texts);

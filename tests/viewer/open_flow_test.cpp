@@ -12,8 +12,9 @@
 #include <unistd.h>
 
 namespace {
-std::atomic<int> allocations_left = -1;  // of those that may fail; -1: all
-}
+std::atomic<int> allocations_left = -1;             // of those that may fail; -1: all
+std::atomic<size_t> largest_allocation = SIZE_MAX;  // of the others
+}  // namespace
 
 // Here, and not in the program: every allocation that has an answer to failure goes through it.
 void *operator new(size_t size, const std::nothrow_t &) noexcept {
@@ -22,6 +23,13 @@ void *operator new(size_t size, const std::nothrow_t &) noexcept {
     if (allocations_left > 0)
         --allocations_left;
     return malloc(size);
+}
+
+void *operator new(size_t size) {
+    void *block = size <= largest_allocation ? malloc(size) : nullptr;
+    if (!block && std::get_new_handler())
+        std::get_new_handler()();
+    return block ? block : throw std::bad_alloc();
 }
 
 namespace {
@@ -231,6 +239,23 @@ TEST_F(OpenFlow, WithoutMemoryATextIsToldOrTheProgramEnds) {
             EXPECT_EQ(gui_task_window() == nullptr, c.message == ending);
         });
     }
+}
+
+TEST_F(OpenFlow, WithoutMemoryLineEndsStayAsTheyAre) {
+    run_viewer([&] {
+        const std::string path = folder_.write("long.lbl", std::string(2 << 20, 'x') + "\r\n");
+        ScriptedResponder responder;
+        responder.answers = {0};
+        Window *window = open_in_viewer(path);
+        ASSERT_TRUE(window);
+        largest_allocation = 1 << 20;
+        toggle_line_end_marks(window);
+        largest_allocation = SIZE_MAX;
+        EXPECT_EQ(responder.shown.size(), 2u);
+        EXPECT_TRUE(responder.shown.back().starts_with("warning: "));
+        EXPECT_FALSE(window_state(window)->label_state->line_ends_shown);
+        EXPECT_TRUE(gui_paragraphs(window, text_control)[0].ends_with("x\r\n"));
+    });
 }
 
 // A label that memory cannot hold: the process says so and ends by itself.
