@@ -196,7 +196,7 @@ void open_full_label(Window *window) {
     state->opened_from = window;
     state->label_state = std::make_unique<LabelState>();
     state->label_state->file_name = from->label_state->file_name;
-    if (describes_itself(path_of(*state)))
+    if (file_describes_itself(path_of(*state)))
         return gui_note(util_format("File %s has no label of its own: what it holds was found in the data themselves.",
                                     state->label_state->file_name.c_str()));
     state->label_state->label_only = true;

@@ -1,10 +1,9 @@
 #include "viewer/model/label_text.h"
 
+#include "base/file.h"
 #include "base/text.h"
+#include "oa/signatures.h"
 #include "oa/stream.h"
-
-#include <algorithm>
-#include <array>
 
 namespace {
 
@@ -136,12 +135,6 @@ bool more_than_blanks_follow(LineReader *reader) {
     return true;
 }
 
-bool has_signature(std::string_view bytes) {
-    using namespace std::string_view_literals;
-    constexpr std::array signatures = {"GIF87a"sv, "GIF89a"sv, "\0\0\0\x0CjP  \r\n\x87\n"sv, "\xFF\x4F\xFF\x51"sv};
-    return std::any_of(signatures.begin(), signatures.end(), [&](auto s) { return bytes.starts_with(s); });
-}
-
 }  // namespace
 
 FileText read_file_text(const std::string &path, bool label_only) {
@@ -168,14 +161,14 @@ FileText read_file_text(const std::string &path, bool label_only) {
     return text;
 }
 
-bool describes_itself(const std::string &path) {
+bool file_describes_itself(const std::string &path) {
     const FilePtr file = util_open_regular(path.c_str());
-    char start[12];
-    return file && has_signature({start, fread(start, 1, sizeof(start), file.get())});
+    char start[longest_signature];
+    return file && describes_itself({start, fread(start, 1, sizeof(start), file.get())});
 }
 
 bool holds_data_behind_label(const std::string &path) {
-    if (describes_itself(path))
+    if (file_describes_itself(path))
         return true;
     LineReader reader(path, true);
     EndFinder finder;

@@ -20,7 +20,7 @@ struct FileText {
 FileText read_file_text(const std::string &path, bool label_only);
 
 // Whether the file starts as a GIF or JPEG 2000 file does: its label is made from it, not in it.
-bool describes_itself(const std::string &path);
+bool file_describes_itself(const std::string &path);
 
 // Whether the file is a label with data behind its END statement, or data that describe themselves: what would be lost
 // if a text took its place.
