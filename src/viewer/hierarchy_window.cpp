@@ -1,6 +1,7 @@
 #include "viewer/hierarchy_window.h"
 
 #include "base/text.h"
+#include "viewer/allocate.h"
 #include "viewer/commands.h"
 #include "viewer/model/hierarchy_list.h"
 #include "viewer/open_product.h"
@@ -111,7 +112,12 @@ long hier_create(Window *window) {
     enable_known_commands(window, CommandDispatcher::Label);
     for (const int standard_item : {32040, 32065, 32365})
         gui_enable_command(window, standard_item, false);
-    if (!gui_set_list(window, object_list, hierarchy_lines(label.root.get()))) {
+    std::vector<std::string> lines;
+    if (!with_memory([&] { lines = hierarchy_lines(label.root.get()); })) {
+        gui_warning("Memory allocation in WIN_OBJHIER_eh");
+        return 1;
+    }
+    if (!gui_set_list(window, object_list, std::move(lines))) {
         gui_error("Object Hierarchy - missing list box");
         return 1;
     }

@@ -258,6 +258,21 @@ TEST_F(OpenFlow, WithoutMemoryLineEndsStayAsTheyAre) {
     });
 }
 
+TEST_F(OpenFlow, WithoutMemoryForItsLinesThereIsNoHierarchy) {
+    run_viewer([&] {
+        std::string label = image_label();
+        label.insert(label.find(" LINES"), " NAME = \"" + std::string(2 << 20, 'x') + "\"\n");
+        Window *image = open_in_viewer(folder_.write("long.lbl", label));
+        ASSERT_TRUE(image);
+        show_hierarchy(image);
+        ScriptedResponder responder;
+        largest_allocation = 1 << 20;
+        EXPECT_NE(hier_create(gui_windows().back()), 0);
+        largest_allocation = SIZE_MAX;
+        EXPECT_EQ(responder.shown, Shown{"warning: Memory allocation in WIN_OBJHIER_eh"});
+    });
+}
+
 // A label that memory cannot hold: the process says so and ends by itself.
 TEST_F(OpenFlow, ALabelLargerThanMemoryEndsTheProcessCleanly) {
     std::string label = "RECORD_TYPE = STREAM\n";
