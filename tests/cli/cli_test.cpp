@@ -45,10 +45,21 @@ Outcome run_cli(const std::vector<std::string> &arguments) {
     return run_command(cli_command(arguments));
 }
 
+// `err` is part of the report; empty: nothing is reported.
+void expect_run(const std::vector<std::string> &arguments, int status, const std::string &out, const std::string &err) {
+    const Outcome outcome = run_cli(arguments);
+    EXPECT_EQ(outcome.status, status) << outcome.err;
+    EXPECT_EQ(outcome.out, out) << err;
+    EXPECT_EQ(outcome.err.empty(), err.empty()) << outcome.err;
+    EXPECT_NE(outcome.err.find(err), std::string::npos) << outcome.err;
+}
+
 struct Picture {
     unsigned width = 0;
     unsigned height = 0;
     std::vector<uint8_t> levels;
+
+    bool operator==(const Picture &) const = default;
 };
 
 Picture read_png(const std::string &path) {
@@ -118,9 +129,7 @@ TEST(Cli, WritesOverNothingThatItReadsOrCannotReplace) {
     for (const auto &c : cases) {
         std::vector<std::string> arguments = {"image", label};
         arguments.insert(arguments.end(), c.outputs.begin(), c.outputs.end());
-        const Outcome outcome = run_cli(arguments);
-        EXPECT_EQ(outcome.status, 2) << c.reason;
-        EXPECT_NE(outcome.err.find(c.reason), std::string::npos) << outcome.err;
+        expect_run(arguments, 2, "", c.reason);
     }
     EXPECT_EQ(read_file(scratch.file("s.fmt")), "NOTE = 1\n");
     EXPECT_EQ(read_file(old), "before");
@@ -155,12 +164,8 @@ TEST(Cli, RefusesWhatItCannotDo) {
         {{"image", text}, "there is no object *IMAGE"},
         {{"label", plain}, "no label in the file nor beside it"},
     };
-    for (const auto &c : cases) {
-        const Outcome outcome = run_cli(c.arguments);
-        EXPECT_EQ(outcome.status, 2) << c.reason;
-        EXPECT_EQ(outcome.out, "") << c.reason;
-        EXPECT_NE(outcome.err.find(c.reason), std::string::npos) << outcome.err;
-    }
+    for (const auto &c : cases)
+        expect_run(c.arguments, 2, "", c.reason);
 }
 
 TEST(CliLabel, MessagesAndObjects) {
@@ -171,10 +176,7 @@ TEST(CliLabel, MessagesAndObjects) {
     EXPECT_EQ(good.err, "");
     EXPECT_NE(good.out.find("MAIN VIEW"), std::string::npos);
     EXPECT_NE(good.out.find("--  IMAGE"), std::string::npos);
-    const Outcome beside = run_cli({"label", scratch.file("scene.IMG")});
-    EXPECT_EQ(beside.status, 0);
-    EXPECT_EQ(beside.out, good.out);
-    EXPECT_NE(beside.err.find("using " + label), std::string::npos);
+    expect_run({"label", scratch.file("scene.IMG")}, 0, good.out, "using " + label);
 
     const std::string odd = scratch.write("odd\nname\n%s.lbl", read_file(label));
     EXPECT_EQ(run_cli({"label", odd}).err, "");
@@ -201,32 +203,23 @@ TEST(CliImage, APartIsReadWrittenAndShown) {
     const ScratchFolder scratch;
     const std::string raw = scratch.file("part.raw");
     const std::string png = scratch.file("part.png");
-    Outcome outcome = run_cli({"image", write_ramp(scratch), "--object", "MAIN*", "--lines=2:3", "--samples=2:4",
-                               "--raw", raw, "--png", png});
-    EXPECT_EQ(outcome.out, "2 3 16 LSB_INTEGER 500 1100\n");
-    EXPECT_EQ(outcome.err, "");
-    EXPECT_EQ(outcome.status, 0);
+    expect_run(
+        {"image", write_ramp(scratch), "--object", "MAIN*", "--lines=2:3", "--samples=2:4", "--raw", raw, "--png", png},
+        0, "2 3 16 LSB_INTEGER 500 1100\n", "");
     const int16_t samples[] = {500, 600, 700, 900, 1000, 1100};
     EXPECT_EQ(read_file(raw), std::string(reinterpret_cast<const char *>(samples), sizeof samples));
-    const Picture picture = read_png(png);
-    EXPECT_EQ(picture.width, 3u);
-    EXPECT_EQ(picture.height, 2u);
-    EXPECT_EQ(picture.levels, (std::vector<uint8_t>{0, 42, 85, 170, 212, 255}));  // 601 values on 256 levels
+    EXPECT_EQ(read_png(png), (Picture{3, 2, {0, 42, 85, 170, 212, 255}}));  // 601 values on 256 levels
 
     // The label's own range is used, values outside wrap; directions turn the picture.
     ImageProduct turned = ramp_product();
     turned.more = "MINIMUM = 100\nMAXIMUM = 355\nLINE_DISPLAY_DIRECTION = LEFT\nSAMPLE_DISPLAY_DIRECTION = DOWN\n";
-    outcome = run_cli({"image", write_detached(scratch, "turned", turned), "--lines", "1:2", "--png", png});
-    EXPECT_EQ(outcome.out, "2 4 16 LSB_INTEGER 0 700\n");
-    const Picture wrapped = read_png(png);
-    EXPECT_EQ(wrapped.width, 2u);
-    EXPECT_EQ(wrapped.height, 4u);
-    EXPECT_EQ(wrapped.levels, (std::vector<uint8_t>{300 - 256, 156, 400 - 256, 0, 500 - 256, 100, 600 - 512, 200}));
+    expect_run({"image", write_detached(scratch, "turned", turned), "--lines", "1:2", "--png", png}, 0,
+               "2 4 16 LSB_INTEGER 0 700\n", "");
+    EXPECT_EQ(read_png(png), (Picture{2, 4, {300 - 256, 156, 400 - 256, 0, 500 - 256, 100, 600 - 512, 200}}));
 
     turned.more = "LINE_DISPLAY_DIRECTION = DOWN\nSAMPLE_DISPLAY_DIRECTION = UP\n";
-    outcome = run_cli({"image", write_detached(scratch, "odd", turned), "--png", png});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_NE(outcome.err.find("Image orientation will not be changed"), std::string::npos) << outcome.err;
+    expect_run({"image", write_detached(scratch, "odd", turned), "--png", png}, 1, "3 4 16 LSB_INTEGER 0 1100\n",
+               "Image orientation will not be changed");
     EXPECT_EQ(read_png(png).width, 4u);
 }
 
@@ -249,9 +242,7 @@ TEST(CliImage, OlderLabelsAreConverted) {
     const std::string old = folder.write("OLD.LBL", label + "IMAGE\nEND\n");
     EXPECT_EQ(run_cli({"image", old}).out, "2 2 8 LSB_UNSIGNED_INTEGER 67 70\n");
     EXPECT_NE(run_cli({"label", old}).out.find("IMAGE"), std::string::npos);
-    const Outcome odd = run_cli({"label", folder.write("ODD.LBL", label + "MUSIC\nEND\n")});
-    EXPECT_EQ(odd.status, 2);
-    EXPECT_NE(odd.err.find("conversion of label failed"), std::string::npos) << odd.err;
+    expect_run({"label", folder.write("ODD.LBL", label + "MUSIC\nEND\n")}, 2, "", "conversion of label failed");
 }
 
 TEST(CliImage, EachImageOfAGifFileIsRead) {
@@ -269,9 +260,7 @@ TEST(CliImage, EachImageOfAGifFileIsRead) {
     EXPECT_EQ(label.status, 0);
     for (const char *name : {"--  GLOBAL_COLOR_TABLE\n", "--  GIF_IMAGE\n", "--  GIF_2_IMAGE\n"})
         EXPECT_NE(label.out.find(name), std::string::npos) << label.out;
-    const Outcome cut = run_cli({"label", scratch.write("cut.gif", gif_header(3, 2, 2))});
-    EXPECT_EQ(cut.status, 2);
-    EXPECT_NE(cut.err.find("EOF or read error on image data"), std::string::npos) << cut.err;
+    expect_run({"label", scratch.write("cut.gif", gif_header(3, 2, 2))}, 2, "", "EOF or read error on image data");
 }
 
 // Core values are sample + 8 x line + 32 x band, 4 samples by 3 lines by 2 bands.
@@ -303,27 +292,21 @@ TEST(CliImage, ShowsABandOfAQube) {
     };
     for (const auto &c : cases) {
         const std::string label = write_qube(scratch, "Q", c.product);
-        const Outcome outcome = run_cli({"image", label, "--band", "2", "--raw", raw, "--png", png});
-        EXPECT_EQ(outcome.out, c.line);
-        EXPECT_EQ(outcome.err, "");
+        expect_run({"image", label, "--band", "2", "--raw", raw, "--png", png}, 0, c.line, "");
         std::vector<uint8_t> levels = read_png(png).levels;
         levels.resize(4);
         EXPECT_EQ(levels, c.levels) << c.line;
     }
-    const float *values = nullptr;
     write_qube(scratch, "Q", cases[1].product);
     run_cli({"image", scratch.file("Q.LBL"), "--band", "2", "--lines", "1:1", "--raw", raw});
-    const std::string bytes = read_file(raw);
-    values = reinterpret_cast<const float *>(bytes.data());
-    ASSERT_EQ(bytes.size(), 4 * sizeof(float));
+    float values[4] = {};
+    ASSERT_EQ(read_file(raw).copy(reinterpret_cast<char *>(values), 100), sizeof values);
     EXPECT_EQ(values[1], 0.5F + 0.25F * 74);
     EXPECT_NE(values[3], values[3]);  // saturated
 
-    EXPECT_NE(run_cli({"image", scratch.file("Q.LBL"), "--band", "3"}).err.find("BANDS is 2"), std::string::npos);
+    expect_run({"image", scratch.file("Q.LBL"), "--band", "3"}, 2, "", "BANDS is 2");
     fs::resize_file(scratch.file("Q.QUB"), 10);
-    const Outcome cut = run_cli({"image", scratch.file("Q.LBL"), "--png", png});
-    EXPECT_EQ(cut.status, 2);
-    EXPECT_NE(cut.err.find("holds 10 from"), std::string::npos) << cut.err;
+    expect_run({"image", scratch.file("Q.LBL"), "--png", png}, 2, "", "holds 10 from");
 }
 
 // More samples than are held at a time: 7000 lines of 6000, all 0 but for two.
@@ -385,9 +368,9 @@ TEST(CliImage, RangeIsThatOfFiniteNumbers) {
     constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
     constexpr float infinity = std::numeric_limits<float>::infinity();
     const std::vector<float> reals = {nan_value, -2.5F, infinity, 0.1F, -infinity, nan_value};
-    ImageProduct product{.lines = 2, .samples = 3, .bits = 32, .type = "PC_REAL"};
-    product.data = stored(reals, std::endian::little);
-    const std::string label = write_detached(scratch, "reals", product);
+    const std::string data = stored(reals, std::endian::little);
+    const std::string label =
+        write_detached(scratch, "reals", {.lines = 2, .samples = 3, .bits = 32, .type = "PC_REAL", .data = data});
     EXPECT_EQ(run_cli({"image", label}).out, "2 3 32 PC_REAL -2.5 0.100000001\n");
     EXPECT_EQ(run_cli({"image", label, "--samples=3:3", "--lines=1:1"}).out, "1 1 32 PC_REAL - -\n");
 }
@@ -421,17 +404,13 @@ TEST(FitsLabelCommand, PrintsOrWritesTheLabelAndNeverOverTheFile) {
     const Outcome printed = run_cli({"fits-label", fits});
     EXPECT_EQ(printed.status, 0);
     EXPECT_EQ(printed.out.size(), 12u * 80u);
-    const Outcome written = run_cli({"fits-label", fits, "--out", label});
-    EXPECT_EQ(written.status, 0);
-    EXPECT_EQ(written.out + written.err, "");
+    expect_run({"fits-label", fits, "--out", label}, 0, "", "");
     EXPECT_EQ(read_file(label), printed.out);
     EXPECT_EQ(run_cli({"image", label, "--raw", scratch.file("raw")}).out, "1 2 8 LSB_INTEGER 97 98\n");
     EXPECT_EQ(read_file(scratch.file("raw")), "ab");
 
     fs::create_directory(scratch.file("elsewhere"));
-    const Outcome apart = run_cli({"fits-label", fits, "--out", scratch.file("elsewhere/sky.lbl")});
-    EXPECT_EQ(apart.status, 1);
-    EXPECT_NE(apart.err.find("keep the two together"), std::string::npos);
+    expect_run({"fits-label", fits, "--out", scratch.file("elsewhere/sky.lbl")}, 1, "", "keep the two together");
 
     fs::create_hard_link(fits, scratch.file("link.fits"));
     for (const char *out : {"sky.fits", "link.fits", "missing/sky.lbl"}) {
@@ -439,10 +418,7 @@ TEST(FitsLabelCommand, PrintsOrWritesTheLabelAndNeverOverTheFile) {
         EXPECT_EQ(read_file(fits), bytes);
     }
     bytes.replace(90, 2, "16");
-    const Outcome refused = run_cli({"fits-label", scratch.write("deep.fits", bytes), "--out", label});
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_EQ(refused.out, "");
-    EXPECT_NE(refused.err.find("deep.fits: BITPIX is 16"), std::string::npos) << refused.err;
+    expect_run({"fits-label", scratch.write("deep.fits", bytes), "--out", label}, 2, "", "deep.fits: BITPIX is 16");
     EXPECT_EQ(read_file(label), printed.out);
 }
 

@@ -1,8 +1,8 @@
 #include "decoders/external.h"
 
-#include "base/notice.h"
 #include "decoders/clementine.h"
 #include "decoders/moc.h"
+#include "support/notices.h"
 #include "support/scratch.h"
 #include "support/silent_reports.h"
 
@@ -16,14 +16,7 @@ namespace {
 
 class External : public testing::Test {
   protected:
-    External() {
-        notices_ = 0;
-        util_set_notice_hook([](NoticeKind, const std::string &) { ++notices_; });
-    }
-    ~External() override {
-        util_set_notice_hook(nullptr);
-        unsetenv("LUMACART_MOC_DECODER");
-    }
+    ~External() override { unsetenv("LUMACART_MOC_DECODER"); }
 
     std::string program(const std::string &commands) const {
         const std::string path = folder_.write("program", "#!/bin/sh\n" + commands + "\n");
@@ -41,7 +34,7 @@ class External : public testing::Test {
         return status;
     }
 
-    inline static int notices_ = 0;
+    Notices notices_;
     ScratchFolder folder_;
     SilentReports reports_;
 };
@@ -82,9 +75,9 @@ TEST_F(External, DecodesOrdinaryGreyJpegStreams) {
     ASSERT_EQ(decode(sound, 40, 160, &out), 0) << error_string;
     for (size_t i = 0; i < out.size(); ++i)
         ASSERT_NEAR(out[i], static_cast<double>(i % 160 / 16 * 20), 1);
-    EXPECT_EQ(notices_, 0);
+    EXPECT_EQ(std::ssize(notices_.texts), 0);
     EXPECT_EQ(decode(sound.substr(0, sound.size() * 3 / 4), 40, 160, &out), 0);
-    EXPECT_EQ(notices_, 1);  // what is there is shown
+    EXPECT_EQ(std::ssize(notices_.texts), 1);  // what is there is shown
     EXPECT_EQ(out[0], 0);
 
     const std::pair<std::string, const char *> cases[] = {

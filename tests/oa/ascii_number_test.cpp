@@ -19,45 +19,17 @@ int64_t integer_of(const std::string &text) {
 }
 
 TEST(AsciiNumber, ReadsRealsAsTheStandardLibraryDoes) {
-    std::vector<std::string> texts = {"",
-                                      " ",
-                                      "1.5",
-                                      "  -2.5  ",
-                                      "+.5",
-                                      "5.",
-                                      ".",
-                                      "-",
-                                      "+-3",
-                                      "1e5",
-                                      "1e",
-                                      "1e+",
-                                      "1E-400",
-                                      "-1e400",
-                                      "4.9e-324",
-                                      "1e-330",
-                                      "0x1p3",
-                                      "-0x.8",
-                                      "inf",
-                                      "-INFINITY",
-                                      "nan",
-                                      "1.5abc",
-                                      "1,5",
-                                      "-0",
-                                      "e5",
-                                      ".e5",
-                                      "-abc",
-                                      "1e22",
-                                      "1e23",
-                                      "123e22",
-                                      "9007199254740993",
-                                      "9007199254740992e22",
-                                      "1e99999999999",
-                                      "\t\n7",
-                                      "0.1000000000000000055511151231257827021181583404541015625",
-                                      "179769313486231580793e289",
-                                      std::string(400, '0') + "12",
-                                      "0." + std::string(400, '0') + "12",
-                                      std::string("1\0002", 3)};
+    constexpr const char *known[] = {
+        "",     " ",         "1.5",    "  -2.5  ",         "+.5",           "5.",       ".",      "-",     "+-3",
+        "1e5",  "1e",        "1e+",    "1E-400",           "-1e400",        "4.9e-324", "1e-330", "0x1p3", "-0x.8",
+        "inf",  "-INFINITY", "nan",    "1.5abc",           "1,5",           "-0",       "e5",     ".e5",   "-abc",
+        "1e22", "1e23",      "123e22", "9007199254740993", "1e99999999999", "\t\n7"};
+    std::vector<std::string> texts(std::begin(known), std::end(known));
+    for (const std::string &text :
+         {std::string("9007199254740992e22"), std::string("0.1000000000000000055511151231257827021181583404541015625"),
+          std::string("179769313486231580793e289"), std::string(400, '0') + "12", "0." + std::string(400, '0') + "12",
+          std::string("1\0002", 3)})
+        texts.push_back(text);
     std::mt19937_64 random(3);
     for (int i = 0; i < 20000; ++i) {
         const auto value = std::bit_cast<double>(random());

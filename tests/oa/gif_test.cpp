@@ -1,11 +1,11 @@
 #include "oa/gif.h"
 
-#include "base/notice.h"
 #include "base/text.h"
 #include "support/corpus.h"
 #include "support/gif.h"
 #include "support/hex.h"
 #include "support/label.h"
+#include "support/notices.h"
 #include "support/product.h"
 #include "support/sha256.h"
 #include "support/silent_reports.h"
@@ -18,16 +18,8 @@ namespace {
 
 using namespace std::string_literals;
 
-std::vector<std::string> notices;
-
 class Gif : public testing::Test {
   protected:
-    Gif() {
-        notices.clear();
-        util_set_notice_hook([](NoticeKind, const std::string &text) { notices.push_back(text); });
-    }
-    ~Gif() override { util_set_notice_hook(nullptr); }
-
     OdlTree scan(std::string_view bytes) {
         return OdlTree(OaParseLabelFile(folder_.write("X.gif", bytes).c_str(), nullptr, 0, 1));
     }
@@ -44,6 +36,7 @@ class Gif : public testing::Test {
         return image ? to_hex(bytes_of(image.get())) : "null";
     }
 
+    Notices notices_;
     ScratchFolder folder_;
     SilentReports reports_;
 };
@@ -156,8 +149,8 @@ TEST_F(Gif, InterlacedRowsComeInFourPasses) {
     // Rows that the data do not reach stay 0.
     EXPECT_EQ(read(gif_header(2, 10) + gif_image(2, 10, stored.substr(0, 7), 4, 0x40) + ";"),
               "0000000002000000040400000000000008080000");
-    ASSERT_EQ(notices.size(), 1u);
-    EXPECT_TRUE(util_contains(notices[0], "Pixels read: 7.\nPixels of the image: 20")) << notices[0];
+    ASSERT_EQ(notices_.texts.size(), 1u);
+    EXPECT_TRUE(util_contains(notices_.texts[0], "Pixels read: 7.\nPixels of the image: 20")) << notices_.texts[0];
 }
 
 TEST_F(Gif, DamagedDataAreToldOrRefused) {
@@ -280,10 +273,10 @@ TEST_F(Gif, RealFilesGiveTheirImages) {
                           block["local_table_byte"]);
             }
             error_string.clear();
-            notices.clear();
+            notices_.texts.clear();
             const OaObjectPtr read(OaReadImage(image, 1));
             if (block["sha256"] == "-") {
-                EXPECT_TRUE(!error_string.empty() && (!read || !notices.empty()));
+                EXPECT_TRUE(!error_string.empty() && (!read || !notices_.texts.empty()));
                 continue;
             }
             ASSERT_TRUE(read) << error_string;

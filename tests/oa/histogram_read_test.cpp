@@ -1,6 +1,6 @@
-#include "base/notice.h"
 #include "oa/oa.h"
 #include "support/hex.h"
+#include "support/notices.h"
 #include "support/product.h"
 #include "support/silent_reports.h"
 
@@ -13,14 +13,7 @@ namespace {
 
 class Histogram : public testing::Test {
   protected:
-    Histogram() {
-        notices_.clear();
-        util_set_notice_hook([](NoticeKind, const std::string &text) { notices_.push_back(text); });
-    }
-    ~Histogram() override {
-        util_set_notice_hook(nullptr);
-        Oa_profile = {};
-    }
+    ~Histogram() override { Oa_profile = {}; }
 
     // A histogram of the type and number of items, stored in a file that holds `data` behind three other bytes.
     OaObjectPtr read(const std::string &type, int item_bytes, int64_t items, const std::string &data,
@@ -33,7 +26,7 @@ class Histogram : public testing::Test {
         return OaObjectPtr(OaReadObject(product.object("HISTOGRAM")));
     }
 
-    inline static std::vector<std::string> notices_;
+    Notices notices_;
     ScratchFolder folder_;
     SilentReports reports_;
 };
@@ -83,7 +76,7 @@ TEST_F(Histogram, BecomesNativeIntegersOf32Bits) {
         }
         EXPECT_EQ(Oa_profile.data_translation_profile, profile) << "the user's profile is kept";
     }
-    EXPECT_TRUE(notices_.empty());
+    EXPECT_TRUE(notices_.texts.empty());
 }
 
 TEST_F(Histogram, OfAFileThatEndsEarlyKeepsItsWholeItems) {
@@ -92,8 +85,8 @@ TEST_F(Histogram, OfAFileThatEndsEarlyKeepsItsWholeItems) {
     EXPECT_EQ(samples_of<int32_t>(histogram.get()), (std::vector<int32_t>{1, 2, 0, 0}));
     const OaObjectPtr wide = read("LSB_INTEGER", 8, 3, from_hex("0100000000000000 0303"));
     EXPECT_EQ(samples_of<int32_t>(wide.get()), (std::vector<int32_t>{1, 0, 0}));
-    EXPECT_EQ(notices_, (std::vector<std::string>{"Bytes read: 10.\nBytes attempted to be read: 16",
-                                                  "Bytes read: 10.\nBytes attempted to be read: 24"}));
+    EXPECT_EQ(notices_.texts, (std::vector<std::string>{"Bytes read: 10.\nBytes attempted to be read: 16",
+                                                        "Bytes read: 10.\nBytes attempted to be read: 24"}));
 }
 
 TEST_F(Histogram, IsRefusedWhenItsFileCannotBeMeant) {
@@ -120,7 +113,7 @@ TEST_F(Histogram, IsRefusedWhenItsFileCannotBeMeant) {
         EXPECT_FALSE(read(c.type, c.item_bytes, c.items, c.data)) << c.type << c.items;
         EXPECT_EQ(oa_errno, c.code) << c.type << c.items << error_string;
     }
-    EXPECT_TRUE(notices_.empty());
+    EXPECT_TRUE(notices_.texts.empty());
 }
 
 TEST_F(Histogram, IsReadAcrossVariableLengthRecords) {

@@ -1,6 +1,7 @@
-#include "base/notice.h"
 #include "oa/oa.h"
 #include "support/huffman.h"
+#include "support/image_parts.h"
+#include "support/notices.h"
 #include "support/previous_pixel.h"
 #include "support/product.h"
 #include "support/silent_reports.h"
@@ -36,12 +37,6 @@ struct Encoded {
 
 class EncodedImage : public testing::Test {
   protected:
-    EncodedImage() {
-        notices_ = 0;
-        util_set_notice_hook([](NoticeKind, const std::string &) { ++notices_; });
-    }
-    ~EncodedImage() override { util_set_notice_hook(nullptr); }
-
     // Label, histogram and data in files of their own. Returns the label's path.
     std::string write(Encoded product) const {
         folder_.write("H.DAT", stored(product.frequencies, std::endian::big));
@@ -61,39 +56,15 @@ class EncodedImage : public testing::Test {
     // The image holds these native samples, whole and in any order of requests; of missing ones each reader tells once.
     void expect_image(const Encoded &product, const std::string &pixels, int missing = 0) {
         const std::string path = write(product);
-        const int64_t lines = product.image.lines, samples = product.image.samples;
-        const int64_t size = std::ssize(pixels) / lines / samples;
-        notices_ = 0;
+        notices_.texts.clear();
         const OaObjectPtr image = whole(path);
         ASSERT_TRUE(image) << error_string;
         EXPECT_TRUE(bytes_of(image.get()) == pixels);
         EXPECT_EQ(keyword_of(image->odl, "ENCODING_TYPE"), "(none)");
-        EXPECT_EQ(keyword_of(image->odl, "SAMPLE_BITS"), std::to_string(8 * size));
-
-        OaObject *handle = OaOpenImage(OpenProduct(path).image(), 1);
-        ASSERT_TRUE(handle) << error_string;
-        std::mt19937 random(11);
-        const auto up_to = [&](int64_t most) {
-            return 1 + static_cast<int64_t>(random() % static_cast<uint64_t>(most));
-        };
-        for (int request = 0; request < 60; ++request) {
-            const int64_t line = up_to(lines), sample = up_to(samples);
-            const int64_t last_line = line - 1 + up_to(lines - line + 1);
-            const int64_t last_sample = sample - 1 + up_to(samples - sample + 1);
-            std::string expected;
-            for (int64_t at = line; at <= last_line; ++at)
-                expected += pixels.substr(static_cast<size_t>(((at - 1) * samples + sample - 1) * size),
-                                          static_cast<size_t>((last_sample - sample + 1) * size));
-            const OaObjectPtr part(OaReadPartialImage(handle, line, last_line, sample, last_sample));
-            ASSERT_TRUE(bytes_of(part.get()) == expected) << line << "-" << last_line;
-            ASSERT_EQ(OaReadImagePixels(handle, line, last_sample), samples - last_sample + 1);
-            ASSERT_EQ(std::string(static_cast<const char *>(handle->data), static_cast<size_t>(size)),
-                      pixels.substr(static_cast<size_t>(((line - 1) * samples + last_sample - 1) * size),
-                                    static_cast<size_t>(size)));
-        }
-        EXPECT_EQ(OaReadImagePixels(handle, lines, samples), 1);
-        OaCloseImage(handle);
-        EXPECT_EQ(notices_, 2 * missing);
+        EXPECT_EQ(std::stoll(keyword_of(image->odl, "SAMPLE_BITS")) * product.image.lines * product.image.samples,
+                  8 * std::ssize(pixels));
+        expect_parts_of(pixels, path);
+        EXPECT_EQ(std::ssize(notices_.texts), 2 * missing);
     }
 
     // Both ways of reading fail with this code and this part of the message.
@@ -105,12 +76,11 @@ class EncodedImage : public testing::Test {
                          : handle ? OaReadPartialImage(handle, 1, 1, 1, 1)
                                   : nullptr);
             OaCloseImage(handle);
-            EXPECT_EQ(oa_errno, code);
-            EXPECT_NE(error_string.find(message), std::string::npos) << error_string;
+            expect_report(code, message);
         }
     }
 
-    inline static int notices_ = 0;
+    Notices notices_;
     ScratchFolder folder_;
     SilentReports reports_;
 };
@@ -197,48 +167,45 @@ TEST_F(EncodedImage, RefusesWhatCannotBe) {
     const auto previous = [&](const char *record_type, const char *data) {
         return Encoded{.image = {.samples = 4, .record_type = record_type, .data = data}, .encoding = "PREVIOUS_PIXEL"};
     };
-    Encoded fixed = huffman(two), bands = fixed, unnamed = fixed, few = fixed, many = fixed, zeros = fixed,
-            lines = fixed;
-    fixed.image.record_type = "FIXED_LENGTH";
-    bands.image.bands = 2;
-    bands.image.storage = "BAND_SEQUENTIAL";
+    const auto with = [](Encoded product, auto change) {
+        change(&product.image);
+        return product;
+    };
+    const Encoded plain = huffman(two);
+    Encoded unnamed = plain, few = plain, many = plain, zeros = plain, later = huffman(record(std::string(40, 'a')));
     unnamed.histogram = "HISTOGRAM";
     few.items = 510;
     many.items = 100000000;
     zeros.frequencies.assign(511, 0);
-    lines.image.lines = 2000;
-    // Each is no size, or a small one, once its bytes are counted in 64 bits.
-    Encoded thrice = lines, longest = lines, long_line = huffman(record("a") + std::string(40000, 'a'));
-    thrice.image.lines = 6148914691236517206;
-    thrice.image.samples = longest.image.lines = 1;
-    longest.image.samples = INT64_MAX;
-    long_line.image.lines = 1;
-    long_line.image.samples = 262130;
-    Encoded later = huffman(record(std::string(40, 'a')));
     later.start = 4;
-    Encoded prefixed = previous("UNDEFINED", "\xff\x01\x02....");
-    prefixed.image.prefix = 1;
+    const auto sized = [&](int64_t lines, int64_t samples, const std::string &data) {
+        return with(huffman(data), [=](ImageProduct *image) { image->lines = lines, image->samples = samples; });
+    };
     struct Case {
         Encoded product;
         int code;
         const char *message;
     };
     const Case cases[] = {
-        {fixed, 520, ": HFD compressed images are only supported in variable-length record files."},
-        {bands, 520, "Image Compressed multi-band images not supported!"},
+        {with(plain, [](ImageProduct *image) { image->record_type = "FIXED_LENGTH"; }), 520,
+         ": HFD compressed images are only supported in variable-length record files."},
+        {with(plain, [](ImageProduct *image) { image->bands = 2, image->storage = "BAND_SEQUENTIAL"; }), 520,
+         "Image Compressed multi-band images not supported!"},
         {unnamed, 530, ": couldn't find encoding histogram for HFD compressed image."},
         {few, 530, ": couldn't find encoding histogram"},
         {many, 502, ": couldn't read encoding histogram for HFD compressed image."},
         {zeros, 530, ": OalCreateHFDTree returned NULL."},
         {huffman("\xff\x7f" + std::string(64, 'a')), 700, "OalReadStream returned error"},
         {later, 700, "OalSeek returned error, aborting."},
-        {lines, 502, "claim"},
-        {thrice, 502, "claim"},
-        {longest, 502, "claim"},
-        {long_line, 710, ": SDT source size is not equal to size of HFD decompressed line buffer."},
+        // The last two are no size, or a small one, once their bytes are counted in 64 bits.
+        {sized(2000, 20, two), 502, "claim"},
+        {sized(6148914691236517206, 1, two), 502, "claim"},
+        {sized(1, INT64_MAX, two), 502, "claim"},
+        {sized(1, 262130, record("a") + std::string(40000, 'a')), 710,
+         ": SDT source size is not equal to size of HFD decompressed line buffer."},
         {previous("VARIABLE_LENGTH", "\xff\x01\x02...."), 520,
          "Image does not support variable-length record files  except for HFD compressed images."},
-        {prefixed, 520,
+        {with(previous("UNDEFINED", "\xff\x01\x02...."), [](ImageProduct *image) { image->prefix = 1; }), 520,
          ": LINE_PREFIX_BYTES and LINE_SUFFIX_BYTES are not supported for multiband or Previous Pixel compressed "
          "images."},
         {previous("UNDEFINED", "\xfe\x01\x02...."), 710,

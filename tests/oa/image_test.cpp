@@ -1,7 +1,8 @@
-#include "base/notice.h"
 #include "oa/oa.h"
 #include "support/corpus.h"
 #include "support/hex.h"
+#include "support/image_parts.h"
+#include "support/notices.h"
 #include "support/product.h"
 #include "support/sha256.h"
 #include "support/silent_reports.h"
@@ -9,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,12 +17,6 @@ namespace {
 
 class Image : public testing::Test {
   protected:
-    Image() {
-        notices_.clear();
-        util_set_notice_hook([](NoticeKind, const std::string &text) { notices_.push_back(text); });
-    }
-    ~Image() override { util_set_notice_hook(nullptr); }
-
     OaObjectPtr read(const std::string &label_path, int64_t band = 1) {
         return OaObjectPtr(OaReadImage(OpenProduct(label_path).image(), band));
     }
@@ -30,82 +24,33 @@ class Image : public testing::Test {
     void expect_refused(const ObjDesc *image, int64_t band, int code, const char *message) {
         for (const bool whole : {true, false}) {
             EXPECT_FALSE(whole ? OaReadImage(image, band) : OaOpenImage(image, band));
-            EXPECT_EQ(oa_errno, code);
-            EXPECT_NE(error_string.find(message), std::string::npos) << error_string;
+            expect_report(code, message);
         }
     }
 
-    inline static std::vector<std::string> notices_;
+    Notices notices_;
     ScratchFolder folder_;
     SilentReports reports_;
 };
-
-struct HandleCloser {
-    void operator()(OaObject *handle) const { OaCloseImage(handle); }
-};
-using Handle = std::unique_ptr<OaObject, HandleCloser>;
-
-// The rectangle cut out of a whole image, bounds 1-based and inclusive.
-std::string cut(const std::string &whole, size_t line_samples, size_t size, const std::array<size_t, 4> &bounds) {
-    std::string part;
-    for (size_t line = bounds[0]; line <= bounds[1]; ++line)
-        part += whole.substr(((line - 1) * line_samples + bounds[2] - 1) * size, (bounds[3] - bounds[2] + 1) * size);
-    return part;
-}
-
-std::string partial(OaObject *handle, const std::array<size_t, 4> &bounds) {
-    const auto at = [&](size_t i) { return static_cast<int64_t>(bounds[i]); };
-    return bytes_of(OaObjectPtr(OaReadPartialImage(handle, at(0), at(1), at(2), at(3))).get());
-}
-
-// Rectangles of every kind: the whole, a line, a column, a single sample, a window.
-std::vector<std::array<size_t, 4>> rectangles(size_t lines, size_t samples) {
-    const size_t line = (lines + 1) / 2, sample = (samples + 1) / 2;
-    return {{1, lines, 1, samples},
-            {lines, lines, 1, samples},
-            {1, lines, samples, samples},
-            {lines, lines, samples, samples},
-            {line, lines, sample, samples}};
-}
-
-void expect_parts_of_whole(const ObjDesc *image, int64_t band) {
-    const OaObjectPtr whole(OaReadImage(image, band));
-    const Handle handle(OaOpenImage(image, band));
-    ASSERT_TRUE(whole && handle);
-    const size_t lines = std::stoul(keyword_of(whole->odl, "LINES"));
-    const size_t width = std::stoul(keyword_of(whole->odl, "LINE_SAMPLES"));
-    const size_t size = std::stoul(keyword_of(whole->odl, "SAMPLE_BITS")) / 8;
-    ASSERT_EQ(bytes_of(whole.get()).size(), lines * width * size);
-    for (const auto &bounds : rectangles(lines, width))
-        EXPECT_TRUE(partial(handle.get(), bounds) == cut(bytes_of(whole.get()), width, size, bounds))
-            << "lines " << bounds[0] << "-" << bounds[1] << ", samples " << bounds[2] << "-" << bounds[3];
-}
 
 // --- Real pictures --------------------------------------------------------------------------------------------------
 
 TEST_F(Image, ReadsRealPictures) {
     REQUIRE_CORPUS();
-    constexpr size_t label_column = 1, bands_column = 4, sha256_column = 18;
-    std::ifstream manifest(corpus_path("real/manifest.tsv"));
-    std::string line;
-    std::getline(manifest, line);
-    int pictures = 0;
-    for (; std::getline(manifest, line); ++pictures) {
-        std::istringstream row(line);
-        std::vector<std::string> picture;
-        for (std::string field; std::getline(row, field, '\t');)
-            picture.push_back(field);
-        const std::string label = picture.at(label_column).substr(0, picture[label_column].find(' '));
+    const auto pictures = read_corpus_list("real/manifest.tsv");
+    for (auto picture : pictures) {
+        const std::string label =
+            corpus_path("real/" + picture["label"].substr(0, picture["label"].find(' '))).string();
         SCOPED_TRACE(label);
-        const OpenProduct product(corpus_path("real/" + label).string());
         std::string whole;
-        for (int64_t band = 1; band <= std::stoll(picture[bands_column]); ++band) {
-            whole += bytes_of(OaObjectPtr(OaReadImage(product.image(), band)).get());
-            expect_parts_of_whole(product.image(), band);
+        for (int64_t band = 1; band <= std::stoll(picture["bands"]); ++band) {
+            const std::string bytes = bytes_of(read(label, band).get());
+            expect_parts_of(bytes, label, band);
+            whole += bytes;
         }
-        EXPECT_EQ(sha256_of(folder_.write("SAMPLES", whole)), picture.at(sha256_column));
+        EXPECT_EQ(sha256_of(folder_.write("SAMPLES", whole)), picture["sha256_samples"]);
     }
-    EXPECT_EQ(pictures, 8);
+    EXPECT_EQ(pictures.size(), 8u);
     EXPECT_TRUE(reports_.nothing_written());
 }
 
@@ -199,13 +144,14 @@ TEST_F(Image, FindsEachBandInEveryStorage) {
             ImageProduct image = counted_picture(lines, samples, 3, util_upper(util_without(storage, '"')));
             image.storage = storage;
             image.more = " BAND_SEQUENCE = (1, 2, 3)\n";
-            const OpenProduct product(write_detached(folder_, "BANDS", image, 11));
+            const std::string label = write_detached(folder_, "BANDS", image, 11);
+            const OpenProduct product(label);
             for (int64_t band = 1; band <= 3; ++band) {
                 const OaObjectPtr object(OaReadImage(product.image(), band));
                 EXPECT_EQ(samples_of<int16_t>(object.get()), counted_band(band, lines, samples)) << "band " << band;
                 EXPECT_EQ(keyword_of(object->odl, "BANDS"), "(none)");
                 EXPECT_EQ(keyword_of(object->odl, "BAND_SEQUENCE"), "(none)");
-                expect_parts_of_whole(product.image(), band);
+                expect_parts_of(bytes_of(object.get()), label, band);
             }
             for (const int64_t band : {0, 4})
                 expect_refused(product.image(), band, 520, "out of range band value.");
@@ -237,11 +183,12 @@ TEST_F(Image, ReadsAroundPrefixesInEveryFile) {
                                   '\n');
             }
             const std::string detached = write_detached(folder_, "DETACHED", image, 3);
-            EXPECT_EQ(samples_of<int16_t>(read(detached).get()), values);
-            expect_parts_of_whole(OpenProduct(detached).image(), 1);
+            const OaObjectPtr object = read(detached);
+            EXPECT_EQ(samples_of<int16_t>(object.get()), values);
+            expect_parts_of(bytes_of(object.get()), detached);
         }
     }
-    EXPECT_TRUE(notices_.empty());
+    EXPECT_TRUE(notices_.texts.empty());
 }
 
 TEST_F(Image, ReachesFarIntoALargeFile) {
@@ -271,22 +218,22 @@ TEST_F(Image, LeavesMissingSamplesZeroAndSaysSoOnce) {
         const OpenProduct product(write_detached(folder_, "SHORT", image));
         std::vector<int16_t> expected = counted_band(1, 4, 5);
         std::fill(expected.begin() + static_cast<ptrdiff_t>(held / 2), expected.end(), int16_t{0});
-        notices_.clear();
+        notices_.texts.clear();
         EXPECT_EQ(samples_of<int16_t>(OaObjectPtr(OaReadImage(product.image(), 1)).get()), expected);
-        EXPECT_EQ(notices_,
+        EXPECT_EQ(notices_.texts,
                   std::vector{util_format("Bytes read: %zu.\nBytes attempted to be read: 40\nline = %zu, sample = %zu",
                                           held, held / 10 + 1, held % 10 / 2 + 1)});
 
         const Handle handle(OaOpenImage(product.image(), 1));
-        notices_.clear();
+        notices_.texts.clear();
         EXPECT_EQ(partial(handle.get(), {2, 4, 2, 4}), cut(stored(expected, std::endian::little), 5, 2, {2, 4, 2, 4}));
-        EXPECT_EQ(notices_.size(), held < 38 ? 1u : 0u);
+        EXPECT_EQ(notices_.texts.size(), held < 38 ? 1u : 0u);
         for (int64_t line = 1; line <= 4; ++line) {
             EXPECT_EQ(OaReadImagePixels(handle.get(), line, 1), 5);
             EXPECT_EQ(samples_of<int16_t>(handle.get())[4], expected[static_cast<size_t>(line * 5 - 1)]);
         }
         OaObjectPtr(OaReadPartialImage(handle.get(), 4, 4, 5, 5));
-        EXPECT_EQ(notices_.size(), 1u);
+        EXPECT_EQ(notices_.texts.size(), 1u);
     }
 }
 
@@ -297,7 +244,7 @@ TEST_F(Image, ReadsABandThatTheFileDoesNotHold) {
     EXPECT_EQ(samples_of<int16_t>(read(label, 2).get()),
               (std::vector<int16_t>{sample_at(2, 1, 1), sample_at(2, 1, 2), 0, 0}));
     EXPECT_EQ(samples_of<int16_t>(read(label, 3).get()), std::vector<int16_t>(4));
-    EXPECT_EQ(notices_.size(), 2u);
+    EXPECT_EQ(notices_.texts.size(), 2u);
     image.bands = 25;  // of which the file holds three halves
     expect_refused(OpenProduct(write_detached(folder_, "SHORT", image)).image(), 1, 502, "BANDS = 25");
     // Of interleaved samples the last that is whole counts.

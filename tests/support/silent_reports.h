@@ -3,7 +3,10 @@
 
 #include "base/error.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
+#include <string>
 
 class SilentReports {
   public:
@@ -25,3 +28,9 @@ class SilentReports {
     FILE *before_ = Oa_message_fptr;
     FILE *stream_ = tmpfile();
 };
+
+// The last report has this code and holds this part of a message.
+inline void expect_report(int code, const std::string &part, const std::string &what = "") {
+    EXPECT_EQ(oa_errno, code) << what << " " << error_string;
+    EXPECT_NE(error_string.find(part), std::string::npos) << what << " " << error_string;
+}
