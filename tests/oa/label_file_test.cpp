@@ -1,5 +1,5 @@
 #include "oa/oa.h"
-#include "support/scratch.h"
+#include "support/product.h"
 #include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
@@ -28,11 +28,7 @@ std::string as_variable_length(std::string_view lines) {
     std::string bytes;
     while (!lines.empty()) {
         const size_t length = lines.find('\n');
-        bytes += static_cast<char>(length);
-        bytes += '\0';
-        bytes += lines.substr(0, length);
-        if (length % 2)
-            bytes += '\0';
+        bytes += record(std::string(lines.substr(0, length)));
         lines.remove_prefix(length + 1);
     }
     return bytes;

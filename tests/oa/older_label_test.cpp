@@ -63,10 +63,6 @@ TEST_F(OlderLabel, HuffmanImagesOpenFromEndToEnd) {
         frequencies[i] = 5000;
     const HuffmanCodes codes(frequencies);
     constexpr size_t lines = 40, samples = 120, record_bytes = 836;
-    const auto record = [](const std::string &bytes) {
-        return stored<uint16_t>({static_cast<uint16_t>(bytes.size())}, std::endian::little) + bytes +
-               (bytes.size() % 2 ? " " : "");
-    };
     std::string file;
     for (const char *line :
          {"RECORD_TYPE = VARIABLE_LENGTH", "RECORD_BYTES = 836", "FILE_TYPE = IMAGE", "IMAGE_LINES = 40",

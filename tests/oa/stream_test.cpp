@@ -1,6 +1,6 @@
 #include "oa/stream.h"
 
-#include "support/scratch.h"
+#include "support/product.h"
 #include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
@@ -40,16 +40,10 @@ class Stream : public testing::Test {
     std::string unit_;
 };
 
-// Records of the given texts behind their lengths, padded to even length.
 std::string variable_records(const std::vector<std::string> &records) {
     std::string bytes;
-    for (const std::string &record : records) {
-        bytes += static_cast<char>(record.size() & 0xFF);
-        bytes += static_cast<char>(record.size() >> 8);
-        bytes += record;
-        if (record.size() % 2)
-            bytes += '\0';
-    }
+    for (const std::string &text : records)
+        bytes += record(text);
     return bytes;
 }
 

@@ -92,6 +92,12 @@ std::string stored(const std::vector<T> &values, std::endian order) {
     return bytes;
 }
 
+// A record of variable length: its length, its bytes and a pad byte behind an odd number of them.
+inline std::string record(const std::string &bytes) {
+    return stored<uint16_t>({static_cast<uint16_t>(bytes.size())}, std::endian::little) + bytes +
+           (bytes.size() % 2 ? "\n" : "");
+}
+
 inline std::string bytes_of(const OaObject *object) {
     return object ? std::string(static_cast<const char *>(object->data), static_cast<size_t>(object->size)) : "";
 }
