@@ -40,30 +40,29 @@ class Desktop:
     def ask(self, *command):
         return subprocess.run(command, env=self.environment, capture_output=True, check=False).stdout
 
+    def windows(self, title):
+        """Ids of the visible windows whose whole title is `title`."""
+        windows = self.ask("xdotool", "search", "--onlyvisible", "--name", ".").decode().split()
+        return [w for w in windows if self.ask("xdotool", "getwindowname", w).decode().rstrip("\n") == title]
+
     def window(self, title, seconds=20):
-        """Id of a visible window whose whole title is `title`; fails when none comes."""
-        def find():
-            for window in self.ask("xdotool", "search", "--onlyvisible", "--name", ".").decode().split():
-                if self.ask("xdotool", "getwindowname", window).decode().rstrip("\n") == title:
-                    return window
-            return None
-        return wait_for(find, f"a window called {title!r}", seconds)
+        """Id of such a window; fails when none comes."""
+        return wait_for(lambda: self.windows(title), f"a window called {title!r}", seconds)[0]
 
     def has_window(self, title):
-        windows = self.ask("xdotool", "search", "--onlyvisible", "--name", ".").decode().split()
-        return any(self.ask("xdotool", "getwindowname", w).decode().rstrip("\n") == title for w in windows)
+        return bool(self.windows(title))
 
     def keys(self, window, *keys):
         self.ask("xdotool", "windowfocus", "--sync", window)
         for key in keys:
             self.ask("xdotool", "key", key)
 
-    def press_until(self, window, key, done, what):
-        """Presses a key, again after a while: one sent before the window listens is lost."""
+    def press_until(self, window, keys, done, what):
+        """Presses keys (parted by blanks), again after a while: one sent before the window listens is lost."""
         def press():
             if done():
                 return True
-            self.keys(window, key)
+            self.keys(window, *keys.split())
             return any(done() or time.sleep(0.1) for _ in range(20))
         wait_for(press, what)
 
