@@ -11,6 +11,7 @@
 #include <QHelpLink>
 #include <QLineEdit>
 #include <QShortcut>
+#include <QSplitter>
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -96,6 +97,8 @@ bool HelpWindow::make_frame() {
     browser_ = frame_->findChild<HelpBrowser *>();
     sought_ = frame_->findChild<QLineEdit *>(QStringLiteral("sought"));
     browser_->set_book([this](const QUrl &url) { return engine_.fileData(engine_.findFile(url)); });
+    // Room for the longest line of the contents.
+    frame_->findChild<QSplitter *>()->setSizes({310, 590});
     connect_pages();
     connect_index();
     connect_search();
