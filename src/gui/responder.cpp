@@ -68,6 +68,18 @@ bool declines(const std::string &button) {
     return button == "Cancel" || button == "No";
 }
 
+// The button's text with the first of its letters underlined that no button before it has taken for its key.
+QString with_key(const std::string &button, QString *taken) {
+    QString text = QString::fromStdString(button);
+    for (qsizetype i = 0; i < text.size(); i++) {
+        if (text[i].isLetter() && !taken->contains(text[i].toLower())) {
+            taken->append(text[i].toLower());
+            return text.insert(i, u'&');
+        }
+    }
+    return text;
+}
+
 QStringList filters_of(const std::string &file_type) {
     QStringList filters;
     if (!file_type.empty()) {
@@ -115,6 +127,8 @@ class DesktopResponder final : public Responder {
         }
         const OrdinaryCursor cursor;
         const QPointer<QMessageBox> box(new_box(kind_of(kind), text));
+        // Not the ready-made one, which some desktops give an icon; the buttons of questions have none.
+        box->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
         box->exec();
         delete box;
     }
@@ -125,9 +139,10 @@ class DesktopResponder final : public Responder {
         const OrdinaryCursor cursor;
         const QPointer<QMessageBox> box(new_box({QMessageBox::Question, "Question"}, text));
         QList<QAbstractButton *> shown;
+        QString taken;
         for (const std::string &button : buttons) {
             // One role for all: the desktop's order of roles would change that of the buttons.
-            shown.append(box->addButton(QString::fromStdString(button), QMessageBox::ActionRole));
+            shown.append(box->addButton(with_key(button, &taken), QMessageBox::ActionRole));
             if (declines(button))
                 box->setEscapeButton(shown.back());
         }

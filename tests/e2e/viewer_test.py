@@ -105,7 +105,7 @@ class Viewer(unittest.TestCase):
             label = self.write_product(folder)
             program = desktop.start(VIEWER, str(folder / "THREE.IMG"))
             question = desktop.window("Lumacart - Question")
-            desktop.press_until(question, "Return", lambda: not desktop.has_window("Lumacart - Question"), "Yes")
+            desktop.press_until(question, "y", lambda: not desktop.has_window("Lumacart - Question"), "Yes")
             image = desktop.window("Lumacart - Image - THREE.LBL")
             wait_for(lambda: find_image(desktop.pixels(image), parts[0]), "first image of the label")
 
