@@ -135,13 +135,15 @@ SaveStep save_into(Window *window, const std::string &directory, const std::stri
     return SaveStep::Go;
 }
 
-// The name without its directories, to its first point, with the extension of labels.
+// The name without its directories, to its first point, with the extension of labels. Nothing would be left of a new
+// label's empty name but a hidden file.
 std::string proposed_name(const std::string &file_name) {
     constexpr size_t longest_name = 257;
     const size_t separator = file_name.find_last_of("\\]/:");
     const std::string name =
         shown_name(file_name.substr(separator == std::string::npos ? 0 : separator + 1), longest_name);
-    return name.substr(0, name.find('.')) + ".lbl";
+    const std::string stem = name.substr(0, name.find('.'));
+    return (stem.empty() ? "label" : stem) + ".lbl";
 }
 
 // False when nothing was chosen.

@@ -51,6 +51,10 @@ TEST(NewLabelWindow, ShowsTheTemplateInReadableWidth) {
         close_window(gui_windows().back());  // nothing was written: no question
         EXPECT_EQ(gui_windows().size(), 1u);
         EXPECT_TRUE(responder.shown.empty());
+        ASSERT_TRUE(choose_command(window, 1005));
+        settle();
+        ASSERT_EQ(responder.requests.size(), 1u);
+        EXPECT_EQ(responder.requests[0].proposed.name, "label.lbl");
     });
 }
 
