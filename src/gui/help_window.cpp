@@ -120,8 +120,9 @@ void HelpWindow::connect_pages() {
     });
     connect(browser_, &QTextBrowser::sourceChanged, this, [this, mark_page] {
         const QString title = browser_->documentTitle();
-        const QString help = QApplication::applicationName() + QStringLiteral(" Help");
-        frame_->setWindowTitle(title.isEmpty() ? help : title + QStringLiteral(" - ") + help);
+        const QString program = QApplication::applicationName();
+        const QString help = program + QStringLiteral(" Help");
+        frame_->setWindowTitle(title.isEmpty() || title == program ? help : title + QStringLiteral(" - ") + help);
         mark_page();
     });
 
