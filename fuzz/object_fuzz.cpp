@@ -2,6 +2,7 @@
 // a zero byte, and the bytes of the data file. The object is read whole; a table also by pages, which must agree.
 #include "base/notice.h"
 #include "base/text.h"
+#include "data_file.h"
 #include "oa/oa.h"
 
 #include <algorithm>
@@ -10,34 +11,10 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace {
 
 constexpr int64_t largest_compared = int64_t{1} << 20;  // bytes; larger tables are read but not compared
-
-// A file in memory that holds the bytes while the object lives.
-class DataFile {
-  public:
-    explicit DataFile(std::string_view bytes) : file_(memfd_create("data", MFD_CLOEXEC)) {
-        if (file_ < 0 || write(file_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
-            abort();
-    }
-    ~DataFile() { close(file_); }
-    DataFile(const DataFile &) = delete;
-    DataFile &operator=(const DataFile &) = delete;
-
-    std::string path() const { return "/proc/self/fd/" + std::to_string(file_); }
-
-  private:
-    int file_;
-};
-
-void require(bool holds) {
-    if (!holds)
-        abort();
-}
 
 int64_t number_of(const ObjDesc *node, const char *name) {
     int64_t value = 0;

@@ -2,6 +2,7 @@
 // spectra are read; they must agree.
 #include "base/notice.h"
 #include "base/text.h"
+#include "data_file.h"
 #include "oa/qube.h"
 
 #include <algorithm>
@@ -10,32 +11,8 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace {
-
-// A file in memory that holds the bytes while the object lives.
-class DataFile {
-  public:
-    explicit DataFile(std::string_view bytes) : file_(memfd_create("qube", MFD_CLOEXEC)) {
-        if (file_ < 0 || write(file_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
-            abort();
-    }
-    ~DataFile() { close(file_); }
-    DataFile(const DataFile &) = delete;
-    DataFile &operator=(const DataFile &) = delete;
-
-    std::string path() const { return "/proc/self/fd/" + std::to_string(file_); }
-
-  private:
-    int file_;
-};
-
-void require(bool holds) {
-    if (!holds)
-        abort();
-}
 
 // The plane's last line, read by itself, and the value of its last sample.
 void compare(OaQube *qube, const OaQubePlane &plane, const OaObject *whole) {
