@@ -130,7 +130,7 @@ std::span<const ProductOpener> product_openers() {
 }
 
 std::string path_in(const std::string &directory, const std::string &name) {
-    return name.starts_with('/') ? name : directory + "/" + name;
+    return name.starts_with('/') || directory.empty() ? name : directory + "/" + name;
 }
 
 const ProductOpener *find_opener(const LabelState &label) {

@@ -24,7 +24,7 @@ bool setup_open_object_2(const std::string &caller_name, std::unique_ptr<Generic
 
 // The states of a product to be opened; null when memory is out and the application ends.
 std::unique_ptr<GenericState> new_product_state(int browser_number);
-// The path of a file in a directory; a path from the root on stays as it is.
+// The path of a file in a directory (empty: the current one); a path from the root on stays as it is.
 std::string path_in(const std::string &directory, const std::string &name);
 
 // The label of another window's product parsed afresh, with the same object chosen. False after a message.

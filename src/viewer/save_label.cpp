@@ -2,6 +2,7 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "viewer/model/label_text.h"
+#include "viewer/open_product.h"
 #include "viewer/session.h"
 #include "viewer/text_window.h"
 
@@ -18,10 +19,6 @@ constexpr size_t longest_title_name = 60;
 
 enum class SaveStep { Stop, Elsewhere, Go };
 
-std::string join(const std::string &directory, const std::string &name) {
-    return name.starts_with('/') || directory.empty() ? name : directory + "/" + name;
-}
-
 bool file_exists(const std::string &path) {
     struct stat status;
     return stat(path.c_str(), &status) == 0;
@@ -36,7 +33,7 @@ bool is_same_file(const std::string &one, const std::string &other) {
 // Whether the text in place of the file loses what the window never showed.
 bool loses_data(const GenericState &state, const std::string &path) {
     const LabelState &label = *state.label_state;
-    const bool is_own = !label.file_name.empty() && is_same_file(join(state.directory, label.file_name), path);
+    const bool is_own = !label.file_name.empty() && is_same_file(path_in(state.directory, label.file_name), path);
     if (is_own && label.shown_in_part)
         return true;
     // What took the place of the window's file since it was read is as little known as any other.
@@ -108,7 +105,7 @@ void take_file(Window *window, const std::string &directory, const std::string &
     LabelState &label = *state.label_state;
     gui_set_text_changed(window, text_control, false);
     label.shown_in_part = false;
-    label.shown_file = stamp_of_file(join(directory, name));
+    label.shown_file = stamp_of_file(path_in(directory, name));
     const bool was_own = label.file_name == name && state.directory == directory && !label.new_fits_label;
     label.new_fits_label = false;
     if (was_own)
@@ -122,7 +119,7 @@ void take_file(Window *window, const std::string &directory, const std::string &
 
 // Asks, writes. What the user is asked may end the window.
 SaveStep save_into(Window *window, const std::string &directory, const std::string &name) {
-    const std::string path = join(directory, name);
+    const std::string path = path_in(directory, name);
     const SaveStep step = may_replace(*window_state(window), path, name);
     if (!gui_window_exists(window))
         return SaveStep::Stop;

@@ -19,11 +19,6 @@ constexpr int full_label_command = 1051;
 constexpr int line_ends_command = 1059;
 constexpr size_t longest_title_name = 60;
 
-std::string path_of(const GenericState &state) {
-    const std::string &name = state.label_state->file_name;
-    return name.starts_with('/') || state.directory.empty() ? name : state.directory + "/" + name;
-}
-
 void tell_what_is_left_out(const FileText &text) {
     if (text.is_cut && !session().unattended)
         gui_note(util_format("The file is longer than a text window takes. The first %zu lines are shown.",
@@ -47,11 +42,12 @@ bool full_label(Window *window) {
     label.label_only = label.label_only && !label.text_only;
     gui_set_title(window,
                   "Lumacart - Label/Text - " + shown_name(label.file_name, longest_title_name) + state->browser_tag);
+    const std::string path = path_in(state->directory, label.file_name);
     FileText text;
     {
         const BusyCursor busy;
-        label.shown_file = stamp_of_file(path_of(*state));  // before it is read: a change meanwhile counts
-        text = read_file_text(path_of(*state), label.label_only);
+        label.shown_file = stamp_of_file(path);  // before it is read: a change meanwhile counts
+        text = read_file_text(path, label.label_only);
         if (text.opened)
             gui_set_paragraphs(window, text_control, text.lines);
     }
@@ -196,7 +192,7 @@ void open_full_label(Window *window) {
     state->opened_from = window;
     state->label_state = std::make_unique<LabelState>();
     state->label_state->file_name = from->label_state->file_name;
-    if (file_describes_itself(path_of(*state)))
+    if (file_describes_itself(path_in(state->directory, state->label_state->file_name)))
         return gui_note(util_format("File %s has no label of its own: what it holds was found in the data themselves.",
                                     state->label_state->file_name.c_str()));
     state->label_state->label_only = true;
