@@ -19,7 +19,8 @@ FilePtr util_open_regular(const char *path);
 int64_t util_file_size(FILE *file);
 
 // A file that replaces `path` only once it is complete. It is written beside its target and renamed over it by commit;
-// without commit it is removed. A symbolic link is followed; permissions of an existing target are kept.
+// without commit it is removed. A symbolic link is followed; permissions of an existing target are kept; its other hard
+// links keep the old contents.
 class ReplacingFile {
   public:
     ReplacingFile() = default;

@@ -30,7 +30,8 @@ bool identify(const std::string &path, FileIdentity *identity) {
     return true;
 }
 
-// The files made in this run. They go with it, however it ends, unless others have taken their names.
+// The files made in this run. They go when it ends by itself, unless others have taken their names; a signal that ends
+// the program leaves them.
 class TemporaryFiles {
   public:
     ~TemporaryFiles() {
