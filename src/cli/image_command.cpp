@@ -61,7 +61,7 @@ const ObjDesc *find_image(ObjDesc *root) {
 }
 
 std::unique_ptr<SampleSource> source_of(const ObjDesc *node, int64_t band) {
-    return OaGetObjectClass(node) == OA_QUBE ? qube_band_source(node, band) : plain_image_source(node, band);
+    return OaGetObjectClass(node) == OA_QUBE ? qube_band_source(node, band) : image_band_source(node, band);
 }
 
 // The first object whose class or NAME matches.

@@ -98,7 +98,7 @@ bool get_image_characteristics(GenericState *state) {
     state->kind = DocumentKind::Image;
     state->image_info = std::make_unique<ImageDescription>();
     state->display_state = std::make_unique<DisplayState>();
-    state->display_state->source = plain_image_source(state->label_state->current_object, 1);
+    state->display_state->source = image_band_source(state->label_state->current_object, 1);
     const std::string fault = state->display_state->source->describe(state->image_info.get());
     if (!fault.empty() && !session().unattended)
         gui_error(fault);

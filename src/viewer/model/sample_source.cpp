@@ -145,6 +145,6 @@ bool PlainImageSource::holds(const OaObject &object, int64_t lines, int64_t line
 
 }  // namespace
 
-std::unique_ptr<SampleSource> plain_image_source(const ObjDesc *image, int64_t band) {
+std::unique_ptr<SampleSource> image_band_source(const ObjDesc *image, int64_t band) {
     return std::make_unique<PlainImageSource>(image, band);
 }

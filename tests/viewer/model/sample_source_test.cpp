@@ -13,7 +13,7 @@ TEST(PlainImageSource, AnUnknownEncodingIsTold) {
     const ImageProduct encoded{.more = "ENCODING_TYPE = ROT13\n", .data = "a"};
     const OpenProduct product(write_detached(scratch, "SCENE", encoded));
     ImageDescription description;
-    EXPECT_NE(plain_image_source(product.image(), 1)->describe(&description).find("unknown ENCODING_TYPE: ROT13"),
+    EXPECT_NE(image_band_source(product.image(), 1)->describe(&description).find("unknown ENCODING_TYPE: ROT13"),
               std::string::npos);
 }
 
@@ -24,7 +24,7 @@ TEST(PlainImageSource, SamplesOfAnotherSizeAreNotShown) {
     ImageProduct text{.lines = 2, .samples = 2, .bits = 16, .type = "ASCII_INTEGER", .data = "11122122"};
     text.more = "INTERCHANGE_FORMAT = ASCII\n";
     const OpenProduct product(write_detached(scratch, "SCENE", text));
-    EXPECT_EQ(plain_image_source(product.image(), 1)->read_block({1, 2, 1, 2}), nullptr);
+    EXPECT_EQ(image_band_source(product.image(), 1)->read_block({1, 2, 1, 2}), nullptr);
     EXPECT_NE(oa_errno, 0);
 }
 
@@ -33,7 +33,7 @@ TEST(PlainImageSource, PartsOfAGifImageAreCutOutOfTheWhole) {
     const ScratchFolder scratch;
     const std::string path = scratch.write("X.gif", gif_header(3, 3) + gif_image(3, 3, "abcdefghi") + ";");
     const OdlTree root(OaParseLabelFile(path.c_str(), nullptr, 0, 1));
-    const auto source = plain_image_source(OdlFindObjDesc(root.get(), "GIF_IMAGE", nullptr, nullptr, 1, 1), 1);
+    const auto source = image_band_source(OdlFindObjDesc(root.get(), "GIF_IMAGE", nullptr, nullptr, 1, 1), 1);
     ImageDescription description;
     EXPECT_EQ(source->describe(&description), "");
     EXPECT_EQ(bytes_of(source->read_block({2, 3, 1, 2}).get()), "degh");
