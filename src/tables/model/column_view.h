@@ -36,7 +36,8 @@ class ColumnView {
     int64_t width(int64_t i) const;  // bytes; of a bit column bits; -1 unknown
     std::string remark() const;      // what to tell the user where fields were left out; else ""
 
-    // Appends the text of field `i` of a row. False when the field is missing: then nothing is appended.
+    // Appends the text of field `i` of a row; asterisks when the label says no place or width for it. False when the
+    // file does not hold the field: then nothing is appended.
     bool append(TableReader *reader, int64_t row, int64_t i, std::string *text) const;
 
   private:

@@ -1,26 +1,29 @@
-// Label trees made plain for the table readers: containers and arrays become columns, bit columns go. Each works on a
-// copy of the whole tree; the original stays as it is.
+// Label trees made plain: containers and arrays become columns, bit columns go. All is done in a copy of the whole
+// tree; the original stays as it is.
 //
 // START_BYTEs of flattened containers are kept as these routines have always given them, one byte low where the first
-// column of a container starts at 1: the bytes of fields are located by ColumnInfo, not by a flattened label.
+// column of a container starts at 1: the bytes of fields are located by ColumnInfo, or by OaReadTable of the original,
+// which knows containers itself.
 #pragma once
 
 #include "oa/oa.h"
 
 struct FlatTable {
-    OdlTree root;              // the copy; null where nothing needed changing
+    OdlTree root;              // the copy; null while nothing needed changing
     ObjDesc *table = nullptr;  // in the copy, else the original
-    int64_t columns = 0;       // COLUMNS as the table now says
+    int64_t columns = 0;       // number of its columns, as its COLUMNS now says
     bool has_containers = false;
+    bool columns_left_out = false;  // there are more than tb_most_columns
 };
 
-// Makes `flat` hold the table with each container replaced by the columns of its repetitions. 0, or 1 after reporting
-// (the table is then as far as it came).
-int ctr_to_cols(ObjDesc *table, FlatTable *flat);
-// One container that is the child of a table in a private copy: cut out and freed. 0, or 1 after reporting.
-int redo_container(ObjDesc *container, ObjDesc *table);
-// The same for arrays.
-int array_to_column(ObjDesc *table, FlatTable *flat);
-int redo_array(ObjDesc *array, ObjDesc *table);
-// Cuts every BIT_COLUMN below the table of a private copy. 0, or 1 after reporting.
-int remove_bitcols(ObjDesc *table);
+// Each takes flat->table, the original or what an earlier one left, and makes the copy when something is to be changed.
+// 0, or 1 after reporting (530 what the tree lacks, 531 a keyword, 502 a value): the table is then as far as it came.
+
+// Replaces each container by the columns of its repetitions, where it stands.
+int ctr_to_cols(FlatTable *flat);
+// Replaces each array by a column of as many items as it has elements.
+int array_to_column(FlatTable *flat);
+// Cuts every bit column.
+int remove_bitcols(FlatTable *flat);
+// All three.
+int flatten_table(ObjDesc *table, FlatTable *flat);

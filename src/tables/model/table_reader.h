@@ -24,17 +24,23 @@ class TableReader {
     // Rows that the file really holds, the last perhaps in part: at most the table's. Of a spreadsheet this counts its
     // lines, once.
     virtual int64_t rows_present() = 0;
+    // Whether its fields are text already, as those of a spreadsheet are, and need no formatter.
+    virtual bool gives_text() const = 0;
     // Item `item` (from 1) of a column of the reader's table in row `row` (from 0). False, without a report, when the
     // field is missing: the row is beyond the file, a spreadsheet's row has fewer fields, or the label says no place or
     // width for it. A field of a spreadsheet may be there and empty.
     virtual bool read(int64_t row, const ColumnInfo &column, int64_t item, FieldBytes *field) = 0;
 };
 
-// Opens the table's data file. The table must outlive the reader. Null after reporting: 700 no such file, 531 a
-// spreadsheet without a FIELD_DELIMITER ("Cannot find FIELD_DELIMITER keyword in the label") or with an unknown one
-// ("Unknown FIELD_DELIMITER value in the label").
+// Opens the table's data file. The table must outlive the reader. Null after reporting: 700 no such file; null after a
+// notice (531) for a spreadsheet without a FIELD_DELIMITER or with an unknown one.
 std::unique_ptr<TableReader> tb_open_reader(const TableFileInfo &file, const TableInfo &table);
 
-// One field by tb_open_reader's place, for a single look: its bytes and a NUL behind them. When nothing can be read,
-// reports "0 bytes read. Current byte location in data file is %ld" (700) and gives an empty buffer.
+// What to tell the user, once a display or summary, of a field that is missing.
+std::string tb_missing_text(const FieldBytes &field);
+
+// One field for a single look: its bytes. Empty, after a notice of tb_missing_text, when nothing can be read.
 std::string tb_read_column_2(TableReader *reader, const ColumnInfo &column, int64_t row, int64_t item);
+
+// The text of a field of a spreadsheet row: of item `item` of a column. False when there is none; no notice.
+bool read_field(TableReader *reader, const ColumnInfo &column, int64_t row, int64_t item, std::string *text);
