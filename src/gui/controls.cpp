@@ -1,5 +1,6 @@
 // Controls and menu items, by number.
 #include "gui/client_area.h"
+#include "gui/grid_control.h"
 #include "gui/list_control.h"
 #include "gui/text_control.h"
 #include "gui/window.h"
@@ -53,6 +54,25 @@ void connect_list(Window *window, const ListControl *list, int number) {
                      [=] { send_number(window, EventType::Control, number, ControlUse::Activated); });
 }
 
+GridControl *find_grid(const Window *window, int number) {
+    return qobject_cast<GridControl *>(find_control(window, number));
+}
+
+void connect_grid(Window *window, const GridControl *grid, int number) {
+    QObject::connect(grid, &GridControl::cell_selected, window,
+                     [=] { send_number(window, EventType::Control, number, ControlUse::Selected); });
+    QObject::connect(grid, &GridControl::cell_activated, window,
+                     [=] { send_number(window, EventType::Control, number, ControlUse::Activated); });
+}
+
+// Menu items without a number work on the window's text or grid.
+void connect_edit_item(const Window *window, QAction *item) {
+    if (auto *text = dynamic_cast<TextControl *>(window->frame->findChild<QPlainTextEdit *>()))
+        text->connect_edit_item(item);
+    else if (auto *grid = window->frame->findChild<GridControl *>())
+        grid->connect_edit_item(item);
+}
+
 }  // namespace
 
 void connect_controls(Window *window) {
@@ -72,6 +92,8 @@ void connect_controls(Window *window) {
             QObject::connect(lines, &QPlainTextEdit::modificationChanged, window->frame, &QWidget::setWindowModified);
         else if (const auto *list = qobject_cast<ListControl *>(widget))
             connect_list(window, list, number);
+        else if (const auto *grid = qobject_cast<GridControl *>(widget))
+            connect_grid(window, grid, number);
     }
 }
 
@@ -82,9 +104,8 @@ void connect_commands(Window *window) {
         return;
     const QList<QAction *> actions = menu_bar->findChildren<QAction *>();
     for (QAction *action : actions) {
-        auto *text = dynamic_cast<TextControl *>(window->frame->findChild<QPlainTextEdit *>());
-        if (text && action->property("edit").isValid())
-            text->connect_edit_item(action);
+        if (action->property("edit").isValid())
+            connect_edit_item(window, action);
         if (!action->property("command").isValid())
             continue;
         window->commands.push_back(action);
@@ -191,6 +212,35 @@ int gui_selected_line(const Window *window, int control) {
 void gui_select_line(Window *window, int control, int line) {
     if (ListControl *list = find_list(window, control))
         list->select_line(line);
+}
+
+// --- Grids --------------------------------------------------------------------------------------------------------
+
+bool gui_set_grid(Window *window, int control, GuiGrid grid) {
+    GridControl *shown = find_grid(window, control);
+    if (shown)
+        shown->set_grid(std::move(grid));
+    return shown != nullptr;
+}
+
+GuiCell gui_grid_current(const Window *window, int control) {
+    const GridControl *grid = find_grid(window, control);
+    return grid ? grid->current() : GuiCell();
+}
+
+void gui_set_grid_current(Window *window, int control, GuiCell cell) {
+    if (GridControl *grid = find_grid(window, control))
+        grid->set_current(cell);
+}
+
+GuiCells gui_grid_selection(const Window *window, int control) {
+    const GridControl *grid = find_grid(window, control);
+    return grid ? grid->selection() : GuiCells();
+}
+
+void gui_copy_grid(Window *window, int control, bool with_names) {
+    if (GridControl *grid = find_grid(window, control))
+        grid->copy(with_names);
 }
 
 // --- Menu items ---------------------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 #include "gui/definition.h"
 
 #include "gui/client_area.h"
+#include "gui/grid_control.h"
 #include "gui/gui.h"
 #include "gui/help_browser.h"
 #include "gui/list_control.h"
@@ -59,6 +60,8 @@ class DefinitionLoader final : public QUiLoader {
             return new TextControl(parent);
         if (class_name == QLatin1String("QListView"))
             return new ListControl(parent);
+        if (class_name == QLatin1String("QTableView"))
+            return new GridControl(parent);
         return class_name == QLatin1String("HelpBrowser") ? new HelpBrowser(parent) : nullptr;
     }
 

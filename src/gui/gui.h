@@ -6,7 +6,8 @@
 //   - a window names its menu bar by a dynamic property `menuBar` (a number),
 //   - a control has a dynamic property `number`,
 //   - a menu item has a dynamic property `command` (as may a menu, whose heading it then numbers), or one `edit`, by
-//     which the window's multi-line text does it: undo, redo, cut, copy, paste or selectAll,
+//     which the window's multi-line text does it: undo, redo, cut, copy, paste or selectAll; or its grid: copy,
+//     copyWithNames or selectAll,
 //   - a window or dialog names its page of the help book by a dynamic property `helpPage`,
 //   - the drawing area is a widget of class ClientArea; the dynamic property `pictures` gives it a ground on which
 //     pictures stand out, instead of that of documents.
@@ -18,6 +19,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -60,7 +62,8 @@ enum class EventType {
     FocusIn,   // the window became the active one
     FocusOut,  // or another did
     Scroll,    // the client area was scrolled to another position
-    Control,   // a button was pressed, a line of text edited, a line of a list selected or activated (`use`)
+    Control,   // a button was pressed, a line of text edited, a line of a list or a cell of a grid selected or
+               // activated (`use`)
     Command,   // a menu item was chosen
     Timer,
     FileDrop,  // the task window alone: files were dropped on it or on a document window
@@ -72,7 +75,7 @@ enum GuiModifiers : unsigned { GUI_SHIFT = 1, GUI_CONTROL = 2, GUI_ALT = 4 };
 
 enum class GuiKey { Character, Left, Right, Up, Down, PageUp, PageDown, Home, End, Enter, Escape, Delete, Other };
 
-// What the user did to a control. Lists alone know the last two; activating is a double click or Enter.
+// What the user did to a control. Lists and grids alone know the last two; activating is a double click or Enter.
 enum class ControlUse { Changed, Selected, Activated };
 
 struct Event {
@@ -197,6 +200,48 @@ bool gui_set_list(Window *window, int control, std::vector<std::string> lines); 
 std::string gui_list_line(const Window *window, int control, int line);
 int gui_selected_line(const Window *window, int control);     // -1 when there is none
 void gui_select_line(Window *window, int control, int line);  // and brings it into view; sends no event
+
+// A QTableView: rows and columns counted from 0, fed by a callback that is asked for what is on the screen only, and to
+// copy. Numbers stand at the right, texts at the left; bytes that are not text are shown as signs. Columns are as wide
+// as their heads and first rows need, up to a bound, and the user may change that. One rectangle of cells can be
+// selected; Ctrl+A selects all, Ctrl+C copies as lines of cells with tabs between them, Ctrl+Shift+C with a line of the
+// names first.
+struct GuiGridColumn {
+    std::string name;
+    std::vector<std::string> remarks;  // further lines of the head: unit, type
+    bool is_number = false;
+};
+struct GuiGrid {
+    int64_t rows = 0;
+    int64_t first_row = 1;  // the number that the head of row 0 shows
+    std::vector<GuiGridColumn> columns;
+    std::function<std::string(int64_t row, int column)> text;
+};
+struct GuiCell {
+    int64_t row = -1;  // -1: there is none
+    int column = -1;
+
+    bool operator==(const GuiCell &) const = default;
+};
+struct GuiCells {
+    GuiCell first;
+    GuiCell last;  // inclusive
+
+    bool operator==(const GuiCells &) const = default;
+};
+// Rows that a grid shows at most: the toolkit keeps a record of each and goes through all that are selected. Show more
+// by page.
+constexpr int64_t gui_grid_rows = 1'000'000;
+// Cells that are copied at most; of a greater selection none is, after a warning.
+constexpr int64_t gui_grid_copied_cells = 5'000'000;
+
+// Shows the grid in place of the one before, from its top left on; nothing is selected. Where the heads are the same no
+// column becomes narrower than it was. False: no such control.
+bool gui_set_grid(Window *window, int control, GuiGrid grid);
+GuiCell gui_grid_current(const Window *window, int control);
+void gui_set_grid_current(Window *window, int control, GuiCell cell);  // and brings it into view; sends no event
+GuiCells gui_grid_selection(const Window *window, int control);
+void gui_copy_grid(Window *window, int control, bool with_names);  // what is selected, to the clipboard
 
 std::vector<int> gui_commands(const Window *window);  // of its menu bar
 void gui_enable_command(Window *window, int command, bool enabled);

@@ -4,11 +4,16 @@
 #include "gui/window.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemModelTester>
 #include <QAbstractScrollArea>
+#include <QAccessible>
+#include <QAccessibleTableInterface>
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QDropEvent>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QListView>
 #include <QMessageBox>
@@ -16,6 +21,7 @@
 #include <QPixmap>
 #include <QScreen>
 #include <QScrollBar>
+#include <QTableView>
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
@@ -236,6 +242,82 @@ void double_click_line(Window *window, int list, int line) {
     const QPoint place = view->visualRect(index).center();
     QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, place);
     QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+}
+
+QTableView *grid_view(Window *window, int grid) {
+    return qobject_cast<QTableView *>(window->controls.at(grid));
+}
+
+QModelIndex grid_index(Window *window, int grid, GuiCell cell) {
+    return grid_view(window, grid)->model()->index(static_cast<int>(cell.row), cell.column);
+}
+
+QPoint place_of_cell(Window *window, int grid, GuiCell cell) {
+    QTableView *view = grid_view(window, grid);
+    view->scrollTo(grid_index(window, grid, cell));
+    return view->visualRect(grid_index(window, grid, cell)).center();
+}
+
+void click_cell(Window *window, int grid, GuiCell cell, unsigned modifiers) {
+    const QPoint place = place_of_cell(window, grid, cell);
+    QTest::mouseClick(grid_view(window, grid)->viewport(), Qt::LeftButton, modifiers_of(modifiers), place);
+}
+
+void double_click_cell(Window *window, int grid, GuiCell cell) {
+    click_cell(window, grid, cell);
+    QTest::mouseDClick(grid_view(window, grid)->viewport(), Qt::LeftButton, Qt::NoModifier,
+                       place_of_cell(window, grid, cell));
+}
+
+void click_column_head(Window *window, int grid, int column) {
+    const QHeaderView *head = grid_view(window, grid)->horizontalHeader();
+    QTest::mouseClick(head->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      {head->sectionViewportPosition(column) + head->sectionSize(column) / 2, 5});
+}
+
+void click_row_head(Window *window, int grid, int row) {
+    const QHeaderView *head = grid_view(window, grid)->verticalHeader();
+    QTest::mouseClick(head->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      {5, head->sectionViewportPosition(row) + head->sectionSize(row) / 2});
+}
+
+std::string cell_on_screen(Window *window, int grid, GuiCell cell) {
+    return grid_index(window, grid, cell).data().toString().toStdString();
+}
+
+std::string column_head(Window *window, int grid, int column) {
+    return grid_view(window, grid)->model()->headerData(column, Qt::Horizontal).toString().toStdString();
+}
+
+std::string row_head(Window *window, int grid, int row) {
+    return grid_view(window, grid)->model()->headerData(row, Qt::Vertical).toString().toStdString();
+}
+
+GuiCell grid_size(Window *window, int grid) {
+    return {grid_view(window, grid)->model()->rowCount(), grid_view(window, grid)->model()->columnCount()};
+}
+
+bool cell_is_at_the_right(Window *window, int grid, GuiCell cell) {
+    return grid_index(window, grid, cell).data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight;
+}
+
+int column_width(Window *window, int grid, int column) {
+    return grid_view(window, grid)->columnWidth(column);
+}
+
+void check_grid_model(Window *window, int grid) {
+    QAbstractItemModel *model = grid_view(window, grid)->model();
+    new QAbstractItemModelTester(model, QAbstractItemModelTester::FailureReportingMode::Fatal, model);
+}
+
+std::string clipboard_text() {
+    return QGuiApplication::clipboard()->text().toStdString();
+}
+
+std::string accessible_cell(Window *window, int grid, GuiCell cell) {
+    QAccessibleInterface *table = QAccessible::queryAccessibleInterface(grid_view(window, grid));
+    QAccessibleInterface *found = table->tableInterface()->cellAt(static_cast<int>(cell.row), cell.column);
+    return found ? found->text(QAccessible::Name).toStdString() : std::string();
 }
 
 std::vector<int> marked_columns(Window *window, int list, int line) {

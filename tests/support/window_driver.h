@@ -42,6 +42,21 @@ void double_click_line(Window *window, int list, int line);  // scrolled into vi
 // The columns, from the left edge of a list, at which something is drawn in this line.
 std::vector<int> marked_columns(Window *window, int list, int line);
 
+// Clicks on cells and heads of a grid, scrolled into view, and what stands there on the screen.
+void click_cell(Window *window, int grid, GuiCell cell, unsigned modifiers = 0);
+void double_click_cell(Window *window, int grid, GuiCell cell);
+void click_column_head(Window *window, int grid, int column);
+void click_row_head(Window *window, int grid, int row);
+std::string cell_on_screen(Window *window, int grid, GuiCell cell);
+std::string column_head(Window *window, int grid, int column);
+std::string row_head(Window *window, int grid, int row);
+GuiCell grid_size(Window *window, int grid);  // rows and columns
+bool cell_is_at_the_right(Window *window, int grid, GuiCell cell);
+int column_width(Window *window, int grid, int column);
+void check_grid_model(Window *window, int grid);  // by the toolkit's own tester, as long as the grid exists
+std::string clipboard_text();
+std::string accessible_cell(Window *window, int grid, GuiCell cell);
+
 void close_window(Window *window);
 void resize_window(Window *window, int width, int height);
 bool window_shown(const Window *window);
