@@ -120,6 +120,10 @@ void connect_commands(Window *window) {
 
 // --- Controls -----------------------------------------------------------------------------------------------------
 
+bool gui_has_control(const Window *window, int control) {
+    return find_control(window, control) != nullptr;
+}
+
 std::string gui_text(const Window *window, int control) {
     const QWidget *widget = find_control(window, control);
     if (const auto *label = qobject_cast<const QLabel *>(widget))

@@ -185,6 +185,7 @@ void gui_scroll_to(Window *window, GuiPoint position);  // as far as the content
 // --- Controls and menu items --------------------------------------------------------------------------------------
 // By number; a number that the window does not have is ignored (empty, false).
 
+bool gui_has_control(const Window *window, int control);
 std::string gui_text(const Window *window, int control);
 void gui_set_text(Window *window, int control, const std::string &text);
 void gui_show_control(Window *window, int control, bool shown);
@@ -229,9 +230,9 @@ struct GuiCells {
 
     bool operator==(const GuiCells &) const = default;
 };
-// Rows that a grid shows at most: the toolkit keeps a record of each and goes through all that are selected. Show more
-// by page.
-constexpr int64_t gui_grid_rows = 1'000'000;
+// Rows that a grid shows at most: the toolkit keeps a record of each and counts their pixels in 32 bits. Show more by
+// page.
+constexpr int64_t gui_grid_rows = 10'000'000;
 // Cells that are copied at most; of a greater selection none is, after a warning.
 constexpr int64_t gui_grid_copied_cells = 5'000'000;
 

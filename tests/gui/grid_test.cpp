@@ -33,7 +33,6 @@ void run_grid_test(GuiGrid shown, const std::function<void(Window *)> &body) {
                            [&] {
                                Window *window = gui_create_window(9008, nullptr, record, nullptr);
                                ASSERT_TRUE(window);
-                               check_grid_model(window, grid);
                                ASSERT_TRUE(gui_set_grid(window, grid, std::move(shown)));
                                gui_focus_control(window, grid);
                                uses.clear();
@@ -43,7 +42,9 @@ void run_grid_test(GuiGrid shown, const std::function<void(Window *)> &body) {
 }
 
 TEST(Grid, KeysAndClicksMoveAndSelect) {
-    run_grid_test(numbered_grid(8, 4), [](Window *window) {
+    run_grid_test({}, [](Window *window) {
+        check_grid_model(window, grid);
+        ASSERT_TRUE(gui_set_grid(window, grid, numbered_grid(8, 4)));
         EXPECT_EQ(gui_grid_current(window, grid), GuiCell());
         EXPECT_EQ(gui_grid_selection(window, grid), GuiCells());
         gui_set_grid_current(window, grid, {1, 1});
@@ -113,10 +114,10 @@ TEST(Grid, ShowsWhatRowsItCanOfVeryMany) {
         ScriptedResponder responder;
         press_character(window, 'a', GUI_CONTROL);
         press_character(window, 'c', GUI_CONTROL);
-        EXPECT_EQ(responder.shown.at(0).find("warning: 40000000 cells are too many"), 0u);
+        EXPECT_EQ(responder.shown.at(0).find("warning: 400000000 cells are too many"), 0u);
         click_cell(window, grid, {gui_grid_rows - 1, 39});
         press_character(window, 'c', GUI_CONTROL);
-        EXPECT_EQ(clipboard_text(), "999999/39\n");
+        EXPECT_EQ(clipboard_text(), "9999999/39\n");
     });
 }
 
