@@ -200,6 +200,8 @@ void ClientArea::paintEvent(QPaintEvent *source) {
 }
 
 bool ClientArea::event(QEvent *event) {
+    if (event->type() == QEvent::KeyPress && takes_tab(static_cast<const QKeyEvent &>(*event)))
+        return true;
     const bool done = QAbstractScrollArea::event(event);
     switch (event->type()) {
         case QEvent::FocusIn:
@@ -221,6 +223,12 @@ bool ClientArea::event(QEvent *event) {
 }
 
 // --- Mouse and keys -----------------------------------------------------------------------------------------------
+
+// The toolkit would move on to the next control without asking.
+bool ClientArea::takes_tab(const QKeyEvent &key) {
+    const bool is_tab = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab;
+    return is_tab && !(key.modifiers() & Qt::ControlModifier) && send_event(window_, key_event(key)) != 0;
+}
 
 bool ClientArea::viewportEvent(QEvent *source) {
     if (source->type() == QEvent::Leave) {

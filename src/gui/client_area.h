@@ -41,6 +41,7 @@ class ClientArea final : public QAbstractScrollArea {
     void keyPressEvent(QKeyEvent *event) override;
 
   private:
+    bool takes_tab(const QKeyEvent &key);
     void update_scroll_bars();
     QSize scroll_bars_at(QSize viewport) const;
     QSize frame_size() const { return {2 * frameWidth(), 2 * frameWidth()}; }

@@ -73,7 +73,8 @@ enum class EventType {
 
 enum GuiModifiers : unsigned { GUI_SHIFT = 1, GUI_CONTROL = 2, GUI_ALT = 4 };
 
-enum class GuiKey { Character, Left, Right, Up, Down, PageUp, PageDown, Home, End, Enter, Escape, Delete, Other };
+// Tab comes only from the client area; answering 0 lets it move on to the next control.
+enum class GuiKey { Character, Left, Right, Up, Down, PageUp, PageDown, Home, End, Enter, Escape, Delete, Tab, Other };
 
 // What the user did to a control. Lists and grids alone know the last two; activating is a double click or Enter.
 enum class ControlUse { Changed, Selected, Activated };
@@ -248,6 +249,7 @@ std::vector<int> gui_commands(const Window *window);  // of its menu bar
 void gui_enable_command(Window *window, int command, bool enabled);
 bool gui_command_enabled(const Window *window, int command);
 void gui_check_command(Window *window, int command, bool checked);  // choosing the item leaves its mark as it is
+void gui_set_command_strip(Window *window, int command, const ColourTable &colours);  // a strip of them at the item
 
 // --- Multi-line text ----------------------------------------------------------------------------------------------
 // A QPlainTextEdit, in the desktop's fixed-pitch font where its definition names no other. A text is a list of
@@ -280,6 +282,31 @@ void gui_clear(Canvas *canvas, const GuiRect &area);  // with the ground that th
 void gui_draw_image(Canvas *canvas, const PixelImage &image, int left, int top, int zoom, int shrink);
 // A one-pixel frame that stands out on any background.
 void gui_draw_marker(Canvas *canvas, const GuiRect &place);
+
+// Lines that run neither level nor upright are smoothed. `pen_width` is in pixels.
+void gui_draw_line(Canvas *canvas, GuiPoint from, GuiPoint to, Colour colour, double pen_width = 1);
+void gui_draw_lines(Canvas *canvas, const std::vector<GuiPoint> &points, Colour colour, double pen_width = 1);
+void gui_draw_rectangle(Canvas *canvas, const GuiRect &place, Colour colour, int pen_width = 1);  // a frame, within
+void gui_fill_rectangle(Canvas *canvas, const GuiRect &place, Colour colour);
+
+// In the desktop's font at this size; a size of 0 is the desktop's own.
+enum class TextAlign { Left, Centre, Right };
+// On one line, in the middle of the place's height; whatever is too long goes beyond the place.
+void gui_draw_text(Canvas *canvas, const GuiRect &place, const std::string &text, Colour colour, double points = 0,
+                   TextAlign align = TextAlign::Left);
+GuiSize gui_text_size(const std::string &text, double points = 0);
+
+// Colours of the desktop, light or dark, for drawings that are to look like the rest of the window.
+enum class GuiColour {
+    Ground,  // of documents
+    Text,    // on it
+    Faint,   // between the two: grids, axes, what is out of use
+    Accent,  // of what is selected
+};
+Colour gui_colour(GuiColour role);
+
+enum class PointerShape { Arrow, Cross, LeftRight };
+void gui_set_pointer(Window *window, PointerShape shape);  // over the client area
 
 // --- Timers -------------------------------------------------------------------------------------------------------
 

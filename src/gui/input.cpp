@@ -15,6 +15,7 @@ constexpr KeyRow KEYS[] = {
     {Qt::Key_Down, GuiKey::Down},   {Qt::Key_PageUp, GuiKey::PageUp}, {Qt::Key_PageDown, GuiKey::PageDown},
     {Qt::Key_Home, GuiKey::Home},   {Qt::Key_End, GuiKey::End},       {Qt::Key_Return, GuiKey::Enter},
     {Qt::Key_Enter, GuiKey::Enter}, {Qt::Key_Escape, GuiKey::Escape}, {Qt::Key_Delete, GuiKey::Delete},
+    {Qt::Key_Tab, GuiKey::Tab},     {Qt::Key_Backtab, GuiKey::Tab},
 };
 
 unsigned modifiers_of(Qt::KeyboardModifiers modifiers) {

@@ -50,7 +50,8 @@ void close_by_user(Window *window) {
 
 // True when nothing more is to be done with the key.
 bool take_key(Window *window, const QKeyEvent &key) {
-    if (is_modifier_key(key))
+    // The client area asks about Tab by itself, before the key moves the focus.
+    if (is_modifier_key(key) || key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab)
         return false;
     if (send_event(window, key_event(key)) != 0 || window->stage != WindowStage::Live)
         return true;

@@ -22,6 +22,7 @@ struct Scene {
     std::vector<Event> events;
     std::vector<GuiRect> drawn;
     long key_answer = 0;
+    std::function<void(Canvas *)> draw;
 };
 Scene g_scene;
 
@@ -36,6 +37,8 @@ long drawing_handler(Window *window, const Event &event) {
         }
         if (g_scene.image)
             gui_draw_image(event.canvas, *g_scene.image, g_scene.left, g_scene.top, g_scene.zoom, g_scene.shrink);
+        if (g_scene.draw)
+            g_scene.draw(event.canvas);
         return 0;
     }
     g_scene.events.push_back(event);
@@ -129,6 +132,70 @@ TEST_F(Drawing, ImagesAreExactToThePixel) {
                 }
             }
         }
+    });
+}
+
+// Every pixel that a level or upright shape covers has its colour, the ones beside it the ground's.
+TEST_F(Drawing, LinesAndRectanglesAreExactToThePixel) {
+    constexpr Colour red = {200, 0, 0}, green = {0, 200, 0}, blue = {0, 0, 200};
+    run([&](Window *window) {
+        g_scene.draw = [&](Canvas *canvas) {
+            gui_fill_rectangle(canvas, {10, 10, 4, 3}, red);
+            gui_fill_rectangle(canvas, {-2000000000, 140, 2000000020, 1}, red);
+            gui_fill_rectangle(canvas, {50, 10, -4, 3}, red);
+            gui_draw_rectangle(canvas, {20, 10, 10, 8}, green, 2);
+            gui_draw_line(canvas, {40, 30}, {60, 30}, blue, 1);
+            gui_draw_line(canvas, {70, 20}, {70, 40}, blue, 3);
+            gui_draw_line(canvas, {0, 80}, {1e300, NAN}, blue, 3);
+        };
+        const unsigned ground = document_background(window);
+        struct Case {
+            int x, y;
+            unsigned colour;
+        };
+        const Case cases[] = {
+            {10, 10, word(red)},   {13, 12, word(red)}, {14, 12, ground},      {13, 13, ground},
+            {19, 140, word(red)},  {20, 140, ground},   {48, 11, ground},      {20, 10, word(green)},
+            {29, 17, word(green)}, {30, 17, ground},    {21, 14, word(green)}, {22, 14, ground},
+            {50, 30, word(blue)},  {50, 29, ground},    {50, 31, ground},      {69, 30, word(blue)},
+            {71, 30, word(blue)},  {68, 30, ground},    {72, 30, ground},      {5, 80, ground},
+        };
+        for (const Case &test : cases)
+            EXPECT_EQ(shown_pixel(window, test.x, test.y), test.colour) << test.x << " " << test.y;
+    });
+}
+
+TEST_F(Drawing, TextsStandWhereTheyAreAligned) {
+    run([](Window *window) {
+        TextAlign align = TextAlign::Left;
+        double points = 9;
+        g_scene.draw = [&](Canvas *canvas) {
+            gui_draw_text(canvas, {20, 40, 160, 40}, "MMM", gui_colour(GuiColour::Text), points, align);
+        };
+        const unsigned ground = document_background(window);
+        const auto extent = [&] {
+            const std::vector<unsigned> pixels = shown_pixels(window, {0, 0, 200, 150});
+            int left = 200, right = -1;
+            for (int i = 0; i < 200 * 150; ++i) {
+                if (pixels[static_cast<size_t>(i)] == ground)
+                    continue;
+                left = std::min(left, i % 200);
+                right = std::max(right, i % 200);
+            }
+            return std::pair(left, right);
+        };
+        const auto [left, left_end] = extent();
+        EXPECT_LT(left, 30);
+        align = TextAlign::Right;
+        const auto [right_start, right] = extent();
+        EXPECT_GT(right, 170);
+        align = TextAlign::Centre;
+        const auto [middle, middle_end] = extent();
+        EXPECT_NEAR(middle + middle_end, 200, 4);
+        points = 18;
+        const auto [wide, wide_end] = extent();
+        EXPECT_GT(wide_end - wide, (middle_end - middle) * 3 / 2);
+        EXPECT_GT(gui_text_size("MMM", 18).width, gui_text_size("MMM", 9).width * 3 / 2);
     });
 }
 
@@ -271,6 +338,7 @@ TEST_F(Drawing, MouseWheelAndKeysArriveAsTheyWere) {
         press_character(window, '+', GUI_SHIFT);
         press_character(window, 'y', GUI_CONTROL);
         press_key(window, GuiKey::Delete, GUI_ALT);
+        press_key(window, GuiKey::Tab);
 
         const Lines expected = {
             "move 10.5 7.25 button 0 modifiers 0",
@@ -282,6 +350,7 @@ TEST_F(Drawing, MouseWheelAndKeysArriveAsTheyWere) {
             "key + modifiers 1",
             "key y modifiers 2",
             "key 11 modifiers 4",
+            "key 12 modifiers 0",
         };
         Lines seen;
         for (const Event &event : g_scene.events)

@@ -56,7 +56,7 @@ Qt::Key key_of(GuiKey key) {
         {GuiKey::Left, Qt::Key_Left},     {GuiKey::Right, Qt::Key_Right},   {GuiKey::Up, Qt::Key_Up},
         {GuiKey::Down, Qt::Key_Down},     {GuiKey::PageUp, Qt::Key_PageUp}, {GuiKey::PageDown, Qt::Key_PageDown},
         {GuiKey::Home, Qt::Key_Home},     {GuiKey::End, Qt::Key_End},       {GuiKey::Enter, Qt::Key_Return},
-        {GuiKey::Escape, Qt::Key_Escape}, {GuiKey::Delete, Qt::Key_Delete},
+        {GuiKey::Escape, Qt::Key_Escape}, {GuiKey::Delete, Qt::Key_Delete}, {GuiKey::Tab, Qt::Key_Tab},
     };
     return keys.at(key);
 }
