@@ -6,6 +6,7 @@
 #include "cli/picture.h"
 #include "cli/product.h"
 #include "cli/true_range.h"
+#include "viewer/model/jpeg2000_source.h"
 #include "viewer/model/qube_source.h"
 #include "viewer/model/stretch.h"
 
@@ -61,7 +62,10 @@ const ObjDesc *find_image(ObjDesc *root) {
 }
 
 std::unique_ptr<SampleSource> source_of(const ObjDesc *node, int64_t band) {
-    return OaGetObjectClass(node) == OA_QUBE ? qube_band_source(node, band) : image_band_source(node, band);
+    if (OaGetObjectClass(node) == OA_QUBE)
+        return qube_band_source(node, band);
+    // Components as they are coded, some in sizes of their own.
+    return OaIsJpeg2000Image(node) ? jpeg2000_source(node, band, OA_OWN_SIZE) : image_band_source(node, band);
 }
 
 // The first object whose class or NAME matches.

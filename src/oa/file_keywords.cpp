@@ -1,6 +1,7 @@
 // Where the data of an object are: file, record format and start.
 #include "base/file.h"
 #include "base/text.h"
+#include "oa/jpeg2000.h"
 #include "oa/oa.h"
 #include "oa/value_text.h"
 
@@ -148,37 +149,51 @@ int64_t start_of(int64_t location, int location_type, const OaFileKeywords &file
 
 }  // namespace
 
-int OaGetFileKeywords(const ObjDesc *node, OaFileKeywords *out) {
-    if (!node || !out) {
-        OaReportFailure(501, "%s: node or result is NULL.", routine);
-        return 1;
-    }
-    const std::string class_name(class_of(node));
+int OalFindData(const ObjDesc *node, OaFileKeywords *out, std::string *fault) {
     const Kwd *pointer = find_pointer(node);
     int64_t location = 0;
     int location_type = ODL_RECORD_LOCATION;
     const OaPtr<char> name(pointer ? OdlGetFileName(pointer, &location, &location_type) : nullptr);
-    if (!name) {
-        OaReportFailure(531, "%s: no pointer to the data of the %s object.", routine, class_name.c_str());
-        return 1;
-    }
-    const OaPtr<char> path(OdlGetFileSpec(name.get(), pointer->file_name, nullptr));
-    if (!path) {
-        OaReportFailure(700, "%s: can't find the file %s that %s names.", routine, name.get(), pointer->name);
-        return 1;
-    }
-
+    const OaPtr<char> path(name ? OdlGetFileSpec(name.get(), pointer->file_name, nullptr) : nullptr);
     OaFileKeywords file;
+    if (!path && OalFindJpeg2000File(node, name ? name.get() : "", &file.file_name)) {
+        file.stands_for_uncompressed = true;
+        *out = file;
+        return 0;
+    }
+    if (!name) {
+        *fault = util_format("no pointer to the data of the %s object.", std::string(class_of(node)).c_str());
+        return 531;
+    }
+    if (!path) {
+        *fault = util_format("can't find the file %s that %s names.", name.get(), pointer->name);
+        return 700;
+    }
     file.file_name = path.get();
     file.record_type = record_type_of(node);
     file.record_bytes = inherited_long("RECORD_BYTES", node);
     file.file_records = inherited_long("FILE_RECORDS", node);
     file.start = start_of(location, location_type, file);
     if (file.start < 0) {
-        OaReportFailure(502,
-                        "%s: %s names no position in %s (location %" PRId64 ", RECORD_BYTES %" PRId64
-                        ", RECORD_TYPE code %d).",
-                        routine, pointer->name, path.get(), location, file.record_bytes, file.record_type);
+        *fault = util_format("%s names no position in %s (location %" PRId64 ", RECORD_BYTES %" PRId64
+                             ", RECORD_TYPE code %d).",
+                             pointer->name, path.get(), location, file.record_bytes, file.record_type);
+        return 502;
+    }
+    *out = file;
+    return 0;
+}
+
+int OaGetFileKeywords(const ObjDesc *node, OaFileKeywords *out) {
+    if (!node || !out) {
+        OaReportFailure(501, "%s: node or result is NULL.", routine);
+        return 1;
+    }
+    OaFileKeywords file;
+    std::string fault;
+    const int code = OalFindData(node, &file, &fault);
+    if (code != 0) {
+        OaReportFailure(code, "%s: %s", routine, fault.c_str());
         return 1;
     }
     file.interchange_format = OaGetObjectInterchangeFormat(node);

@@ -1,6 +1,7 @@
 // The label tree of a GIF file.
 #include "base/text.h"
 #include "oa/gif.h"
+#include "oa/made_label.h"
 
 #include <string>
 #include <string_view>
@@ -22,71 +23,38 @@ int64_t colours_of(uint8_t flags) {
     return int64_t{2} << (flags & 7);
 }
 
-void add_keyword(ObjDesc *node, const char *name, const char *value) {
-    OdlPasteKwd(OdlNewKwd(name, value, nullptr, nullptr, node->file_name, 0), node);
-}
-
-void add_keyword(ObjDesc *node, const char *name, int64_t value) {
-    add_keyword(node, name, std::to_string(value).c_str());
-}
-
-ObjDesc *add_object(ObjDesc *parent, const char *class_name) {
-    ObjDesc *object = OdlNewObjDesc(class_name, nullptr, nullptr, nullptr, nullptr, parent->file_name, 0, 0);
-    ++parent->child_count;
-    return OdlPasteObjDesc(object, parent);
-}
-
-// A pointer's file name loses quotes and its last blanks; a file of such a name is pointed into as the label's own.
-bool can_be_quoted(std::string_view name) {
-    return name.find_first_of("\"'") == name.npos && !name.ends_with(' ');
-}
-
-// An object and the pointer to its data, at `byte` from 1.
-ObjDesc *add_pointed_object(ObjDesc *root, const std::string &name, int64_t byte) {
-    const auto at = static_cast<long long>(byte);
-    const std::string place = can_be_quoted(root->file_name) ? util_format("(\"%s\",%-lld<BYTES>)", root->file_name, at)
-                                                             : util_format("%-lld<BYTES>", at);
-    add_keyword(root, util_format("^%s", util_upper(name).c_str()).c_str(), place.c_str());
-    return add_object(root, name.c_str());
-}
-
 void OalGifAddTableObj(ObjDesc *root, const std::string &name, int64_t byte, int64_t colours) {
-    ObjDesc *table = add_pointed_object(root, name, byte);
-    add_keyword(table, "ROWS", colours);
-    add_keyword(table, "COLUMNS", "3");
-    add_keyword(table, "ROW_BYTES", "3");
-    add_keyword(table, "INTERCHANGE_FORMAT", "BINARY");
+    ObjDesc *table = OalAddPointedObject(root, name, byte);
+    OalAddKeyword(table, "ROWS", colours);
+    OalAddKeyword(table, "COLUMNS", "3");
+    OalAddKeyword(table, "ROW_BYTES", "3");
+    OalAddKeyword(table, "INTERCHANGE_FORMAT", "BINARY");
     int start = 1;
     for (const char *colour : {"RED", "GREEN", "BLUE"}) {
-        ObjDesc *column = add_object(table, "COLUMN");
-        add_keyword(column, "NAME", colour);
-        add_keyword(column, "START_BYTE", start++);
-        add_keyword(column, "DATA_TYPE", "UNSIGNED_INTEGER");
-        add_keyword(column, "BYTES", "1");
+        ObjDesc *column = OalAddObject(table, "COLUMN");
+        OalAddKeyword(column, "NAME", colour);
+        OalAddKeyword(column, "START_BYTE", start++);
+        OalAddKeyword(column, "DATA_TYPE", "UNSIGNED_INTEGER");
+        OalAddKeyword(column, "BYTES", "1");
     }
 }
 
 void OalGifAddImageObj(ObjDesc *root, const std::string &name, int64_t byte, int64_t lines, int64_t line_samples,
                        bool interlaced) {
-    ObjDesc *image = add_pointed_object(root, name, byte);
-    add_keyword(image, "LINES", lines);
-    add_keyword(image, "LINE_SAMPLES", line_samples);
-    add_keyword(image, "SAMPLE_BITS", "8");
-    add_keyword(image, "SAMPLE_TYPE", "UNSIGNED_INTEGER");
-    add_keyword(image, "ENCODING_TYPE", "GIF");
+    ObjDesc *image = OalAddPointedObject(root, name, byte);
+    OalAddKeyword(image, "LINES", lines);
+    OalAddKeyword(image, "LINE_SAMPLES", line_samples);
+    OalAddKeyword(image, "SAMPLE_BITS", "8");
+    OalAddKeyword(image, "SAMPLE_TYPE", "UNSIGNED_INTEGER");
+    OalAddKeyword(image, "ENCODING_TYPE", "GIF");
     if (interlaced)
-        add_keyword(image, "INTERLACE", "1");
+        OalAddKeyword(image, "INTERLACE", "1");
 }
 
 // One pass over a file. Steps return false after reporting what ends the scan.
 class GifScan {
   public:
-    GifScan(FILE *file, const char *file_name)
-        : file_(file),
-          root_(OdlNewObjDesc("ROOT", nullptr, nullptr, nullptr, nullptr, file_name ? file_name : "", 0, 0)) {
-        add_keyword(root_.get(), "KRV_VERSION_ID", "KRV3");
-        add_keyword(root_.get(), "RECORD_TYPE", "UNDEFINED");
-    }
+    GifScan(FILE *file, const char *file_name) : file_(file), root_(OalNewMadeLabel(file_name)) {}
 
     bool read_header();
     bool read_blocks();

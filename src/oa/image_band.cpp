@@ -41,6 +41,8 @@ namespace {
 const char *storage_fault(const OaImageKeywords &image, const OaFileKeywords &file) {
     const bool by_records = file.record_type == OA_VARIABLE_LENGTH;
     const bool many_bands = image.bands > 1;
+    if (file.stands_for_uncompressed)
+        return ": the image is there in its JPEG 2000 form alone.";
     const bool has_surroundings = image.line_prefix_bytes > 0 || image.line_suffix_bytes > 0;
     if (image.encoding != OA_HUFFMAN && by_records)
         return " does not support variable-length record files  except for HFD compressed images.";

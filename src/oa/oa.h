@@ -144,10 +144,12 @@ struct OaFileKeywords {
     int64_t file_records = 0;
     int64_t start = 0;  // 0-based: byte, or record index of a file of variable-length records
     OaInterchangeFormat interchange_format = OA_BINARY;
+    bool stands_for_uncompressed = false;  // the JPEG 2000 form of the file that the pointer names
 };
 // From the pointer of the node's class (or name) on the nearest ancestor. Call it on the original node, not on a copy.
-// 0, or 1 after reporting: 531 no pointer or a bad interchange format, 700 no such file, 502 a start that is no
-// position.
+// Where that file does not exist, an image's is the JPEG 2000 file that a FILE, COMPRESSED_FILE, ... object around or
+// beside it names. 0, or 1 after reporting: 531 no pointer or a bad interchange format, 700 no such file, 502 a start
+// that is no position.
 int OaGetFileKeywords(const ObjDesc *node, OaFileKeywords *out);
 
 // ROWS, ROW_BYTES, row prefix and suffix of a table-like node. 0, or -1 with oa_errno 531.

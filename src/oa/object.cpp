@@ -1,3 +1,4 @@
+#include "oa/jpeg2000.h"
 #include "oa/object_read.h"
 #include "oa/table_columns.h"
 
@@ -25,7 +26,7 @@ OaObject *OaReadObject(const ObjDesc *node) {
     const OaObjectClass object_class = OaGetObjectClass(node);
     switch (object_class) {
         case OA_IMAGE:
-            return OaReadImage(node, 1);
+            return OaIsJpeg2000Image(node) ? OaReadJpeg2000Image(node, 1) : OaReadImage(node, 1);
         case OA_HISTOGRAM:
             return OaReadHistogram(node);
         case OA_ARRAY:

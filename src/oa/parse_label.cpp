@@ -2,6 +2,7 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "oa/gif.h"
+#include "oa/jpeg2000.h"
 #include "oa/oa.h"
 #include "oa/signatures.h"
 #include "oa/stream.h"
@@ -48,10 +49,8 @@ bool is_jpeg2000_file(const char *file_name) {
 }  // namespace
 
 ObjDesc *OaParseLabelFile(const char *file_name, const char *message_file_name, int expand, int suppress_messages) {
-    if (file_name && is_jpeg2000_file(file_name)) {
-        OaReportFailure(520, "%s: %s is a JPEG 2000 file; there is no reader for it.", routine, file_name);
-        return nullptr;
-    }
+    if (file_name && is_jpeg2000_file(file_name))
+        return OalCreateODLTreeFromJpeg2000(file_name);
     OaStreamPtr stream(OalOpenStream(file_name, OA_UNKNOWN_RECORD_TYPE, 0, 0, "r"));
     if (!stream) {
         OaReportFailure(oa_errno, "%s: OalOpenStream returned error.", routine);

@@ -1,4 +1,5 @@
 // The About dialog.
+#include "decoders/jpeg2000.h"
 #include "decoders/jpeg_grey.h"
 #include "gui/gui.h"
 #include "viewer/session.h"
@@ -11,8 +12,9 @@ constexpr int about_version = 2;
 constexpr int about_libraries = 3;
 
 std::string library_text() {
-    return gui_toolkit_version() + " (LGPL version 3)\n" + jpeg_library_version() +
-           " (IJG, BSD and zlib licences)\n\n"
+    return gui_toolkit_version() + " (LGPL version 3)\n" + jpeg_library_version() + " (IJG, BSD and zlib licences)\n" +
+           jpeg2000_library_version() +
+           " (BSD licence)\n\n"
            "This software is based in part on the work of the Independent JPEG Group.";
 }
 

@@ -1,5 +1,7 @@
 #include "viewer/model/sample_source.h"
 
+#include "viewer/model/jpeg2000_source.h"
+
 #include <cstring>
 
 namespace {
@@ -146,5 +148,7 @@ bool PlainImageSource::holds(const OaObject &object, int64_t lines, int64_t line
 }  // namespace
 
 std::unique_ptr<SampleSource> image_band_source(const ObjDesc *image, int64_t band) {
+    if (OaIsJpeg2000Image(image))
+        return jpeg2000_source(image, band, OA_IMAGE_SIZE);
     return std::make_unique<PlainImageSource>(image, band);
 }

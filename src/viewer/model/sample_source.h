@@ -20,5 +20,6 @@ class SampleSource {
     virtual bool click(int64_t line, int64_t sample) = 0;
 };
 
-// One band (from 1) of an IMAGE node, however its samples are encoded; the node must outlive the source.
+// One band (from 1) of an IMAGE node, however its samples are encoded, in the image's size; the node must outlive the
+// source.
 std::unique_ptr<SampleSource> image_band_source(const ObjDesc *image, int64_t band);
