@@ -1,5 +1,6 @@
 // Runs the real program.
 #include "support/gif.h"
+#include "support/jpeg2000.h"
 #include "support/product.h"
 #include "support/qube_product.h"
 
@@ -264,6 +265,20 @@ TEST(CliImage, EachImageOfAGifFileIsRead) {
 }
 
 // Core values are sample + 8 x line + 32 x band, 4 samples by 3 lines by 2 bands.
+TEST(CliImage, EachComponentOfAJpeg2000FileIsReadInItsOwnSize) {
+    const ScratchFolder folder;
+    const std::string path =
+        write_jpeg2000(folder.file("x.jp2"), {.width = 7, .height = 5, .components = 2, .step = 2, .levels = 1});
+    expect_run({"label", path}, 0, " Line 0     0 <no name>  --  ROOT\n Line 0      1   <no name>  --  IMAGE\n", "");
+    expect_run({"image", path}, 0, "5 7 8 UNSIGNED_INTEGER 0 41\n", "");
+    expect_run({"image", path, "--band", "2"}, 0, "3 4 8 UNSIGNED_INTEGER 50 69\n", "");
+    expect_run({"image", path, "--band", "3"}, 2, "", "there is no band 3; BANDS is 2");
+    expect_run({"image", path, "--raw", path}, 2, "", "belongs to the product");
+    std::ofstream(path, std::ios::binary | std::ios::app) << "behind its end";
+    fs::resize_file(path, fs::file_size(path) - 30);
+    expect_run({"image", path}, 1, "5 7 8 UNSIGNED_INTEGER 0 41\n", "damaged or end early");
+}
+
 TEST(CliImage, ShowsABandOfAQube) {
     const ScratchFolder scratch;
     const std::string raw = scratch.file("band.raw");

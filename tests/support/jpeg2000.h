@@ -1,8 +1,6 @@
 // JPEG 2000 files on disk, written tile by tile with OpenJPEG.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -21,7 +19,7 @@ struct Jpeg2000Picture {
     uint32_t step = 1;    // of components behind the first
     bool joined = false;  // the first three are transformed together
     bool boxes = true;    // JP2 rather than a bare codestream
-    int levels = 3;
+    int levels = 3;       // 2 to their power may not be more than the smaller side of the picture or a tile
 
     uint32_t step_of(uint32_t component) const { return component == 0 ? 1 : step; }
     // Of the component, counted from the grid's origin.
@@ -78,7 +76,7 @@ inline bool write_tiles(opj_codec_t *codec, opj_stream_t *stream, const Jpeg2000
 
 }  // namespace jpeg2000_writing
 
-// Writes a reversible file; the tile that holds the origin must hold samples. Returns its path.
+// Writes a reversible file; the tile that holds the origin must hold samples. Returns its path, empty on failure.
 inline std::string write_jpeg2000(const std::string &path, const Jpeg2000Picture &picture) {
     opj_cparameters_t parameters;
     opj_set_default_encoder_parameters(&parameters);
@@ -118,7 +116,5 @@ inline std::string write_jpeg2000(const std::string &path, const Jpeg2000Picture
     opj_stream_destroy(stream);
     opj_destroy_codec(codec);
     opj_image_destroy(image);
-    if (!written)
-        ADD_FAILURE() << "cannot write " << path;
-    return path;
+    return written ? path : "";
 }

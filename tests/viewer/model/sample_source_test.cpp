@@ -1,6 +1,7 @@
 #include "viewer/model/sample_source.h"
 
 #include "support/gif.h"
+#include "support/jpeg2000.h"
 #include "support/product.h"
 #include "support/silent_reports.h"
 
@@ -40,6 +41,27 @@ TEST(PlainImageSource, PartsOfAGifImageAreCutOutOfTheWhole) {
     EXPECT_EQ(bytes_of(source->read_block({1, 1, 2, 3}).get()), "bc");
     scratch.write("X.gif", "");
     EXPECT_EQ(bytes_of(source->read_block({3, 3, 2, 2}).get()), "h");
+}
+
+// A window may lay components over each other, so that all have the image's size.
+TEST(Jpeg2000Source, ComponentsHaveTheSizeOfTheImage) {
+    const ScratchFolder scratch;
+    const Jpeg2000Picture picture{.width = 5, .height = 4, .components = 3, .step = 2, .levels = 1};
+    const OpenProduct product(write_jpeg2000(scratch.file("x.jp2"), picture));
+    for (const uint32_t band : {1U, 3U}) {
+        const auto source = image_band_source(product.image(), band);
+        ImageDescription description;
+        ASSERT_EQ(source->describe(&description), "");
+        EXPECT_EQ(description.line_samples, 5);
+        EXPECT_EQ(description.lines, 4);
+        EXPECT_EQ(description.bands, 3);
+        const uint32_t step = picture.step_of(band - 1);
+        std::string expected;
+        for (uint32_t line = 1; line < 4; ++line)
+            for (uint32_t sample = 2; sample < 5; ++sample)
+                expected.push_back(static_cast<char>(picture.value(band - 1, line / step, sample / step)));
+        EXPECT_EQ(bytes_of(source->read_block({2, 4, 3, 5}).get()), expected);
+    }
 }
 
 }  // namespace
