@@ -5,6 +5,7 @@
 #include "gui/window.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFile>
 #include <QSessionManager>
 
@@ -157,6 +158,10 @@ bool is_quitting() {
 
 std::string gui_program_directory() {
     return QFile::encodeName(QCoreApplication::applicationDirPath()).toStdString();
+}
+
+void gui_copy_text(const std::string &text) {
+    QGuiApplication::clipboard()->setText(QString::fromStdString(text));
 }
 
 std::string gui_toolkit_version() {

@@ -129,6 +129,9 @@ std::string gui_program_directory();
 // Name and version of the toolkit that the program runs with.
 std::string gui_toolkit_version();
 
+// Puts a text on the clipboard.
+void gui_copy_text(const std::string &text);
+
 // While one exists the pointer shows that the program is busy.
 class BusyCursor {
   public:
@@ -157,6 +160,7 @@ void gui_set_window_data(Window *window, void *data);
 std::string gui_title(const Window *window);
 void gui_set_title(Window *window, const std::string &title);
 void gui_raise(Window *window);
+void gui_maximize(Window *window);
 GuiSize gui_client_size(const Window *window);
 GuiSize gui_client_size_without_bars(const Window *window);  // what it were if nothing had to be scrolled
 // Gives the client area this size, scroll bars excluded, or as much of it as the screen has less 64 pixels. The bars

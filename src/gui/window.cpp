@@ -263,6 +263,10 @@ void gui_raise(Window *window) {
     window->frame->activateWindow();
 }
 
+void gui_maximize(Window *window) {
+    window->frame->showMaximized();
+}
+
 void gui_invalidate(Window *window) {
     if (window->client)
         window->client->viewport()->update();
