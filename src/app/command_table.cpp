@@ -49,7 +49,7 @@ constexpr std::array rows = {
     CommandRow{1028, application, Image, menu2_stretch_image},
     CommandRow{1030, application, Any, open_text_file_or_end},
     CommandRow{1031, label, Any, open_text_file},
-    CommandRow{1032, application, Image, nullptr},  // time parser
+    CommandRow{1032, application, Any, parse_time_dialog},
     CommandRow{1033, label, Any, nullptr},          // browse a directory
     CommandRow{1042, application, Image, menu2_stretch_display},
     CommandRow{1047, application, Image, show_hierarchy},
@@ -60,7 +60,7 @@ constexpr std::array rows = {
     CommandRow{1053, application, Bands, nullptr},  // band selection
     CommandRow{1054, application, Qube, nullptr},   // qube control
     CommandRow{1056, application, Bands, nullptr},  // band minimum and maximum
-    CommandRow{1057, application, Any, nullptr},    // integers as hexadecimal
+    CommandRow{1057, application, Image, toggle_hexadecimal},
     CommandRow{1059, label, Label, toggle_line_end_marks},
     CommandRow{1060, application, Any, open_moc},
     CommandRow{1061, application, Any, nullptr},  // browse a directory
@@ -78,6 +78,7 @@ constexpr std::array rows = {
     CommandRow{2002, application, Image, zoom_out},
     CommandRow{2003, application, Image, zoom_actual},
     CommandRow{2004, application, Image, zoom_to_fit},
+    CommandRow{2005, application, Image, copy_read_out},
     CommandRow{2090, application, Any, show_window_help},
     CommandRow{2090, label, Any, show_window_help},
     CommandRow{2091, application, Any, show_keyboard_help},

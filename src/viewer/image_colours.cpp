@@ -1,4 +1,5 @@
-// The commands that change an image window's colour table; none touches a pixel.
+// The commands that change an image window's colour table; only undoing touches pixels, where a stretch of the samples
+// did.
 #include "viewer/image_window.h"
 #include "viewer/model/stretch.h"
 
@@ -26,13 +27,6 @@ void menu2_stretch_display(Window *window) {
     });
 }
 
-void menu2_stretch_image(Window *window) {
-    change_colours(window, "Image Stretch - invalid state", [](PixelImage *image, bool *inverted) {
-        if (stretch_colours_to_range(image))
-            *inverted = false;
-    });
-}
-
 void menu2_image_invert(Window *window) {
     change_colours(window, "Image Invert - invalid state", [](PixelImage *image, bool *inverted) {
         if (*inverted)
@@ -44,6 +38,9 @@ void menu2_image_invert(Window *window) {
 }
 
 void menu2_undo_display(Window *window) {
+    GenericState *state = window_state(window);
+    if (display_image(state) && state->display_state->stretched)
+        rebuild_display_image(state, std::nullopt);
     change_colours(window, "Image Undo - invalid state", [](PixelImage *image, bool *inverted) {
         reset_colours(image);
         *inverted = false;

@@ -35,6 +35,10 @@ struct BlockChoice {
 bool read_block_fields(Window *dialog, BlockChoice *choice) {
     SampleBlock block;
     for (const BlockField &field : block_fields) {
+        if (!gui_has_control(dialog, field.control)) {
+            gui_error(util_format("Could Not Find Static %s Window", field.name));
+            return false;
+        }
         const std::string fault = convert_to_long(gui_text(dialog, field.control), field.name, &(block.*field.value));
         if (!fault.empty()) {
             gui_error(fault);
@@ -81,8 +85,10 @@ void open_block(const GenericState &from, const SampleBlock &block) {
         return;
     state->label_state->requested_block = block;
     restore_profile();
-    if (get_image_characteristics(state.get()))
-        open_image_2(std::move(state));
+    if (!get_image_characteristics(state.get()))
+        return;
+    state->display_state->integers_as_hexadecimal = from.display_state->integers_as_hexadecimal;
+    open_image_2(std::move(state));
 }
 
 void step(Window *window, BlockStep direction) {
@@ -117,7 +123,8 @@ void open_image_2(std::unique_ptr<GenericState> state) {
         return;
     }
     ++state->label_state->image_count;
-    open_document_window(image_window_resource, WIN_IMAGE_eh, std::move(state));
+    if (Window *window = open_document_window(image_window_resource, WIN_IMAGE_eh, std::move(state)))
+        show_browsed(window);
 }
 
 void step_up(Window *window) {

@@ -1,7 +1,7 @@
 #include "viewer/image_window.h"
 
-#include "base/text.h"
 #include "viewer/commands.h"
+#include "viewer/image_read_out.h"
 #include "viewer/model/rotate.h"
 #include "viewer/model/stretch.h"
 #include "viewer/open_product.h"
@@ -12,23 +12,11 @@
 
 namespace {
 
-constexpr int status_line = 2;
-constexpr GuiSize smallest_status = {450, 16};
 constexpr size_t longest_title_name = 60;
 constexpr int scroll_step = 16;
 constexpr int largest_zoom = 32;
 constexpr int64_t smallest_shrunk_side = 32;  // the longer side keeps so many screen pixels
 constexpr int far_cursor_step = 10;
-constexpr int smallest_marker = 11;  // around the pixel of the keyboard read-out
-
-struct PixelPosition {
-    int64_t column;
-    int64_t row;
-};
-
-const PixelImage *display_image(const GenericState *state) {
-    return state && state->image_info ? state->image_info->display_image.get() : nullptr;
-}
 
 // --- Creation -----------------------------------------------------------------------------------------------------
 
@@ -114,7 +102,7 @@ long win_image_e_create(Window *window) {
     const std::string &path = state->label_state->file_name;
     const std::string name = shown_name(path.substr(path.rfind('/') + 1), longest_title_name);
     gui_set_title(window, kind + name + state->browser_tag);
-    gui_show_control(window, status_line, false);
+    prepare_read_out(window, *state);
 
     enable_known_commands(window, CommandDispatcher::Application);
     for (const int number : {1053, 1056, 1064, 1071, 1072, 1073, 1074})
@@ -125,119 +113,6 @@ long win_image_e_create(Window *window) {
     update_content_size(window, *state);
     gui_set_client_size(window, {image.display_image->width, image.display_image->height});
     return 0;
-}
-
-// --- Read-out -----------------------------------------------------------------------------------------------------
-
-// The image pixel at a point of the client area; false outside the image.
-bool pixel_at(const Window *window, const GenericState &state, GuiPoint point, PixelPosition *pixel) {
-    const DisplayState &display = *state.display_state;
-    const PixelImage &image = *state.image_info->display_image;
-    const GuiSize client = gui_client_size(window);
-    if (point.x < 0 || point.y < 0 || point.x >= client.width || point.y >= client.height)
-        return false;
-    const GuiPoint scroll = gui_scroll_position(window);
-    pixel->column = static_cast<int64_t>(std::floor(point.x + scroll.x)) * display.shrink / display.zoom;
-    pixel->row = static_cast<int64_t>(std::floor(point.y + scroll.y)) * display.shrink / display.zoom;
-    return pixel->column < image.width && pixel->row < image.height;
-}
-
-int64_t get_curr_sample(const ImageDescription &description, const PixelPosition &pixel) {
-    return image_position_at(description, pixel.column, pixel.row).sample;
-}
-
-int64_t get_curr_line(const ImageDescription &description, const PixelPosition &pixel) {
-    return image_position_at(description, pixel.column, pixel.row).line;
-}
-
-void set_pixel_window(Window *window, const ImageDescription &description, const PixelPosition &pixel, double value,
-                      Colour colour) {
-    gui_set_text(window, status_line,
-                 util_format("sample: %lld  line: %lld  DN: %.9g  DIS: (%d, %d, %d)",
-                             static_cast<long long>(get_curr_sample(description, pixel)),
-                             static_cast<long long>(get_curr_line(description, pixel)), value, colour.red, colour.green,
-                             colour.blue));
-}
-
-// The status line lies along the bottom edge of the client area.
-void place_status_line(Window *window) {
-    const GuiSize client = gui_client_size(window);
-    const GuiSize wanted = gui_wanted_size(window, status_line);
-    const int width = std::max(smallest_status.width, wanted.width);
-    const int height = std::max(smallest_status.height, wanted.height);
-    gui_move_control(window, status_line, {0, client.height - height, width, height});
-}
-
-void show_read_out(Window *window, GenericState *state, const PixelPosition &pixel) {
-    const PixelImage &image = *state->image_info->display_image;
-    const uint8_t level = image.pixels.get()[pixel.row * image.width + pixel.column];
-    set_pixel_window(window, *state->image_info, pixel, getDNValue(level), image.colours[level]);
-    place_status_line(window);
-    if (!state->display_state->status_shown)
-        gui_show_control(window, status_line, true);
-    state->display_state->status_shown = true;
-}
-
-void hide_cursor(Window *window, DisplayState *display) {
-    if (display->cursor_column < 0)
-        return;
-    display->cursor_column = -1;
-    gui_invalidate(window);
-}
-
-void hide_read_out(Window *window, DisplayState *display) {
-    gui_show_control(window, status_line, false);
-    display->status_shown = false;
-    hide_cursor(window, display);
-}
-
-void win_image_e_mouse_move(Window *window, GenericState *state, const Event &event) {
-    hide_cursor(window, state->display_state.get());
-    state->display_state->pointer = event.position;
-    PixelPosition pixel;
-    if (pixel_at(window, *state, event.position, &pixel))
-        show_read_out(window, state, pixel);
-}
-
-// The screen place of an image pixel, in the client area.
-GuiRect pixel_place(const Window *window, const DisplayState &display, int64_t column, int64_t row) {
-    const GuiPoint scroll = gui_scroll_position(window);
-    const int left = static_cast<int>(column * display.zoom / display.shrink - std::llround(scroll.x));
-    const int top = static_cast<int>(row * display.zoom / display.shrink - std::llround(scroll.y));
-    return {left, top, display.zoom, display.zoom};
-}
-
-// The smallest scroll that brings [place, place + length) into a client area of this extent.
-double scroll_into_view(double scroll, int place, int length, int extent) {
-    if (place < 0)
-        return scroll + place;
-    if (place + length > extent)
-        return scroll + place + length - extent;
-    return scroll;
-}
-
-// Arrow keys move the read-out over the image, far with Shift.
-void move_cursor(Window *window, GenericState *state, int columns, int rows) {
-    DisplayState &display = *state->display_state;
-    const PixelImage &image = *state->image_info->display_image;
-    const GuiSize client = gui_client_size(window);
-    if (display.cursor_column < 0) {
-        PixelPosition centre = {};
-        const bool inside = pixel_at(window, *state, {client.width / 2.0, client.height / 2.0}, &centre);
-        display.cursor_column = inside ? centre.column : image.width / 2;
-        display.cursor_row = inside ? centre.row : image.height / 2;
-    }
-    // One step is at least one screen pixel.
-    display.cursor_column =
-        std::clamp<int64_t>(display.cursor_column + int64_t{columns} * display.shrink, 0, image.width - 1);
-    display.cursor_row = std::clamp<int64_t>(display.cursor_row + int64_t{rows} * display.shrink, 0, image.height - 1);
-
-    const GuiRect place = pixel_place(window, display, display.cursor_column, display.cursor_row);
-    const GuiPoint scroll = gui_scroll_position(window);
-    gui_scroll_to(window, {scroll_into_view(scroll.x, place.left, place.width, client.width),
-                           scroll_into_view(scroll.y, place.top, place.height, client.height)});
-    show_read_out(window, state, {display.cursor_column, display.cursor_row});
-    gui_invalidate(window);
 }
 
 // --- Zoom ---------------------------------------------------------------------------------------------------------
@@ -258,6 +133,7 @@ void set_zoom(Window *window, int zoom, int shrink, GuiPoint anchor) {
     const GuiPoint scroll = gui_scroll_position(window);
     display.zoom = zoom;
     display.shrink = shrink;
+    display.keeps_fitting = false;
     update_content_size(window, *state);
     gui_scroll_to(
         window, {(scroll.x + anchor.x) / before * after - anchor.x, (scroll.y + anchor.y) / before * after - anchor.y});
@@ -288,6 +164,21 @@ void zoom_by(Window *window, int steps, GuiPoint anchor) {
     set_zoom(window, zoom, shrink, anchor);
 }
 
+// The largest whole zoom that shows all of the image; 0 when none does.
+int fitting_zoom(const Window *window, const PixelImage &image) {
+    const GuiSize client = gui_client_size_without_bars(window);
+    return std::min({client.width / image.width, client.height / image.height, largest_zoom});
+}
+
+// In a window whose size is not for the user to say, as long as the user did not zoom.
+void enlarge_to_fit(Window *window) {
+    const GenericState *state = window_state(window);
+    const int zoom = std::max(1, fitting_zoom(window, *display_image(state)));
+    if (zoom != state->display_state->zoom || state->display_state->shrink != 1)
+        set_zoom(window, zoom, 1, {0, 0});
+    state->display_state->keeps_fitting = true;
+}
+
 // --- Events -------------------------------------------------------------------------------------------------------
 
 void win_image_e_update(Window *window, const GenericState &state, const Event &event) {
@@ -300,12 +191,7 @@ void win_image_e_update(Window *window, const GenericState &state, const Event &
     const GuiPoint scroll = gui_scroll_position(window);
     gui_draw_image(event.canvas, *image, -static_cast<int>(std::lround(scroll.x)),
                    -static_cast<int>(std::lround(scroll.y)), display.zoom, display.shrink);
-    if (display.cursor_column >= 0) {
-        const GuiRect place = pixel_place(window, display, display.cursor_column, display.cursor_row);
-        const int margin = std::max(1, (smallest_marker - place.width) / 2);
-        gui_draw_marker(event.canvas,
-                        {place.left - margin, place.top - margin, place.width + 2 * margin, place.height + 2 * margin});
-    }
+    draw_cursor(window, display, event.canvas);
 }
 
 // 1 when the key was used.
@@ -362,6 +248,15 @@ void win_image_e_mouse_down(const Window *window, GenericState *state, const Eve
 
 }  // namespace
 
+void show_browsed(Window *window) {
+    if (session().browse_size) {
+        window_state(window)->display_state->keeps_fitting = true;
+        gui_maximize(window);
+    }
+    if (session().browse_stretch_image)
+        menu2_stretch_display(window);
+}
+
 long WIN_IMAGE_eh(Window *window, const Event &event) {
     if (event.type == EventType::Create)
         return win_image_e_create(window);
@@ -378,7 +273,9 @@ long WIN_IMAGE_eh(Window *window, const Event &event) {
             win_image_e_update(window, *state, event);
             break;
         case EventType::Size:
-            place_status_line(window);
+            if (state->display_state->keeps_fitting)
+                enlarge_to_fit(window);
+            place_read_out(window, *state);
             break;
         case EventType::Close:
             gui_destroy_window(window);
@@ -387,7 +284,7 @@ long WIN_IMAGE_eh(Window *window, const Event &event) {
             win_image_e_mouse_down(window, state, event);
             break;
         case EventType::MouseMove:
-            win_image_e_mouse_move(window, state, event);
+            move_read_out(window, state, event.position);
             break;
         case EventType::MouseLeave:
             hide_read_out(window, state->display_state.get());
@@ -413,16 +310,6 @@ long WIN_IMAGE_eh(Window *window, const Event &event) {
     return 0;
 }
 
-void refresh_read_out(Window *window) {
-    GenericState *state = window_state(window);
-    if (!display_image(state) || !state->display_state->status_shown)
-        return;
-    const DisplayState &display = *state->display_state;
-    PixelPosition pixel = {display.cursor_column, display.cursor_row};
-    if (display.cursor_column >= 0 || pixel_at(window, *state, display.pointer, &pixel))
-        show_read_out(window, state, pixel);
-}
-
 void zoom_in(Window *window) {
     zoom_by(window, 1, client_centre(window));
 }
@@ -440,8 +327,8 @@ void zoom_to_fit(Window *window) {
     const GuiSize client = gui_client_size_without_bars(window);
     if (!image || image->width < 1 || image->height < 1 || client.width < 1 || client.height < 1)
         return;
-    const int fits = std::min(client.width / image->width, client.height / image->height);
+    const int fits = fitting_zoom(window, *image);
     const int needs =
         std::max((image->width + client.width - 1) / client.width, (image->height + client.height - 1) / client.height);
-    set_zoom(window, std::clamp(fits, 1, largest_zoom), fits >= 1 ? 1 : needs, {0, 0});
+    set_zoom(window, std::max(1, fits), fits >= 1 ? 1 : needs, {0, 0});
 }

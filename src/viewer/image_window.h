@@ -15,13 +15,22 @@ bool get_image_characteristics(GenericState *state);
 
 long WIN_IMAGE_eh(Window *window, const Event &event);
 
+// Does to a new image window what the session's browse settings ask for.
+void show_browsed(Window *window);
+
 // Brings the read-out, where it is shown, up to date after the colours, the scale or the scroll position changed.
 void refresh_read_out(Window *window);
+void copy_read_out(Window *window);       // the last one, to the clipboard
+void toggle_hexadecimal(Window *window);  // integers in the read-out as hexadecimal too
 
 void menu2_stretch_display(Window *window);  // percentile stretch of the colour table
-void menu2_stretch_image(Window *window);    // linear stretch from the lowest to the highest level
+void menu2_stretch_image(Window *window);    // between a minimum and a maximum that the user is asked for
 void menu2_image_invert(Window *window);
-void menu2_undo_display(Window *window);
+void menu2_undo_display(Window *window);  // of pixels and colours
+
+// Builds the display image anew from its samples, between black at the minimum and white at the maximum, or as it was
+// opened, with the grey colour table. Leaves the image after an error box when that fails.
+bool rebuild_display_image(GenericState *state, std::optional<RealRange> range);
 
 void zoom_in(Window *window);
 void zoom_out(Window *window);

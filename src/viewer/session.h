@@ -16,7 +16,9 @@ struct Session {
     int gl_show_cr_lf = 0;                      // 1: line ends were made visible last, 0: they were hidden
     int browser_count = 0;
     int browse_continue_win = 0;
-    bool unattended = false;  // browse mode runs on a timer: nobody answers questions
+    bool browse_size = false;           // browsed images fill the screen
+    bool browse_stretch_image = false;  // browsed images are stretched to percentiles
+    bool unattended = false;            // browse mode runs on a timer: nobody answers questions
 };
 
 Session &session();

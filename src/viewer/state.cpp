@@ -61,6 +61,19 @@ void free_window_state(Window *window) {
     gui_set_window_data(window, nullptr);
 }
 
+PixelImage *display_image(const GenericState *state) {
+    return state && state->image_info ? state->image_info->display_image.get() : nullptr;
+}
+
+const void *samples_shown(const GenericState *state) {
+    const PixelImage *image = display_image(state);
+    const OaObject *samples = image && state->label_state ? state->label_state->image_data.get() : nullptr;
+    if (!samples || !samples->data || image->bytes_per_pixel != 1)
+        return nullptr;
+    const int64_t needed = int64_t{image->width} * image->height * (state->image_info->sample_bits / 8);
+    return samples->size >= needed ? samples->data : nullptr;
+}
+
 std::string shown_name(const std::string &name, size_t limit) {
     if (name.size() <= limit)
         return name;

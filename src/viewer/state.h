@@ -4,11 +4,13 @@
 #include "gui/gui.h"
 #include "oa/oa.h"
 #include "viewer/model/image_description.h"
+#include "viewer/model/sample_range.h"
 #include "viewer/model/sample_source.h"
 
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,14 @@ struct LabelState {
     OaObjectPtr image_data;                // native samples of the block shown
 };
 
+// A pixel of the display image, from 0; column -1: nowhere.
+struct PixelPosition {
+    int64_t column = -1;
+    int64_t row = -1;
+
+    bool is_somewhere() const { return column >= 0; }
+};
+
 // How an image window draws its image.
 struct DisplayState {
     std::unique_ptr<SampleSource> source;
@@ -48,10 +58,13 @@ struct DisplayState {
     int shrink = 1;  // image pixels a screen pixel; one of the two is 1
     bool inverted = false;
     bool is_qube_band = false;
+    bool keeps_fitting = false;          // the zoom follows the window's size until the user zooms
+    std::optional<RealRange> stretched;  // samples between black and white; none: as opened
+    bool integers_as_hexadecimal = false;
     bool status_shown = false;
-    GuiPoint pointer;            // where the mouse was last seen in the client area
-    int64_t cursor_column = -1;  // of the read-out that the arrow keys move; -1: not shown
-    int64_t cursor_row = -1;
+    GuiPoint pointer;        // where the mouse was last seen in the client area
+    PixelPosition cursor;    // of the read-out that the arrow keys move; not shown while it is nowhere
+    PixelPosition read_out;  // the pixel read out last
 };
 
 // Which kind of document a window shows; the command table chooses by it.
@@ -91,6 +104,12 @@ Window *raise_child(const Window *window, int command);
 void free_window_state(Window *window);
 // The state of a document window, during its Create event too; null for the task window. Not for dialogs.
 GenericState *window_state(const Window *window);
+
+// The display image of a window's state; null when it has none. The state may be null.
+PixelImage *display_image(const GenericState *state);
+// The native samples that the display image was made of, as the image description tells of them; null when there is not
+// one for every pixel, as behind a picture of several bands.
+const void *samples_shown(const GenericState *state);
 
 // At most `limit` bytes of a name, whole UTF-8 characters only.
 std::string shown_name(const std::string &name, size_t limit);

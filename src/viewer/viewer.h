@@ -14,3 +14,4 @@
 #include "viewer/session.h"
 #include "viewer/state.h"
 #include "viewer/text_window.h"
+#include "viewer/time_dialog.h"

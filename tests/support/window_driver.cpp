@@ -235,6 +235,14 @@ bool use_control(Window *window, int control) {
     return true;
 }
 
+void type_text(Window *window, int control, const std::string &text) {
+    auto *line = qobject_cast<QLineEdit *>(window->controls.at(control));
+    line->setFocus();
+    line->selectAll();
+    QTest::keyClick(line, Qt::Key_Delete);
+    QTest::keyClicks(line, QString::fromStdString(text));
+}
+
 void double_click_line(Window *window, int list, int line) {
     auto *view = qobject_cast<QListView *>(window->controls.at(list));
     const QModelIndex index = view->model()->index(line, 0);
@@ -395,6 +403,10 @@ GuiRect place_on_screen(const Window *window) {
 
 bool pointer_is_busy() {
     return QGuiApplication::overrideCursor() != nullptr;
+}
+
+std::string clipboard_text() {
+    return QGuiApplication::clipboard()->text().toStdString();
 }
 
 // --- Boxes --------------------------------------------------------------------------------------------------------

@@ -38,7 +38,8 @@ bool choose_command(Window *window, int command);
 bool choose_item(Window *window, const std::string &text);  // by its text, as an item without a number
 bool command_checked(const Window *window, int command);
 bool use_control(Window *window, int control);
-void double_click_line(Window *window, int list, int line);  // scrolled into view
+void type_text(Window *window, int control, const std::string &text);  // by keys, in place of a line's text
+void double_click_line(Window *window, int list, int line);            // scrolled into view
 // The columns, from the left edge of a list, at which something is drawn in this line.
 std::vector<int> marked_columns(Window *window, int list, int line);
 
@@ -72,6 +73,7 @@ unsigned document_background(const Window *window);
 bool has_scroll_bars(const Window *window);
 GuiRect place_on_screen(const Window *window);
 bool pointer_is_busy();
+std::string clipboard_text();
 
 // Asks the application to quit, as the session does.
 void ask_to_quit();

@@ -14,6 +14,7 @@
 #include <vector>
 
 constexpr int image_status = 2;  // the read-out of an image window
+constexpr int image_value = 3;   // and the sample as it is stored
 
 inline void run_viewer(std::function<void()> body) {
     set_command_table(lumacart_commands());

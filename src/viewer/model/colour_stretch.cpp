@@ -59,17 +59,6 @@ bool stretch_colours(PixelImage *image) {
     return set_grey_ramp(&image->colours, low, high);
 }
 
-bool stretch_colours_to_range(PixelImage *image) {
-    const auto counts = count_levels(*image);
-    int low = 0;
-    int high = 255;
-    while (low < high && counts[static_cast<size_t>(low)] == 0)
-        ++low;
-    while (high > low && counts[static_cast<size_t>(high)] == 0)
-        --high;
-    return set_grey_ramp(&image->colours, low, high);
-}
-
 void invert_colours(PixelImage *image) {
     for (size_t i = 0; i < image->colours.size(); ++i) {
         const auto grey = static_cast<uint8_t>(255 - i);

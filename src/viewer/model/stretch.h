@@ -55,9 +55,6 @@ std::array<int64_t, 256> count_levels(const PixelImage &image);
 // Percentile stretch of the colour table: half a per cent of the pixels, level 0 left out, go black and white each.
 // False when the table stays as it is: all pixels are of level 0 or both limits coincide.
 bool stretch_colours(PixelImage *image);
-// Linear stretch of the colour table between the lowest and the highest level in the image; false when they coincide
-// and the table stays as it is.
-bool stretch_colours_to_range(PixelImage *image);
 void invert_colours(PixelImage *image);  // entry i becomes grey 255 - i
 void reset_colours(PixelImage *image);   // entry i becomes grey i
 
