@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QCoreApplication>
 #include <QDebug>
 #include <QDialog>
 #include <QFile>
@@ -22,8 +23,6 @@ namespace {
 // definition loads all the same.
 class DefinitionLoader final : public QUiLoader {
   public:
-    DefinitionLoader() { clearPluginPaths(); }
-
     QWidget *createWidget(const QString &class_name, QWidget *parent, const QString &name) override {
         if (QWidget *own = create_own(class_name, parent)) {
             own->setObjectName(name);
@@ -68,6 +67,16 @@ class DefinitionLoader final : public QUiLoader {
     QString unknown_;
 };
 
+// The loader's constructor loads the plug-ins for Designer that it finds in the library paths, and with them libraries
+// that take longer to load than all else at the start. No definition needs them.
+std::unique_ptr<DefinitionLoader> new_loader() {
+    const QStringList paths = QCoreApplication::libraryPaths();
+    QCoreApplication::setLibraryPaths({});
+    auto loader = std::make_unique<DefinitionLoader>();
+    QCoreApplication::setLibraryPaths(paths);
+    return loader;
+}
+
 QString window_path(int resource) {
     return QStringLiteral(":/windows/%1.ui").arg(resource);
 }
@@ -92,7 +101,7 @@ bool gui_has_definition(int resource) {
 
 std::unique_ptr<QWidget> load_window_definition(int resource) {
     const QString path = window_path(resource);
-    std::unique_ptr<QWidget> root = DefinitionLoader().load_file(path);
+    std::unique_ptr<QWidget> root = new_loader()->load_file(path);
     if (root && !qobject_cast<QMainWindow *>(root.get()) && !qobject_cast<QDialog *>(root.get())) {
         qWarning().noquote() << path << "is neither a main window nor a dialog";
         return nullptr;
@@ -104,7 +113,7 @@ std::unique_ptr<QWidget> load_window_definition(int resource) {
 
 std::unique_ptr<QMenuBar> load_menu_bar(int resource) {
     const QString path = QStringLiteral(":/menus/%1.ui").arg(resource);
-    const std::unique_ptr<QWidget> root = DefinitionLoader().load_file(path);
+    const std::unique_ptr<QWidget> root = new_loader()->load_file(path);
     auto *menu_bar = root ? root->findChild<QMenuBar *>(QString(), Qt::FindDirectChildrenOnly) : nullptr;
     if (!menu_bar) {
         if (root)
