@@ -126,6 +126,9 @@ TEST(Blocks, TheFirstFaultOfAChosenRangeIsTold) {
         {{1, 4001, 10, 20}, ""},
         {{1, 4002, 20, 10}, "Difference between Stop and Start Line values is greater than 4000. Please"},
         {{20, 10, 20, 10}, "Stop Line value cannot be less than the Start Line value"},
+        {{10, 20, 20, 10}, "Stop Line Sample value cannot be less than the Start Line Sample value"},
+        {{7, 8, 9, 9}, "Start and stop lines and/or line samples cannot be equal"},
+        {{4990, 5001, 1, 20}, "Start and/or Stop Line Value is greater than 5000, the maximum line value allowed"},
         {{7, 7, 1, 4501}, "Difference between Stop and Start Line Sample values"},
         {{4990, 5001, 4490, 4501}, "Start and/or Stop Line Sample value is greater than 4500, the maximum line sample"},
     };
