@@ -50,7 +50,7 @@ constexpr std::array rows = {
     CommandRow{1030, application, Any, open_text_file_or_end},
     CommandRow{1031, label, Any, open_text_file},
     CommandRow{1032, application, Any, parse_time_dialog},
-    CommandRow{1033, label, Any, nullptr},          // browse a directory
+    CommandRow{1033, label, Any, nullptr},  // browse a directory
     CommandRow{1042, application, Image, menu2_stretch_display},
     CommandRow{1047, application, Image, show_hierarchy},
     CommandRow{1048, application, Image, show_keywords},

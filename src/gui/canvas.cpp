@@ -109,16 +109,23 @@ void gui_draw_image(Canvas *canvas, const PixelImage &image, int left, int top, 
     canvas->painter->drawImage(columns.first, rows.first, picture);
 }
 
-void gui_draw_marker(Canvas *canvas, const GuiRect &place) {
+void gui_draw_cross_hair(Canvas *canvas, const GuiRect &place) {
+    constexpr int HAIR = 9;  // pixels
     const QRect frame(place.left, place.top, place.width - 1, place.height - 1);
+    const QPoint middle(place.left + place.width / 2, place.top + place.height / 2);
+    const std::array<QLine, 4> hairs = {QLine(frame.left() - HAIR, middle.y(), frame.left() - 1, middle.y()),
+                                        QLine(frame.right() + 2, middle.y(), frame.right() + 1 + HAIR, middle.y()),
+                                        QLine(middle.x(), frame.top() - HAIR, middle.x(), frame.top() - 1),
+                                        QLine(middle.x(), frame.bottom() + 2, middle.x(), frame.bottom() + 1 + HAIR)};
+    QPen dashes(Qt::black);
+    dashes.setDashPattern({3, 3});
     QPainter &painter = *canvas->painter;
     painter.save();
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(Qt::white);
-    painter.drawRect(frame);
-    QPen dashes(Qt::black);
-    dashes.setDashPattern({3, 3});
-    painter.setPen(dashes);
-    painter.drawRect(frame);
+    for (const QPen &pen : {QPen(Qt::white), dashes}) {
+        painter.setPen(pen);
+        painter.drawRect(frame);
+        painter.drawLines(hairs.data(), static_cast<int>(hairs.size()));
+    }
     painter.restore();
 }

@@ -284,8 +284,8 @@ void gui_clear(Canvas *canvas, const GuiRect &area);  // with the ground that th
 // pixel of every `shrink`-th row. Converts only what is exposed. Raises a toolkit error (5, 1) when memory for that is
 // out or the image has no pixels.
 void gui_draw_image(Canvas *canvas, const PixelImage &image, int left, int top, int zoom, int shrink);
-// A one-pixel frame that stands out on any background.
-void gui_draw_marker(Canvas *canvas, const GuiRect &place);
+// A one-pixel frame with a hair on each side, that stands out on any background.
+void gui_draw_cross_hair(Canvas *canvas, const GuiRect &place);
 
 // Lines that run neither level nor upright are smoothed. `pen_width` is in pixels.
 void gui_draw_line(Canvas *canvas, GuiPoint from, GuiPoint to, Colour colour, double pen_width = 1);

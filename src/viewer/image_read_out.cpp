@@ -175,8 +175,8 @@ void draw_cursor(const Window *window, const DisplayState &display, Canvas *canv
         return;
     const GuiRect place = pixel_place(window, display, display.cursor);
     const int margin = std::max(1, (smallest_marker - place.width) / 2);
-    gui_draw_marker(canvas,
-                    {place.left - margin, place.top - margin, place.width + 2 * margin, place.height + 2 * margin});
+    gui_draw_cross_hair(canvas,
+                        {place.left - margin, place.top - margin, place.width + 2 * margin, place.height + 2 * margin});
 }
 
 void refresh_read_out(Window *window) {

@@ -92,7 +92,7 @@ std::string take_month_and_day(std::string_view *text, TimeValue *time) {
 }
 
 std::string take_date(std::string_view *text, TimeValue *time) {
-    const std::string fault = take_year(text, time);
+    std::string fault = take_year(text, time);
     if (!fault.empty())
         return fault;
     if (!take(text, '-'))
@@ -113,7 +113,7 @@ std::string take_date(std::string_view *text, TimeValue *time) {
 std::string take_seconds(std::string_view *text, TimeValue *time) {
     const std::string_view start = *text;
     int second = 0;
-    const std::string fault = take_number(text, "second", 2, 0, leap_second, &second);
+    std::string fault = take_number(text, "second", 2, 0, leap_second, &second);
     if (!fault.empty())
         return fault;
     if (second == leap_second && (time->hour != 23 || time->minute != 59))
