@@ -243,7 +243,7 @@ std::string Scan::read_main_header(int64_t position) {
             return "";
         }
         if (marker == SIZ) {
-            const std::string fault = read_size(position + 4, length);
+            std::string fault = read_size(position + 4, length);
             if (!fault.empty())
                 return fault;
         } else if (marker == COD || marker == COC) {

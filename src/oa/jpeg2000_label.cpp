@@ -137,7 +137,7 @@ ObjDesc *OalCreateODLTreeFromJpeg2000(const char *file_name) {
 }
 
 std::string OalJpeg2000SampleType(int64_t sample_bytes, bool is_signed) {
-    const std::string type = is_signed ? "INTEGER" : "UNSIGNED_INTEGER";
+    std::string type = is_signed ? "INTEGER" : "UNSIGNED_INTEGER";
     if (sample_bytes == 1)
         return type;
     return (std::endian::native == std::endian::little ? "LSB_" : "MSB_") + type;

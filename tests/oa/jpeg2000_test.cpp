@@ -253,6 +253,19 @@ TEST_F(Jpeg2000, HeadersThatAskForTooMuchAreRefused) {
     }
 }
 
+// Precincts of one sample in a tile of 4000 x 4000, which would take the decoder gigabytes.
+TEST_F(Jpeg2000, CodingStylesThatAskForTooMuchAreRefused) {
+    using namespace std::string_literals;
+    std::string file = read_file(write("x.j2k", {.width = 64, .height = 64, .boxes = false}));
+    for (const size_t place : {8U, 24U})
+        file.replace(place, 8, "\0\0\x0F\xA0\0\0\x0F\xA0"s);
+    const size_t style = file.find("\xFF\x52\0\x0C"s);
+    ASSERT_NE(style, std::string::npos);
+    file.replace(style + 3, 2, "\x10\1"s).insert(style + 14, 4, '\0');
+    EXPECT_EQ(OaParseLabelFile(folder_.write("y.j2k", file).c_str(), nullptr, 0, 1), nullptr);
+    EXPECT_TRUE(util_contains(error_string, "tiles and code-blocks are too many")) << error_string;
+}
+
 // --- Real files -----------------------------------------------------------------------------------------------------
 
 TEST_F(Jpeg2000, RealFilesGiveTheirComponents) {

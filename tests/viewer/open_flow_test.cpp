@@ -1,4 +1,5 @@
 // Opening files that are no ordinary products: text, compressed, hostile, or without memory for them.
+#include "support/jpeg2000.h"
 #include "support/product.h"
 #include "support/silent_reports.h"
 #include "support/window_viewer.h"
@@ -108,6 +109,24 @@ TEST_F(OpenFlow, OlderLabelsAreConvertedOrToldOf) {
         ASSERT_EQ(shown.size(), 1u);
         EXPECT_EQ(shown[0].find("error: open_object -- conversion of label failed\n"), 0u) << shown[0];
         EXPECT_NE(shown[0].find("FILE_TYPE = MUSIC"), std::string::npos) << shown[0];
+    });
+}
+
+TEST_F(OpenFlow, Jpeg2000ImagesOpenByThemselvesAndThroughLabels) {
+    run_viewer([this] {
+        const std::string path = write_jpeg2000(folder_.file("x.jp2"), {.width = 40, .height = 30, .bits = 12});
+        EXPECT_EQ(open(path, {}, true), Shown{});
+        const ImageDescription &image = *window_state(gui_windows().back())->image_info;
+        EXPECT_EQ(image.lines, 30);
+        EXPECT_EQ(image.sample_bits, 16);
+        std::string label = image_label(
+            "OBJECT = COMPRESSED_FILE\nFILE_NAME = \"x.jp2\"\nENCODING_TYPE = \"JP2\"\n"
+            "END_OBJECT\n");
+        label.replace(label.find("DATA.IMG"), 8, "x.img").replace(label.find("LINES = 3"), 9, "LINES = 30");
+        label.replace(label.find("SAMPLES = 4"), 11, "SAMPLES = 40").replace(label.find("BITS = 8"), 8, "BITS = 16");
+        EXPECT_EQ(open(folder_.write("x.lbl", label), {}, true), Shown{});
+        folder_.write("x.jp2", read_file(path).substr(0, 100));
+        EXPECT_NE(open(folder_.file("x.lbl")).at(0).find("JPEG 2000 data of"), std::string::npos);
     });
 }
 
