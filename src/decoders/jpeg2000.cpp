@@ -26,11 +26,23 @@ struct Source {
     int64_t start = 0;
     int64_t size = 0;
     int64_t position = 0;
+    int64_t cut_length_at = -1;  // where the length of a tile part stands that is to end with the file
 };
+
+// The library allocates what a tile part says that it holds: one that reaches beyond the file says what is there.
+void correct_length(const Source &source, uint8_t *bytes, size_t count) {
+    const int64_t length = source.size - (source.cut_length_at - 6);  // 6 bytes of the part stand before
+    for (int64_t i = 0; i < 4 && source.cut_length_at >= 0; ++i) {
+        const int64_t at = source.cut_length_at + i - source.position;
+        if (at >= 0 && at < static_cast<int64_t>(count))
+            bytes[at] = static_cast<uint8_t>(length >> (8 * (3 - i)));
+    }
+}
 
 OPJ_SIZE_T read_source(void *buffer, OPJ_SIZE_T count, void *data) {
     auto *source = static_cast<Source *>(data);
     const size_t got = read_at(source->file.get(), source->start + source->position, buffer, count);
+    correct_length(*source, static_cast<uint8_t *>(buffer), got);
     source->position += static_cast<int64_t>(got);
     return got > 0 ? got : static_cast<OPJ_SIZE_T>(-1);
 }
@@ -98,6 +110,8 @@ bool Decoding::open(const Jpeg2000Image &image, bool strict, unsigned threads) {
     }
     source_.start = image.start;
     source_.size = std::max<int64_t>(0, util_file_size(source_.file.get()) - image.start);
+    if (!strict && image.cut_tile_part >= 0)
+        source_.cut_length_at = image.cut_tile_part - image.start + 6;
     stream_.reset(opj_stream_create(stream_buffer, OPJ_TRUE));
     codec_.reset(opj_create_decompress(image.in_boxes ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
     if (!stream_ || !codec_) {

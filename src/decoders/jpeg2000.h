@@ -36,6 +36,7 @@ struct Jpeg2000Image {
     int64_t tiles_across = 0, tiles_down = 0;
     std::vector<Jpeg2000Component> components;
     std::vector<bool> tile_is_there;  // whether its data begin in the file; row after row
+    int64_t cut_tile_part = -1;       // byte of the file where one begins that reaches beyond its end
     bool joins_components = false;    // the first three can only be decoded together
 
     // The size of its largest component.

@@ -283,6 +283,8 @@ void Scan::read_tile_parts() {
         const auto length = static_cast<int64_t>(number(part + 6, 4));
         const bool is_last = length < static_cast<int64_t>(sizeof part);  // 0: to the end of the file
         const int64_t end = is_last ? image_->file_size : position + length;
+        if (end > image_->file_size)
+            image_->cut_tile_part = position;
         if (index < image_->tile_is_there.size())
             image_->tile_is_there[index] = true;
         read_tile_header(position + static_cast<int64_t>(sizeof part), std::min(end, image_->file_size));
