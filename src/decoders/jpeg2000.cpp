@@ -17,6 +17,7 @@ constexpr size_t stream_buffer = 16384;  // what is read around each marker; cod
 constexpr int64_t most_samples_at_once = int64_t{64} << 20;
 constexpr int64_t samples_worth_threads = 65536;
 constexpr unsigned most_threads = 32;
+constexpr const char *missing_tiles = "tiles are missing";
 constexpr size_t most_kept_bytes = size_t{64} << 20;
 
 // --- The file as the library reads it -----------------------------------------------------------------------------
@@ -24,27 +25,39 @@ constexpr size_t most_kept_bytes = size_t{64} << 20;
 struct Source {
     FilePtr file;
     int64_t start = 0;
-    int64_t size = 0;
+    int64_t held = 0;  // bytes that are taken from the file
+    int64_t size = 0;  // with those that are added
     int64_t position = 0;
     int64_t cut_length_at = -1;  // where the length of a tile part stands that is to end with the file
 };
 
-// The library allocates what a tile part says that it holds: one that reaches beyond the file says what is there.
-void correct_length(const Source &source, uint8_t *bytes, size_t count) {
-    const int64_t length = source.size - (source.cut_length_at - 6);  // 6 bytes of the part stand before
-    for (int64_t i = 0; i < 4 && source.cut_length_at >= 0; ++i) {
-        const int64_t at = source.cut_length_at + i - source.position;
+// A file that ends early gets its last tile part and its end marker back, so that whatever lies before them is read.
+// (The library would also allocate what the tile part says that it holds.)
+void mend(const Source &source, uint8_t *bytes, size_t count) {
+    constexpr uint8_t end_marker[] = {0xFF, 0xD9};
+    const int64_t length = source.held - (source.cut_length_at - 6);  // 6 bytes of the part stand before
+    const auto put = [&](int64_t position, uint8_t byte) {
+        const int64_t at = position - source.position;
         if (at >= 0 && at < static_cast<int64_t>(count))
-            bytes[at] = static_cast<uint8_t>(length >> (8 * (3 - i)));
-    }
+            bytes[at] = byte;
+    };
+    for (int64_t i = 0; i < 4 && source.cut_length_at >= 0; ++i)
+        put(source.cut_length_at + i, static_cast<uint8_t>(length >> (8 * (3 - i))));
+    for (int64_t i = 0; i < source.size - source.held; ++i)
+        put(source.held + i, end_marker[i]);
 }
 
 OPJ_SIZE_T read_source(void *buffer, OPJ_SIZE_T count, void *data) {
     auto *source = static_cast<Source *>(data);
-    const size_t got = read_at(source->file.get(), source->start + source->position, buffer, count);
-    correct_length(*source, static_cast<uint8_t *>(buffer), got);
-    source->position += static_cast<int64_t>(got);
-    return got > 0 ? got : static_cast<OPJ_SIZE_T>(-1);
+    const auto wanted = std::min(count, static_cast<size_t>(source->size - source->position));
+    const int64_t from_file = std::clamp<int64_t>(source->held - source->position, 0, static_cast<int64_t>(wanted));
+    const size_t got =
+        read_at(source->file.get(), source->start + source->position, buffer, static_cast<size_t>(from_file));
+    if (wanted == 0 || got < static_cast<size_t>(from_file))
+        return static_cast<OPJ_SIZE_T>(-1);
+    mend(*source, static_cast<uint8_t *>(buffer), wanted);
+    source->position += static_cast<int64_t>(wanted);
+    return wanted;
 }
 
 OPJ_BOOL seek_source(OPJ_OFF_T position, void *data) {
@@ -109,9 +122,13 @@ bool Decoding::open(const Jpeg2000Image &image, bool strict, unsigned threads) {
         return false;
     }
     source_.start = image.start;
-    source_.size = std::max<int64_t>(0, util_file_size(source_.file.get()) - image.start);
-    if (!strict && image.cut_tile_part >= 0)
-        source_.cut_length_at = image.cut_tile_part - image.start + 6;
+    source_.held = std::max<int64_t>(0, util_file_size(source_.file.get()) - image.start);
+    source_.size = source_.held;
+    if (!strict) {
+        source_.held = std::min(source_.held, image.tile_parts_end - image.start);
+        source_.size = source_.held + 2;
+        source_.cut_length_at = image.cut_tile_part >= 0 ? image.cut_tile_part - image.start + 6 : -1;
+    }
     stream_.reset(opj_stream_create(stream_buffer, OPJ_TRUE));
     codec_.reset(opj_create_decompress(image.in_boxes ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
     if (!stream_ || !codec_) {
@@ -286,8 +303,13 @@ std::string decode_piece(const Jpeg2000Image &image, size_t component, const Jpe
                          const Jpeg2000Area &area, uint8_t *out, std::string *damage) {
     const Jpeg2000Component &wanted = image.components[component];
     const Tiles there = tiles_there(image, wanted, area);
-    if (there == Tiles::None)
-        return "the file ends before the tiles of this part";
+    if (there == Tiles::None) {
+        const auto &tiles = image.tile_is_there;
+        if (std::find(tiles.begin(), tiles.end(), true) == tiles.end())
+            return "the file ends before its first tile";
+        *damage = missing_tiles;
+        return "";
+    }
     uint8_t *at = out + ((area.line - whole.line) * whole.samples + area.sample - whole.sample) * wanted.sample_bytes();
     const bool together = image.joins_components && component < 3;
     std::string first_failure;
@@ -299,7 +321,7 @@ std::string decode_piece(const Jpeg2000Image &image, size_t component, const Jpe
             if (!strict)
                 *damage = first_failure;
             else if (there == Tiles::Some)
-                *damage = "tiles are missing";
+                *damage = missing_tiles;
             if (together && area == whole)
                 keep_others(image, component, area, *decoding.image(), *damage);
             return "";

@@ -37,6 +37,7 @@ struct Jpeg2000Image {
     std::vector<Jpeg2000Component> components;
     std::vector<bool> tile_is_there;  // whether its data begin in the file; row after row
     int64_t cut_tile_part = -1;       // byte of the file where one begins that reaches beyond its end
+    int64_t tile_parts_end = 0;       // byte of the file behind the last tile part
     bool joins_components = false;    // the first three can only be decoded together
 
     // The size of its largest component.
@@ -57,9 +58,9 @@ struct Jpeg2000Area {
     bool operator==(const Jpeg2000Area &) const = default;
 };
 
-// Decodes an area of a component (from 0) into native samples of its sample_bytes, line after line; only tiles and
-// code-blocks that the area touches, on all cores. An empty text, or why it failed. Where the data end early or tiles
-// are missing the samples stay 0 or coarse, and `damage` tells.
+// Decodes an area of a component (from 0) into native samples of its sample_bytes, line after line, in `out`, zeroed
+// before; only tiles and code-blocks that the area touches, on all cores. An empty text, or why it failed. Where the
+// data end early or tiles are missing the samples stay 0 or coarse, and `damage` tells.
 std::string decode_jpeg2000(const Jpeg2000Image &image, size_t component, const Jpeg2000Area &area, uint8_t *out,
                             std::string *damage);
 

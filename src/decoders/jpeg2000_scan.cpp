@@ -271,12 +271,14 @@ void Scan::read_tile_header(int64_t position, int64_t end) {
 void Scan::read_tile_parts() {
     int64_t position = tile_parts_;
     for (int i = 0;; ++i) {
+        image_->tile_parts_end = std::min(position, image_->file_size);
         uint8_t part[12];
         if (!read(position, part, sizeof part) || number(part, 2) != SOT)
             return;
         if (i == most_tile_parts) {
             image_->joins_components = image_->components.size() >= 3;
             image_->tile_is_there.assign(image_->tile_is_there.size(), true);
+            image_->tile_parts_end = image_->file_size;
             return;
         }
         const auto index = static_cast<size_t>(number(part + 4, 2));
@@ -288,8 +290,6 @@ void Scan::read_tile_parts() {
         if (index < image_->tile_is_there.size())
             image_->tile_is_there[index] = true;
         read_tile_header(position + static_cast<int64_t>(sizeof part), std::min(end, image_->file_size));
-        if (is_last)
-            return;
         position = end;
     }
 }

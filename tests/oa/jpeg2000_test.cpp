@@ -221,6 +221,14 @@ TEST_F(Jpeg2000, WhatIsCutIsShownWithANoticeOrRefused) {
         }
     }
     EXPECT_GT(partial, 10);
+    // A tile that is whole is read as it is, wherever behind it the file ends.
+    for (const size_t size : {file.size() * 2 / 5, file.size() * 3 / 5, file.size() - 2}) {
+        const OpenProduct product(folder_.write("x.jp2", file.substr(0, size)));
+        Jpeg2000Image image;
+        ASSERT_EQ(OaOpenJpeg2000(product.image(), &image), 0) << error_string;
+        EXPECT_EQ(bytes_of(OaObjectPtr(OaReadJpeg2000Part(product.image(), image, 1, OA_OWN_SIZE, 1, 32, 1, 32)).get()),
+                  cut(plane, 64, 1, 1, 32, 1, 32));
+    }
 }
 
 TEST_F(Jpeg2000, HeadersThatAskForTooMuchAreRefused) {
