@@ -405,10 +405,6 @@ bool pointer_is_busy() {
     return QGuiApplication::overrideCursor() != nullptr;
 }
 
-std::string clipboard_text() {
-    return QGuiApplication::clipboard()->text().toStdString();
-}
-
 // --- Boxes --------------------------------------------------------------------------------------------------------
 
 void when_idle(std::function<void()> action) {

@@ -73,7 +73,6 @@ unsigned document_background(const Window *window);
 bool has_scroll_bars(const Window *window);
 GuiRect place_on_screen(const Window *window);
 bool pointer_is_busy();
-std::string clipboard_text();
 
 // Asks the application to quit, as the session does.
 void ask_to_quit();
