@@ -7,7 +7,7 @@
 namespace {
 
 constexpr size_t chunk_size = size_t{1} << 18;
-constexpr size_t most_marks = size_t{1} << 20;
+constexpr size_t most_marks = size_t{1} << 16;
 
 const char *find(const char *from, const char *end, char c) {
     const void *found = memchr(from, c, static_cast<size_t>(end - from));
@@ -75,7 +75,7 @@ void LineIndex::extend_to(int64_t line) {
             for (size_t i = 0; i < marks_.size() / 2; ++i)
                 marks_[i] = marks_[2 * i];
             marks_.resize(marks_.size() / 2);
-            stride_ *= 2;  // the line just met is a multiple of the new stride, too, as there were 2^20 marks
+            stride_ *= 2;  // the line just met is a multiple of the new stride, too, as the marks were a power of 2
         }
         marks_.push_back(scanner_.position());
     }
