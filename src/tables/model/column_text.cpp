@@ -1,13 +1,10 @@
 #include "tables/model/column_text.h"
 
-#include "base/notice.h"
-#include "base/text.h"
+#include "tables/model/out_of_memory.h"
 #include "tables/model/value_lists.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <new>
 
 namespace {
 
@@ -105,16 +102,6 @@ FieldSpan without_blanks(FieldSpan bytes) {
     return bytes;
 }
 
-template <typename Make>
-auto or_out_of_memory(const char *routine, const Make &make) {
-    try {
-        return make();
-    } catch (const std::bad_alloc &) {
-        util_notice(NoticeKind::Error, "Lumacart " + std::string(routine) + " ran out of memory");
-        exit(EXIT_FAILURE);
-    }
-}
-
 // --- Bits ---------------------------------------------------------------------------------------------------------
 
 constexpr int64_t result_bits = 32;
@@ -195,7 +182,7 @@ void tb_append_bit_field(FieldFormat format, const ColumnInfo &bit_column, Field
 
 std::string tb_format_column_value_1(const ColumnInfo &column, const uint8_t *bytes, int64_t width,
                                      const TableInfo &table) {
-    return or_out_of_memory(__func__, [&] {
+    return tb_or_out_of_memory("Lumacart tb_format_column_value_1 ran out of memory", [&] {
         std::string text;
         if (width < 1)
             tb_append_asterisks(width, &text);
@@ -208,7 +195,7 @@ std::string tb_format_column_value_1(const ColumnInfo &column, const uint8_t *by
 std::string tb_format_bit_column_value_1(const TableInfo &table, const ColumnInfo &bit_column, FieldSpan bytes,
                                          int64_t bit_item, int64_t *out_width, const std::string &parent_type) {
     *out_width = result_bits / 8;
-    return or_out_of_memory(__func__, [&] {
+    return tb_or_out_of_memory("Lumacart tb_format_bit_column_value_1 ran out of memory", [&] {
         std::string text;
         tb_append_bit_field(tb_bit_column_format(table, bit_column), bit_column, bytes, bit_item,
                             parent_type == "LSB BIT STRING", &text);

@@ -1,15 +1,12 @@
 #include "tables/model/field_text.h"
 
-#include "base/notice.h"
 #include "oa/binrep.h"
+#include "tables/model/out_of_memory.h"
 
 #include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <new>
 
 namespace {
 
@@ -64,33 +61,36 @@ void append_real(T value, std::string *text) {
         text->append(std::isnan(value) ? "NaN" : value < 0 ? "-Inf" : "Inf");
 }
 
-double real_of(const BinrepDescrip *form, FieldSpan bytes) {
-    const BinrepErrors before = binrep_errors;  // the text tells: there is nothing to report later
-    double value = 0;
-    BinrepConvert(bytes.data(), &value, form, OalGetNativeCTypeInfo().real);
-    binrep_errors = before;
-    return value;
-}
+// One stored form, with what turns it into a double. The text tells of values that a double has not: what the
+// conversion counts is not kept for later reports.
+class RealForm {
+  public:
+    explicit RealForm(const char *name)
+        : source_(OalFindBinrepDescrip(name)), plan_(OalPlanBinrep(source_, OalGetNativeCTypeInfo().real)) {}
 
-struct RealForm {
-    size_t width;
-    const char *name;
+    size_t width() const { return source_->size; }
+    double value_of(FieldSpan bytes) const {
+        const BinrepErrors before = binrep_errors;
+        double value = 0;
+        BinrepConvertRun(plan_, bytes.data(), &value, 1);
+        binrep_errors = before;
+        return value;
+    }
+
+  private:
+    const BinrepDescrip *source_;
+    BinrepPlan plan_;
 };
-constexpr RealForm msb_extended = {10, "IEEE_REAL10"};
-constexpr RealForm lsb_extended = {10, "PC_REAL10"};
-constexpr RealForm vax_forms[] = {{4, "VAXF_REAL4"}, {8, "VAXD_REAL8"}, {16, "VAXH_REAL16"}};
-constexpr RealForm vaxg_forms[] = {{8, "VAXG_REAL8"}, {16, "VAXH_REAL16"}};
 
 template <Order order>
 bool append_ieee_real(FieldSpan bytes, std::string *text) {
-    static const BinrepDescrip *const extended =
-        OalFindBinrepDescrip(order == Order::HighFirst ? msb_extended.name : lsb_extended.name);
+    static const RealForm extended(order == Order::HighFirst ? "IEEE_REAL10" : "PC_REAL10");
     if (bytes.size() == 4)
         append_real(std::bit_cast<float>(static_cast<uint32_t>(value_of<order>(bytes))), text);
     else if (bytes.size() == 8)
         append_real(std::bit_cast<double>(value_of<order>(bytes)), text);
-    else if (bytes.size() == msb_extended.width)
-        append_real(real_of(extended, bytes), text);
+    else if (bytes.size() == extended.width())
+        append_real(extended.value_of(bytes), text);
     else
         return false;
     return true;
@@ -100,9 +100,9 @@ bool append_vax(std::span<const RealForm> forms, FieldSpan bytes, std::string *t
     const auto form = std::ranges::find(forms, bytes.size(), &RealForm::width);
     if (form == forms.end())
         return false;
-    const double value = real_of(OalFindBinrepDescrip(form->name), bytes);
+    const double value = form->value_of(bytes);
     const auto single = static_cast<float>(value);
-    if (form->width == sizeof single && static_cast<double>(single) == value)
+    if (form->width() == sizeof single && static_cast<double>(single) == value)
         append_real(single, text);
     else
         append_real(value, text);
@@ -128,17 +128,13 @@ void append_bits(uint8_t byte, std::string *text) {
 
 // --- One field ----------------------------------------------------------------------------------------------------
 
-// Field texts go through here, so that memory that is out ends the program with a word on where.
-FieldText text_of(FieldFormat format, const uint8_t *bytes, int64_t width, const char *routine) {
-    try {
+FieldText text_of(FieldFormat format, const uint8_t *bytes, int64_t width, const char *out_of_memory) {
+    return tb_or_out_of_memory(out_of_memory, [&]() -> FieldText {
         std::string text;
         if (width < 0 || !format(FieldSpan(bytes, static_cast<size_t>(width)), &text))
             return std::nullopt;
         return text;
-    } catch (const std::bad_alloc &) {
-        util_notice(NoticeKind::Error, std::string(routine) + " - unable to allocate memory");
-        exit(EXIT_FAILURE);
-    }
+    });
 }
 
 }  // namespace
@@ -214,10 +210,12 @@ bool tb_append_msb_ieee_real(FieldSpan bytes, std::string *text) {
     return append_ieee_real<Order::HighFirst>(bytes, text);
 }
 bool tb_append_vax_real(FieldSpan bytes, std::string *text) {
-    return append_vax(vax_forms, bytes, text);
+    static const RealForm forms[] = {RealForm("VAXF_REAL4"), RealForm("VAXD_REAL8"), RealForm("VAXH_REAL16")};
+    return append_vax(forms, bytes, text);
 }
 bool tb_append_vaxg_real(FieldSpan bytes, std::string *text) {
-    return append_vax(vaxg_forms, bytes, text);
+    static const RealForm forms[] = {RealForm("VAXG_REAL8"), RealForm("VAXH_REAL16")};
+    return append_vax(forms, bytes, text);
 }
 
 bool tb_append_lsb_ieee_complex(FieldSpan bytes, std::string *text) {
@@ -234,44 +232,50 @@ bool tb_append_vaxg_complex(FieldSpan bytes, std::string *text) {
 }
 
 FieldText ft_char(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_char, bytes, width, "bit col conversion (ft-hex)");  // the note has always said so
+    return text_of(tb_append_char, bytes, width,
+                   "bit col conversion (ft-hex) - unable to allocate memory");  // the note has always said so
 }
 FieldText ft_hex(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_hex, bytes, width, "bit col conversion ft-hex");
+    return text_of(tb_append_hex, bytes, width, "bit col conversion ft-hex - unable to allocate memory");
 }
 FieldText ft_octal(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_octal, bytes, width, "bit col conversion ft_octal");
+    return text_of(tb_append_octal, bytes, width, "bit col conversion ft_octal - unable to allocate memory");
 }
 FieldText ft_lsb_binary(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_lsb_binary, bytes, width, "bit col conversion ft_lsb_binary");
+    return text_of(tb_append_lsb_binary, bytes, width, "bit col conversion ft_lsb_binary - unable to allocate memory");
 }
 FieldText ft_msb_binary_2(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_msb_binary, bytes, width, "bit col conversion ft_msb_binary_2");
+    return text_of(tb_append_msb_binary, bytes, width,
+                   "bit col conversion ft_msb_binary_2 - unable to allocate memory");
 }
 FieldText ft_lsb_integer(const uint8_t *bytes, int64_t width, int is_signed) {
-    return text_of(is_signed ? tb_append_lsb_signed : tb_append_lsb_unsigned, bytes, width, "ft_lsb_integer");
+    return text_of(is_signed ? tb_append_lsb_signed : tb_append_lsb_unsigned, bytes, width,
+                   "ft_lsb_integer - unable to allocate memory");
 }
 FieldText ft_msb_integer(const uint8_t *bytes, int64_t width, int is_signed) {
     return text_of(is_signed ? tb_append_msb_signed : tb_append_msb_unsigned, bytes, width,
-                   "bit col conversion ft_msb_integer");
+                   "bit col conversion ft_msb_integer - unable to allocate memory");
 }
 FieldText ft_lsb_ieee_real(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_lsb_ieee_real, bytes, width, "bit col conversion ft_lsb_ieee_real");
+    return text_of(tb_append_lsb_ieee_real, bytes, width,
+                   "bit col conversion ft_lsb_ieee_real - unable to allocate memory");
 }
 FieldText ft_msb_ieee_real(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_msb_ieee_real, bytes, width, "bit col conversion ft_msb_ieee_real");
+    return text_of(tb_append_msb_ieee_real, bytes, width,
+                   "bit col conversion ft_msb_ieee_real - unable to allocate memory");
 }
 FieldText ft_vax_real(const uint8_t *bytes, int64_t width, VaxForm form) {
     return text_of(form == TB_VAX_G ? tb_append_vaxg_real : tb_append_vax_real, bytes, width,
-                   "bit col conversion ft_vax_real");
+                   "bit col conversion ft_vax_real - unable to allocate memory");
 }
 FieldText ft_lsb_ieee_complex(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_lsb_ieee_complex, bytes, width, "ft_lsb_ieee_complex");
+    return text_of(tb_append_lsb_ieee_complex, bytes, width, "ft_lsb_ieee_complex - unable to allocate memory");
 }
 FieldText ft_msb_ieee_complex(const uint8_t *bytes, int64_t width) {
-    return text_of(tb_append_msb_ieee_complex, bytes, width, "bit col conversion ft_msb_ieee_complex");
+    return text_of(tb_append_msb_ieee_complex, bytes, width,
+                   "bit col conversion ft_msb_ieee_complex - unable to allocate memory");
 }
 FieldText ft_vax_complex(const uint8_t *bytes, int64_t width, VaxForm form) {
     return text_of(form == TB_VAX_G ? tb_append_vaxg_complex : tb_append_vax_complex, bytes, width,
-                   "bit col conversion ft_vax_complex");
+                   "bit col conversion ft_vax_complex - unable to allocate memory");
 }

@@ -6,7 +6,8 @@
 
 namespace {
 
-constexpr size_t chunk_size = size_t{1} << 18;
+constexpr size_t first_chunk = size_t{1} << 12;
+constexpr size_t largest_chunk = size_t{1} << 18;
 constexpr size_t most_marks = size_t{1} << 16;
 
 const char *find(const char *from, const char *end, char c) {
@@ -19,8 +20,9 @@ const char *find(const char *from, const char *end, char c) {
 // --- LineScanner --------------------------------------------------------------------------------------------------
 
 bool LineScanner::refill() {
-    if (buffer_.empty())
-        buffer_.resize(chunk_size);
+    // Most who look for one line find it near; who goes on is given more.
+    if (buffer_.size() < largest_chunk)
+        buffer_.resize(std::max(2 * buffer_.size(), first_chunk));
     const ssize_t count = pread(file_, buffer_.data(), buffer_.size(), end_offset_);
     held_ = std::max<ssize_t>(count, 0);
     end_offset_ += held_;

@@ -1,6 +1,7 @@
 // The columns of a table: its COLUMNs and FIELDs, those of containers once for each repetition.
 #include "base/text.h"
 #include "tables/model/keyword_text.h"
+#include "tables/model/out_of_memory.h"
 #include "tables/model/table_info.h"
 #include "tables/model/value_lists.h"
 
@@ -210,5 +211,5 @@ void tb_get_bit_column_info_1(const ObjDesc *object, ColumnInfo *column, int64_t
 }
 
 void tb_get_column_info_2(const ObjDesc *object, TableInfo *table) {
-    Plan(object, table).expand();
+    tb_or_out_of_memory("Lumacart tb_get_column_info ran out of memory", [&] { Plan(object, table).expand(); });
 }

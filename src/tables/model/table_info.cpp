@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "tables/model/keyword_text.h"
 #include "tables/model/line_index.h"
+#include "tables/model/out_of_memory.h"
 #include "tables/model/value_lists.h"
 
 #include <algorithm>
@@ -167,15 +168,17 @@ void tb_get_table_info(TableProduct *product) {
     product->tables.clear();
     if (!product->root)
         return;
-    DataFinder finder(*product);
-    for (const ObjDesc *node = product->root; node; node = OdlTraverseTree(node, product->root->level)) {
-        if (!tb_is_table(node))
-            continue;
-        TableInfo &table = product->tables.emplace_back();
-        get_table_key_words(node, &table, product->file);
-        finder.locate(&table);
-        tb_get_column_info_2(node, &table);
-    }
+    tb_or_out_of_memory("Lumacart tb_get_table_info ran out of memory", [&] {
+        DataFinder finder(*product);
+        for (const ObjDesc *node = product->root; node; node = OdlTraverseTree(node, product->root->level)) {
+            if (!tb_is_table(node))
+                continue;
+            TableInfo &table = product->tables.emplace_back();
+            get_table_key_words(node, &table, product->file);
+            finder.locate(&table);
+            tb_get_column_info_2(node, &table);
+        }
+    });
 }
 
 TableProduct tb_read_product(const ObjDesc *root) {

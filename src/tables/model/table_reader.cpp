@@ -4,6 +4,7 @@
 #include "base/notice.h"
 #include "base/text.h"
 #include "tables/model/byte_window.h"
+#include "tables/model/out_of_memory.h"
 #include "tables/model/spreadsheet_reader.h"
 
 #include <algorithm>
@@ -118,11 +119,13 @@ std::string tb_missing_text(const FieldBytes &field) {
 }
 
 std::string tb_read_column_2(TableReader *reader, const ColumnInfo &column, int64_t row, int64_t item) {
-    FieldBytes field;
-    if (reader->read(row, column, item, &field))
-        return {field.bytes.begin(), field.bytes.end()};
-    util_notice(NoticeKind::Error, tb_missing_text(field));
-    return "";
+    return tb_or_out_of_memory("Lumacart tb_read_column ran out of memory", [&]() -> std::string {
+        FieldBytes field;
+        if (reader->read(row, column, item, &field))
+            return {field.bytes.begin(), field.bytes.end()};
+        util_notice(NoticeKind::Error, tb_missing_text(field));
+        return "";
+    });
 }
 
 bool read_field(TableReader *reader, const ColumnInfo &column, int64_t row, int64_t item, std::string *text) {

@@ -53,6 +53,7 @@ TEST(FieldText, Types) {
         {"VAX REAL", "00800000", "NaN"},  // reserved operand
         {"VAXG REAL", "1040000000000000", "1"},
         {"VAXG REAL", "80400000", "****"},
+        {"VAXG REAL", "00c00000 00000000 00000000 00000000", "-0.5"},
         {"COMPLEX", "3f800000 c0000000", "1 -2"},
         {"PC COMPLEX", "0000803f 000000c0", "1 -2"},
         {"VAX COMPLEX", "80400000 80c00000", "1 -1"},
