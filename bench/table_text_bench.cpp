@@ -127,7 +127,7 @@ void measure(const Kind &kind, const std::string &path, int64_t rows) {
 }  // namespace
 
 int main(int argc, char **argv) {
-    const int64_t rows = argc > 1 ? atoll(argv[1]) : 2000000;
+    const int64_t rows = argc > 1 && atoll(argv[1]) > 0 ? atoll(argv[1]) : 2000000;
     const Kind kinds[] = {
         {"ascii", "ASCII", std::vector<Column>(8, {"ASCII_REAL", 12})},
         {"integers", "BINARY", std::vector<Column>(8, {"MSB_INTEGER", 4})},

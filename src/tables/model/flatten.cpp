@@ -10,7 +10,7 @@
 namespace {
 
 constexpr int64_t most_containers = 50000;
-constexpr int64_t most_copied_bytes = int64_t{1} << 28;
+constexpr int64_t most_copied_bytes = int64_t{1} << 27;
 
 int fail(int code, const char *routine, const char *message) {
     OaReportFailure(code, "%s: %s", routine, message);
