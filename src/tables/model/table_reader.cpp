@@ -3,7 +3,9 @@
 
 #include "base/notice.h"
 #include "base/text.h"
+#include "oa/sdt_build.h"
 #include "tables/model/byte_window.h"
+#include "tables/model/keyword_text.h"
 #include "tables/model/out_of_memory.h"
 #include "tables/model/spreadsheet_reader.h"
 
@@ -19,6 +21,7 @@ class FixedReader : public TableReader {
         has_rows_ = table.row_bytes > 0 &&
                     !__builtin_add_overflow(table.row_prefix_bytes, table.row_bytes, &row_length_) &&
                     !__builtin_add_overflow(row_length_, table.row_suffix_bytes, &row_length_);
+        column_major_ = OalIsColumnMajor(table.object);
         int64_t block = 0;
         if (file.blocking_type == "UNSPANNED" && file.block_bytes > 0 && file.block_records > 0 &&
             file.record_bytes > 0 && !__builtin_mul_overflow(file.record_bytes, file.block_records, &block)) {
@@ -30,6 +33,9 @@ class FixedReader : public TableReader {
     int64_t rows_present() override {
         if (!has_rows_)
             return 0;
+        if (column_major_)  // what is missing are the last columns; each row has a byte of the first at least
+            return std::clamp<int64_t>(window_.file_size() - std::max<int64_t>(table_.start_byte, 1) + 1, 0,
+                                       table_.rows);
         int64_t present = 0;
         int64_t beyond = table_.rows;
         while (present < beyond) {
@@ -85,17 +91,31 @@ class FixedReader : public TableReader {
         int64_t distance = 0;
         int64_t start = 0;
         if (__builtin_mul_overflow(item - 1, column.item_offset, &distance) ||
-            __builtin_add_overflow(distance, column.start_byte, &distance) ||
             __builtin_add_overflow(table_.start_byte, table_.row_prefix_bytes, &start) ||
             __builtin_add_overflow(distance, start, &distance) || __builtin_sub_overflow(distance, 2, &distance))
             return -1;
-        return offset_of(row, distance);
+        if (column_major_)
+            return place_in_columns(row, column, &start) && !__builtin_add_overflow(distance, start, &distance)
+                       ? offset_of(0, distance)
+                       : -1;
+        return __builtin_add_overflow(distance, column.start_byte, &distance) ? -1 : offset_of(row, distance);
+    }
+
+    // Where each column's fields lie together: what START_BYTE would be if all of the table were one row.
+    bool place_in_columns(int64_t row, const ColumnInfo &column, int64_t *place) const {
+        int64_t before = 0;
+        int64_t within = 0;
+        return !__builtin_sub_overflow(column.start_byte, 1, &before) &&
+               !__builtin_mul_overflow(before, table_.rows, &before) &&
+               !__builtin_mul_overflow(row, tb_number_of({"BYTES"}, column.object, column.bytes), &within) &&
+               !__builtin_add_overflow(before, within, place) && !__builtin_add_overflow(*place, 1, place);
     }
 
     const TableInfo &table_;
     ByteWindow window_;
     int64_t row_length_ = 0;
     bool has_rows_ = false;
+    bool column_major_ = false;
     int64_t block_ = 0;  // bytes of records in a block of the file; 0: records follow one another
     int64_t pad_ = 0;    // bytes behind them
     std::vector<uint8_t> filled_;

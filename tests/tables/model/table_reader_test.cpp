@@ -156,6 +156,27 @@ TEST_F(TableReaderTest, HostileShapes) {
     EXPECT_EQ(field.offset, rows * 100 - 4);
 }
 
+// Where fields of a column lie together, each is found as the table reader finds it.
+TEST_F(TableReaderTest, TablesStoredColumnByColumn) {
+    folder_.write("C.DAT", "#AbcdEFGH1122334");
+    const OpenProduct opened(
+        folder_.write("C.LBL",
+                      "^TABLE = (\"C.DAT\", 2 <BYTES>)\nOBJECT = TABLE\nTABLE_STORAGE_TYPE = COLUMN_MAJOR\nROWS = 4\n"
+                      "ROW_BYTES = 4\nOBJECT = COLUMN\nDATA_TYPE = CHARACTER\nSTART_BYTE = 1\nBYTES = 2\nITEMS = 2\n"
+                      "ITEM_BYTES = 1\nEND_OBJECT = COLUMN\nOBJECT = COLUMN\nDATA_TYPE = CHARACTER\nSTART_BYTE = 3\n"
+                      "BYTES = 2\nEND_OBJECT = COLUMN\nEND_OBJECT = TABLE\nEND\n"));
+    const TableProduct product = tb_read_product(opened.root.get());
+    const ColumnView view(product.tables.at(0));
+    const auto reader = tb_open_reader(product.file, product.tables[0]);
+    std::string text;
+    for (int64_t row = 0; row < reader->rows_present(); ++row)
+        for (int64_t i = 0; i < view.size(); ++i) {
+            text += ' ';
+            EXPECT_TRUE(view.append(reader.get(), row, i, &text));
+        }
+    EXPECT_EQ(text, " A b 11 c d 22 E F 33 G H 4.");
+}
+
 TEST_F(TableReaderTest, FieldsOfSpreadsheets) {
     const struct {
         const char *delimiter;
