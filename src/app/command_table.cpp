@@ -54,7 +54,7 @@ constexpr std::array rows = {
     CommandRow{1042, application, Image, menu2_stretch_display},
     CommandRow{1047, application, Image, show_hierarchy},
     CommandRow{1048, application, Image, show_keywords},
-    CommandRow{1050, application, Image, nullptr},  // histogram
+    CommandRow{1050, application, Image, show_histogram},
     CommandRow{1051, application, Image, open_full_label},
     CommandRow{1052, application, Qube, nullptr},   // side data
     CommandRow{1053, application, Bands, nullptr},  // band selection
@@ -79,6 +79,14 @@ constexpr std::array rows = {
     CommandRow{2003, application, Image, zoom_actual},
     CommandRow{2004, application, Image, zoom_to_fit},
     CommandRow{2005, application, Image, copy_read_out},
+    CommandRow{2010, application, Image, choose_palette<0>},
+    CommandRow{2011, application, Image, choose_palette<1>},
+    CommandRow{2012, application, Image, choose_palette<2>},
+    CommandRow{2013, application, Image, choose_palette<3>},
+    CommandRow{2014, application, Image, choose_palette<4>},
+    CommandRow{2015, application, Image, choose_palette<5>},
+    CommandRow{2016, application, Image, choose_palette<6>},
+    CommandRow{2017, application, Image, choose_palette<file_palette>},
     CommandRow{2090, application, Any, show_window_help},
     CommandRow{2090, label, Any, show_window_help},
     CommandRow{2091, application, Any, show_keyboard_help},

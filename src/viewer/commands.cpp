@@ -28,6 +28,7 @@ bool fits(CommandScope scope, const Window *window) {
         case DocumentKind::Label:
             return scope == CommandScope::Label;
         case DocumentKind::Listing:
+        case DocumentKind::Histogram:
             return false;
     }
     return false;

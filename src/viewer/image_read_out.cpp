@@ -112,6 +112,15 @@ bool pixel_at(const Window *window, const GenericState &state, GuiPoint point, P
     return pixel->column < image.width && pixel->row < image.height;
 }
 
+void show_remark(Window *window, const std::string &text) {
+    const GenericState *state = window_state(window);
+    gui_set_text(window, status_line, text);
+    gui_set_text(window, value_line, "");
+    place_read_out(window, *state);
+    gui_show_control(window, status_line, true);
+    gui_show_control(window, value_line, false);
+}
+
 void prepare_read_out(Window *window, const GenericState &state) {
     gui_show_control(window, status_line, false);
     gui_show_control(window, value_line, false);

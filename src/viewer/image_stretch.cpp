@@ -3,6 +3,7 @@
 #include "viewer/model/rotate.h"
 #include "viewer/model/sample_value.h"
 #include "viewer/model/stretch.h"
+#include "viewer/palette_commands.h"
 #include "viewer/session.h"
 
 #include <array>
@@ -114,7 +115,8 @@ bool rebuild_display_image(GenericState *state, std::optional<RealRange> range) 
         return false;
     }
     state->display_state->stretched = range;
-    state->display_state->inverted = false;
+    state->display_state->control = DisplayControl();
+    image.palette_number = grey_palette;
     return true;
 }
 
@@ -136,6 +138,5 @@ void menu2_stretch_image(Window *window) {
     if (answer != stretch_button || !gui_window_exists(window))
         return;
     if (rebuild_display_image(state, choice.range))
-        gui_invalidate(window);
-    refresh_read_out(window);
+        pixels_changed(window);
 }

@@ -5,6 +5,7 @@
 #include "viewer/model/rotate.h"
 #include "viewer/model/stretch.h"
 #include "viewer/open_product.h"
+#include "viewer/palette_commands.h"
 #include "viewer/session.h"
 
 #include <algorithm>
@@ -109,6 +110,7 @@ long win_image_e_create(Window *window) {
         gui_enable_command(window, number, false);
     if (!read_samples(window, state) || !create_image(state) || !turn_image(state->image_info.get()))
         return 1;
+    prepare_palettes(window);
     const ImageDescription &image = *state->image_info;
     update_content_size(window, *state);
     gui_set_client_size(window, {image.display_image->width, image.display_image->height});

@@ -22,6 +22,8 @@ void show_browsed(Window *window);
 void refresh_read_out(Window *window);
 void copy_read_out(Window *window);       // the last one, to the clipboard
 void toggle_hexadecimal(Window *window);  // integers in the read-out as hexadecimal too
+// Shows a text in the status line until the read-out takes its place.
+void show_remark(Window *window, const std::string &text);
 
 void menu2_stretch_display(Window *window);  // percentile stretch of the colour table
 void menu2_stretch_image(Window *window);    // between a minimum and a maximum that the user is asked for

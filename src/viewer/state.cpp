@@ -15,8 +15,8 @@ GenericState *window_state(const Window *window) {
 
 // A message that the Create event shows runs an event loop, in which the application may end and every window with it:
 // until the window stands, the state must outlive it.
-Window *open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state) {
-    Window *window = gui_create_window(resource, nullptr, handler, state.get());
+Window *open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state, Window *owner) {
+    Window *window = gui_create_window(resource, owner, handler, state.get());
     if (window)
         state.release()->belongs_to_window = true;
     return window;

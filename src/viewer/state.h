@@ -3,7 +3,9 @@
 
 #include "gui/gui.h"
 #include "oa/oa.h"
+#include "viewer/model/display_control.h"
 #include "viewer/model/image_description.h"
+#include "viewer/model/level_histogram.h"
 #include "viewer/model/sample_range.h"
 #include "viewer/model/sample_source.h"
 
@@ -56,7 +58,8 @@ struct DisplayState {
     std::unique_ptr<SampleSource> source;
     int zoom = 1;    // screen pixels an image pixel
     int shrink = 1;  // image pixels a screen pixel; one of the two is 1
-    bool inverted = false;
+    DisplayControl control;
+    std::optional<ColourTable> file_colours;  // that the product brings along
     bool is_qube_band = false;
     bool keeps_fitting = false;          // the zoom follows the window's size until the user zooms
     std::optional<RealRange> stretched;  // samples between black and white; none: as opened
@@ -68,12 +71,22 @@ struct DisplayState {
 };
 
 // Which kind of document a window shows; the command table chooses by it.
-enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4, Listing = 5 };
+enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4, Listing = 5, Histogram = 6 };
 
 // What a window with a list of lines begins with.
 struct ListingState {
     GuiRect place;
     std::vector<std::string> lines;
+};
+
+// What a histogram window shows of the image window that owns it.
+struct HistogramState {
+    Window *image_window = nullptr;
+    LevelHistogram histogram;
+    DisplayBar bar = DisplayBar::Black;  // that keys move
+    bool dragging = false;               // by the mouse
+    double grip = 0;                     // pixels from the bar to where the mouse took it
+    int pointed_level = -1;              // under the mouse; -1: none
 };
 
 struct GenericState {
@@ -85,13 +98,16 @@ struct GenericState {
     std::unique_ptr<ImageDescription> image_info;
     std::unique_ptr<DisplayState> display_state;  // after the label, which its source reads
     std::unique_ptr<ListingState> listing;
+    std::unique_ptr<HistogramState> histogram;
     std::map<int, Window *> children;  // opened from this window, by the command that opens them
     Window *opened_from = nullptr;     // the window that holds this one among its children
 };
 
 // Makes a document window whose data is the state, and hands the state to it. Where no window comes of it, because the
-// handler refused or the window went again at once, the state ends here. Null when there is no window.
-Window *open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state);
+// handler refused or the window went again at once, the state ends here. It goes with its owner, which may be null.
+// Null when there is no window.
+Window *open_document_window(int resource, EventHandler handler, std::unique_ptr<GenericState> state,
+                             Window *owner = nullptr);
 
 // Windows that a window keeps at most one of: the label, hierarchy or keywords of an image. Each stands on its own and
 // may outlive the window it was opened from.

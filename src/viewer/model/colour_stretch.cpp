@@ -1,22 +1,5 @@
 #include "viewer/model/stretch.h"
 
-namespace {
-
-// The ramp from black at `low` to white at `high`; false when there is none between the two.
-bool set_grey_ramp(ColourTable *colours, int low, int high) {
-    if (high <= low)
-        return false;
-    const float slope = 255.0F / static_cast<float>(high - low);
-    for (int i = 0; i < 256; ++i) {
-        const float level = static_cast<float>(i - low) * slope + 0.5F;
-        const auto grey = static_cast<uint8_t>(level < 0 ? 0.0F : level > 255 ? 255.0F : level);
-        (*colours)[static_cast<size_t>(i)] = {grey, grey, grey};
-    }
-    return true;
-}
-
-}  // namespace
-
 std::array<int64_t, 256> count_levels(const PixelImage &image) {
     std::array<int64_t, 256> counts = {};
     if (image.bytes_per_pixel != 1)
@@ -38,8 +21,8 @@ std::array<int64_t, 256> count_levels(const PixelImage &image) {
     return counts;
 }
 
-bool stretch_colours(PixelImage *image) {
-    const auto counts = count_levels(*image);
+bool percentile_levels(const PixelImage &image, int *low_level, int *high_level) {
+    const auto counts = count_levels(image);
     int64_t total = 0;
     for (size_t level = 1; level < counts.size(); ++level)
         total += counts[level];
@@ -56,14 +39,9 @@ bool stretch_colours(PixelImage *image) {
         if (high == 0 && running >= 99.5F)
             high = level;
     }
-    return set_grey_ramp(&image->colours, low, high);
-}
-
-void invert_colours(PixelImage *image) {
-    for (size_t i = 0; i < image->colours.size(); ++i) {
-        const auto grey = static_cast<uint8_t>(255 - i);
-        image->colours[i] = {grey, grey, grey};
-    }
+    *low_level = low;
+    *high_level = high;
+    return high > low;
 }
 
 void reset_colours(PixelImage *image) {

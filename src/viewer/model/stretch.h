@@ -52,11 +52,10 @@ std::string build_display_image(const void *samples, ImageDescription *descripti
 // Pixels of each level of an 8-bit image.
 std::array<int64_t, 256> count_levels(const PixelImage &image);
 
-// Percentile stretch of the colour table: half a per cent of the pixels, level 0 left out, go black and white each.
-// False when the table stays as it is: all pixels are of level 0 or both limits coincide.
-bool stretch_colours(PixelImage *image);
-void invert_colours(PixelImage *image);  // entry i becomes grey 255 - i
-void reset_colours(PixelImage *image);   // entry i becomes grey i
+// The levels that the percentile stretch of the colour table shows black and white: half a per cent of the pixels,
+// level 0 left out, go beyond each. False when there are none: all pixels are of level 0 or both coincide.
+bool percentile_levels(const PixelImage &image, int *low, int *high);
+void reset_colours(PixelImage *image);  // entry i becomes grey i
 
 // A display byte as the number that read-outs show.
 double getDNValue(uint8_t display_byte);
