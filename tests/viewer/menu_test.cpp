@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int APPLICATION_MENU = 1, LABEL_MENU = 2;
+constexpr int APPLICATION_MENU = 1, LABEL_MENU = 2, HISTOGRAM_MENU = 201;
 constexpr int part_of_image_heading = 1055;
 
 bool has_command(const std::vector<MenuItem> &items, int number) {
@@ -52,6 +52,7 @@ TEST(Menus, ReachEveryCommandByDistinctKeys) {
         for (const CommandRow &row : lumacart_commands())
             EXPECT_TRUE(has_command(bars.at(row.dispatcher), row.number)) << row.number << " is in no menu";
         EXPECT_TRUE(has_command(bars.at(CommandDispatcher::Application), part_of_image_heading));
+        expect_distinct(menu_items(HISTOGRAM_MENU));
     });
 }
 
