@@ -60,10 +60,10 @@ void draw_axes(Canvas *canvas, const HistogramLayout &layout, const LevelHistogr
     const int line = gui_text_size("0", font_points).height;
     const int64_t scale = histogram_scale(histogram);
     const int bottom = plot.top + plot.height;
-    int last_top = bottom + line;
+    int last_top = bottom + 2 * line;
     for (const int64_t tick : histogram_ticks(histogram, scale)) {
         const int y = bottom - histogram_height(histogram, scale, tick, plot.height);
-        if (last_top - y < line)
+        if (last_top - y < line + 1)
             continue;
         last_top = y;
         gui_fill_rectangle(canvas, {plot.left, std::min(y, bottom - 1), plot.width, 1}, grid);

@@ -14,8 +14,10 @@ bool can_choose(const GenericState &image, int palette_number) {
 }
 
 void mark_palette(Window *window, const GenericState &image) {
-    for (int number = grey_palette; number <= file_palette; ++number)
-        gui_check_command(window, first_palette_command + number, number == image.image_info->palette_number);
+    for (int number = grey_palette; number <= file_palette; ++number) {
+        if (can_choose(image, number))
+            gui_check_command(window, first_palette_command + number, number == image.image_info->palette_number);
+    }
 }
 
 ColourTable palette_of(const GenericState &image, int palette_number) {

@@ -31,7 +31,8 @@ std::optional<ColourTable> read_file_colours(const ObjDesc *image) {
     int64_t row_bytes = 0;
     int64_t prefix = 0;
     int64_t suffix = 0;
-    if (!node || OaGetTableKeywords(node, &rows, &row_bytes, &prefix, &suffix) != 0 || row_bytes != 3)
+    if (!node || OaGetTableKeywords(node, &rows, &row_bytes, &prefix, &suffix) != 0 || row_bytes != 3 || rows < 1 ||
+        rows > 256)
         return std::nullopt;
     const OaObjectPtr table(OaReadTable(node));
     if (!table || !table->data)
