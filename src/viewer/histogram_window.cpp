@@ -301,6 +301,7 @@ long WIN_HISTOGRAM_eh(Window *window, const Event &event) {
             gui_destroy_window(window);
             break;
         case EventType::MouseDown:
+        case EventType::MouseDouble:
             win_histogram_e_mouse_down(window, histogram, event);
             break;
         case EventType::MouseMove:
