@@ -165,40 +165,6 @@ TEST_F(Drawing, LinesAndRectanglesAreExactToThePixel) {
     });
 }
 
-TEST_F(Drawing, TextsStandWhereTheyAreAligned) {
-    run([](Window *window) {
-        TextAlign align = TextAlign::Left;
-        double points = 9;
-        g_scene.draw = [&](Canvas *canvas) {
-            gui_draw_text(canvas, {20, 40, 160, 40}, "MMM", gui_colour(GuiColour::Text), points, align);
-        };
-        const unsigned ground = document_background(window);
-        const auto extent = [&] {
-            const std::vector<unsigned> pixels = shown_pixels(window, {0, 0, 200, 150});
-            int left = 200, right = -1;
-            for (int i = 0; i < 200 * 150; ++i) {
-                if (pixels[static_cast<size_t>(i)] == ground)
-                    continue;
-                left = std::min(left, i % 200);
-                right = std::max(right, i % 200);
-            }
-            return std::pair(left, right);
-        };
-        const auto [left, left_end] = extent();
-        EXPECT_LT(left, 30);
-        align = TextAlign::Right;
-        const auto [right_start, right] = extent();
-        EXPECT_GT(right, 170);
-        align = TextAlign::Centre;
-        const auto [middle, middle_end] = extent();
-        EXPECT_NEAR(middle + middle_end, 200, 4);
-        points = 18;
-        const auto [wide, wide_end] = extent();
-        EXPECT_GT(wide_end - wide, (middle_end - middle) * 3 / 2);
-        EXPECT_GT(gui_text_size("MMM", 18).width, gui_text_size("MMM", 9).width * 3 / 2);
-    });
-}
-
 // Where a part ends within a screen pixel that pixel is not left to the background.
 TEST_F(Drawing, PartsMeetOnAScreenOfFractionalScale) {
     setenv("QT_SCALE_FACTOR", "1.25", 1);
