@@ -10,16 +10,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <functional>
-#include <set>
 #include <string>
 #include <vector>
 
 namespace {
 
-// Whole tables, each computed in whole numbers: 510 v = 510 (m - maxpix - left + i) 255 / width + 255.
+// Whole tables, each computed in whole numbers.
 TEST(DisplayControl, WholeTables) {
     struct Case {
         const char *name;
@@ -92,7 +91,7 @@ TEST(Palette, MapsKeepTheirPromises) {
 
 std::unique_ptr<PixelImage> image_of(const std::vector<uint8_t> &levels) {
     auto image = util_new_pixel_image(static_cast<int>(levels.size()), 1, 1);
-    memcpy(image->pixels.get(), levels.data(), levels.size());
+    std::copy(levels.begin(), levels.end(), image->pixels.get());
     return image;
 }
 
