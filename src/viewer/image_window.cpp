@@ -110,6 +110,8 @@ long win_image_e_create(Window *window) {
         gui_enable_command(window, number, false);
     if (!read_samples(window, state) || !create_image(state) || !turn_image(state->image_info.get()))
         return 1;
+    if (!gui_window_exists(window))  // it went while a message was shown
+        return 1;
     prepare_palettes(window);
     const ImageDescription &image = *state->image_info;
     update_content_size(window, *state);

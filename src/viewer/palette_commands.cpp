@@ -66,8 +66,6 @@ void ChangePalette(Window *image_window, int palette_number) {
 
 void prepare_palettes(Window *image_window) {
     GenericState *state = window_state(image_window);
-    if (!state)  // it went while a message was shown
-        return;
     if (has_colour_table(state) && state->label_state)
         state->display_state->file_colours = read_file_colours(state->label_state->current_object);
     show_palettes(image_window, *state);
