@@ -1,8 +1,8 @@
 // The picture of an image part as the viewer shows it, as a PNG file.
 #pragma once
 
-#include "cli/image_part.h"
 #include "viewer/model/image_description.h"
+#include "viewer/model/image_part.h"
 
 #include <cstdio>
 #include <string>

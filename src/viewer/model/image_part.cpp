@@ -1,4 +1,4 @@
-#include "cli/image_part.h"
+#include "viewer/model/image_part.h"
 
 #include <algorithm>
 
