@@ -93,6 +93,40 @@ BENCHMARK(BM_Turn<rotate_image_90>)->Arg(1)->Arg(4);
 BENCHMARK(BM_Turn<rotate_image_180>)->Arg(1)->Arg(4);
 BENCHMARK(BM_Turn<invert_image_vertical>)->Arg(1)->Arg(4);
 
+// A turn of 10,000 x 10,000 pixels beside a plain copy of the same bytes, each into a new image.
+constexpr int large_side = 10000;
+
+std::unique_ptr<PixelImage> large_image(int bytes_per_pixel) {
+    auto image = util_new_pixel_image(large_side, large_side, bytes_per_pixel);
+    const int64_t size = int64_t{large_side} * large_side * bytes_per_pixel;
+    for (int64_t i = 0; image && i < size; ++i)
+        image->pixels.get()[i] = static_cast<uint8_t>(i * 7 + i / large_side);
+    return image;
+}
+
+std::unique_ptr<PixelImage> plain_copy(const PixelImage &image) {
+    auto copy = util_new_pixel_image(image.width, image.height, image.bytes_per_pixel);
+    memcpy(copy->pixels.get(), image.pixels.get(),
+           static_cast<size_t>(int64_t{image.width} * image.height * image.bytes_per_pixel));
+    return copy;
+}
+
+template <std::unique_ptr<PixelImage> (*operation)(const PixelImage &)>
+void BM_TurnLarge(benchmark::State &state) {
+    const auto image = large_image(static_cast<int>(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(operation(*image));
+    state.SetBytesProcessed(state.iterations() * large_side * large_side * state.range(0));
+}
+BENCHMARK(BM_TurnLarge<plain_copy>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_image_90>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_image_180>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_image_270>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_invert_image_90>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_invert_image_180>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_invert_image_270>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<invert_image_horizontal>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+
 int time_one_image(const char *label, const char *display_path) {
     using Clock = std::chrono::steady_clock;
     const OdlTree root(OaParseLabelFile(label, nullptr, 0, 1));

@@ -5,6 +5,7 @@
 namespace {
 
 constexpr std::array rows = {
+    ProductOpener{"*IMAGE", has_several_bands, open_bands, nullptr},
     ProductOpener{"IMAGE", nullptr, open_image, nullptr},
     ProductOpener{"*IMAGE", nullptr, open_image, nullptr},
 };

@@ -1,6 +1,7 @@
 #include "base/notice.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -9,6 +10,7 @@ void write_notice(NoticeKind, const std::string &text) {
 }
 
 NoticeHook installed_hook = write_notice;
+HeldNotices *holder = nullptr;  // the innermost one that exists
 
 }  // namespace
 
@@ -16,6 +18,15 @@ void util_set_notice_hook(NoticeHook hook) {
     installed_hook = hook ? hook : write_notice;
 }
 
+HeldNotices::HeldNotices() : outer_(std::exchange(holder, this)) {}
+
+HeldNotices::~HeldNotices() {
+    holder = outer_;
+}
+
 void util_notice(NoticeKind kind, const std::string &text) {
-    installed_hook(kind, text);
+    if (holder)
+        holder->notices_.push_back({kind, text});
+    else
+        installed_hook(kind, text);
 }

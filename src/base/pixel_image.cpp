@@ -15,6 +15,17 @@ std::unique_ptr<PixelImage> util_new_pixel_image(int width, int height, int byte
     return image->pixels ? std::move(image) : nullptr;
 }
 
+uint8_t util_pixel_level(const PixelImage &image, int64_t column, int64_t row) {
+    return image.pixels.get()[(row * image.width + column) * image.bytes_per_pixel];
+}
+
+Colour util_pixel_colour(const PixelImage &image, int64_t column, int64_t row) {
+    if (image.bytes_per_pixel == 1)
+        return image.colours[util_pixel_level(image, column, row)];
+    const uint8_t *pixel = image.pixels.get() + (row * image.width + column) * image.bytes_per_pixel;
+    return {pixel[2], pixel[1], pixel[0]};
+}
+
 ColourTable util_grey_colours() {
     ColourTable colours;
     for (size_t i = 0; i < colours.size(); ++i)

@@ -30,5 +30,9 @@ struct PixelImage {
 // is out.
 std::unique_ptr<PixelImage> util_new_pixel_image(int width, int height, int bytes_per_pixel);
 
+// What a pixel within the image is shown by: its index, or the lowest of its colour bytes, the blue one.
+uint8_t util_pixel_level(const PixelImage &image, int64_t column, int64_t row);
+Colour util_pixel_colour(const PixelImage &image, int64_t column, int64_t row);
+
 // The table in which entry i is grey i.
 ColourTable util_grey_colours();

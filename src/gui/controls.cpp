@@ -193,6 +193,16 @@ void gui_focus_control(Window *window, int control) {
         widget->setFocus();
 }
 
+void gui_check_control(Window *window, int control, bool checked) {
+    if (auto *button = qobject_cast<QAbstractButton *>(find_control(window, control)))
+        button->setChecked(checked);
+}
+
+bool gui_control_checked(const Window *window, int control) {
+    const auto *button = qobject_cast<const QAbstractButton *>(find_control(window, control));
+    return button && button->isChecked();
+}
+
 // --- Lists --------------------------------------------------------------------------------------------------------
 
 bool gui_set_list(Window *window, int control, std::vector<std::string> lines) {

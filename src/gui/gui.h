@@ -199,6 +199,8 @@ void gui_move_control(Window *window, int control, GuiRect place);  // in the cl
 GuiSize gui_wanted_size(const Window *window, int control);         // that its present text needs
 void gui_enable_control(Window *window, int control, bool enabled);
 void gui_focus_control(Window *window, int control);
+void gui_check_control(Window *window, int control, bool checked);  // a check box or radio button; sends no event
+bool gui_control_checked(const Window *window, int control);
 
 // A QListView: lines of text counted from 0, one of which may be selected. It finds lines by any part of their text as
 // the user types. The dynamic property `narrowBlanks` shows runs of blanks half as wide as digits.
@@ -354,8 +356,8 @@ struct FileRequest {
     std::string file_type;  // extension to filter by, without point; empty: all files
 };
 
-// Every message box and file dialog goes through the installed responder. The ordinary one asks the user; unattended
-// work and tests install their own, which must outlive its use.
+// Every message box and every file or colour dialog goes through the installed responder. The ordinary one asks the
+// user; unattended work and tests install their own, which must outlive its use.
 class Responder {
   public:
     virtual ~Responder() = default;
@@ -364,6 +366,8 @@ class Responder {
     virtual int question(const std::string &text, const std::vector<std::string> &buttons) = 0;
     virtual FileAnswer open_file(const FileRequest &request, FileSpec *chosen) = 0;
     virtual FileAnswer save_file(const FileRequest &request, FileSpec *chosen) = 0;
+    // False, leaving the colour, when none is chosen, as where nobody can be asked.
+    virtual bool choose_colour(const std::string &, Colour *) { return false; }
 };
 // Returns the one installed before; null restores the ordinary one.
 Responder *gui_set_responder(Responder *responder);
@@ -374,3 +378,4 @@ void gui_error(const std::string &text);
 int gui_question(const std::string &text, const std::vector<std::string> &buttons);
 FileAnswer gui_open_file(const FileRequest &request, FileSpec *chosen);
 FileAnswer gui_save_file(const FileRequest &request, FileSpec *chosen);
+bool gui_choose_colour(const std::string &prompt, Colour *colour);  // starts from the colour given

@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QColorDialog>
 #include <QFile>
 #include <QFileDialog>
 #include <QKeyEvent>
@@ -175,6 +176,23 @@ class DesktopResponder final : public Responder {
         delete dialog;
         return answer;
     }
+
+    bool choose_colour(const std::string &prompt, Colour *colour) override {
+        if (!qApp)
+            return false;
+        const QPointer<QColorDialog> dialog(new QColorDialog(QApplication::activeWindow()));
+        dialog->setWindowTitle(QString::fromStdString(prompt));
+        dialog->setCurrentColor(QColor(colour->red, colour->green, colour->blue));
+        const OrdinaryCursor cursor;
+        const bool chosen = dialog->exec() == QDialog::Accepted && dialog;
+        const QColor answer = chosen ? dialog->selectedColor() : QColor();
+        delete dialog;
+        if (!answer.isValid())
+            return false;
+        *colour = {static_cast<uint8_t>(answer.red()), static_cast<uint8_t>(answer.green()),
+                   static_cast<uint8_t>(answer.blue())};
+        return true;
+    }
 };
 
 DesktopResponder g_desktop_responder;
@@ -206,4 +224,8 @@ FileAnswer gui_open_file(const FileRequest &request, FileSpec *chosen) {
 
 FileAnswer gui_save_file(const FileRequest &request, FileSpec *chosen) {
     return g_responder->save_file(request, chosen);
+}
+
+bool gui_choose_colour(const std::string &prompt, Colour *colour) {
+    return g_responder->choose_colour(prompt, colour);
 }

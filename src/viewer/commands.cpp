@@ -16,11 +16,13 @@ bool fits(CommandScope scope, const Window *window) {
     const GenericState *state = window_state(window);
     if (!state)
         return false;
+    if (scope == CommandScope::Bands)
+        return state->bands != nullptr;
     switch (state->kind) {
         case DocumentKind::Image:
-            return scope == CommandScope::Image;
+            return scope == CommandScope::Image || scope == CommandScope::Indexed;
         case DocumentKind::Bands:
-            return scope == CommandScope::Bands;
+            return scope == CommandScope::Image;
         case DocumentKind::Qube:
             return scope == CommandScope::Qube;
         case DocumentKind::Table:

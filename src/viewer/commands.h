@@ -10,8 +10,9 @@ enum class CommandDispatcher {
     Label,        // the menu bar of label and text windows
 };
 
-// On which windows a row is used.
-enum class CommandScope { Any, Image, Bands, Qube, Table, Label };
+// On which windows a row is used. Image: images of every kind; Indexed: those shown through a colour table; Bands:
+// those of products of several bands, whether shown in colours or one as grey.
+enum class CommandScope { Any, Image, Indexed, Bands, Qube, Table, Label };
 
 struct CommandRow {
     int number;

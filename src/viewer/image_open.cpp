@@ -1,5 +1,6 @@
 // Opening an image: its characteristics, its window, and windows on other blocks of it.
 #include "base/text.h"
+#include "viewer/bands_window.h"
 #include "viewer/image_window.h"
 #include "viewer/open_product.h"
 #include "viewer/session.h"
@@ -81,11 +82,13 @@ bool get_user_image_ranges(Window *window, const ImageDescription &image, Sample
 // Opens a window of its own on another block of the same image.
 void open_block(const GenericState &from, const SampleBlock &block) {
     auto state = std::make_unique<GenericState>();
+    if (from.bands)
+        state->bands = std::make_unique<BandState>(*from.bands);
     if (!reopen_label(from, state.get()))
         return;
     state->label_state->requested_block = block;
     restore_profile();
-    if (!get_image_characteristics(state.get()))
+    if (!get_image_characteristics(state.get()) || (state->bands && !make_composite(state.get())))
         return;
     state->display_state->integers_as_hexadecimal = from.display_state->integers_as_hexadecimal;
     open_image_2(std::move(state));

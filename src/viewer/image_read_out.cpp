@@ -27,8 +27,8 @@ int64_t get_curr_line(const ImageDescription &description, const PixelPosition &
 
 std::string status_text(const GenericState &state, const PixelPosition &pixel) {
     const PixelImage &image = *state.image_info->display_image;
-    const uint8_t level = image.pixels.get()[pixel.row * image.width + pixel.column];
-    const Colour colour = image.colours[level];
+    const uint8_t level = util_pixel_level(image, pixel.column, pixel.row);
+    const Colour colour = util_pixel_colour(image, pixel.column, pixel.row);
     const std::string bits = state.display_state->integers_as_hexadecimal ? util_format(" (0x%02X)", level) : "";
     return util_format("sample: %lld  line: %lld  DN: %.9g%s  DIS: (%d, %d, %d)",
                        static_cast<long long>(get_curr_sample(*state.image_info, pixel)),

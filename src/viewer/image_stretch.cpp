@@ -1,4 +1,5 @@
 // Stretching an image between a minimum and a maximum that the user types: its display image is made anew.
+#include "viewer/bands_window.h"
 #include "viewer/image_window.h"
 #include "viewer/model/rotate.h"
 #include "viewer/model/sample_value.h"
@@ -122,6 +123,10 @@ bool rebuild_display_image(GenericState *state, std::optional<RealRange> range) 
 
 void menu2_stretch_image(Window *window) {
     GenericState *state = window_state(window);
+    if (state && state->bands) {  // whose limits are part of the choice of bands
+        choose_band_limits(window);
+        return;
+    }
     const void *samples = samples_shown(state);
     if (!samples) {
         gui_error("Image Stretch - invalid state");

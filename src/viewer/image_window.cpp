@@ -24,7 +24,13 @@ constexpr int far_cursor_step = 10;
 // Reads the samples of the description's block. The reason of a failure is in error_string.
 bool read_block(GenericState *state) {
     const BusyCursor busy;
-    state->label_state->image_data = state->display_state->source->read_block(state->image_info->block);
+    ImageDescription &image = *state->image_info;
+    SampleSource &source = *state->display_state->source;
+    if (source.gives_pictures()) {
+        image.display_image = source.read_picture(image.block);
+        return image.display_image != nullptr;
+    }
+    state->label_state->image_data = source.read_block(image.block);
     return state->label_state->image_data != nullptr;
 }
 
@@ -58,6 +64,8 @@ bool read_samples(Window *window, GenericState *state) {
 
 bool create_image(GenericState *state) {
     ImageDescription &image = *state->image_info;
+    if (image.display_image)
+        return true;
     const OaObject *samples = state->label_state->image_data.get();
     const std::string remark =
         build_display_image(samples ? samples->data : nullptr, &image, image.block.lines(), image.block.samples());
@@ -106,7 +114,7 @@ long win_image_e_create(Window *window) {
     prepare_read_out(window, *state);
 
     enable_known_commands(window, CommandDispatcher::Application);
-    for (const int number : {1053, 1056, 1064, 1071, 1072, 1073, 1074})
+    for (const int number : {1064, 1071, 1072, 1073, 1074})
         gui_enable_command(window, number, false);
     if (!read_samples(window, state) || !create_image(state) || !turn_image(state->image_info.get()))
         return 1;

@@ -107,14 +107,19 @@ bool may_open_as_text(const std::string &file_name) {
     }
 }
 
+bool fits(const ProductOpener &opener, const ObjDesc *object) {
+    return object && object->class_name && OdlWildCardCompare(opener.class_pattern, object->class_name) &&
+           (!opener.condition || opener.condition(object));
+}
+
 const ProductOpener *choose_opener(LabelState *label) {
     for (const ProductOpener &opener : openers) {
-        if (opener.condition && !opener.condition(label->root.get()))
-            continue;
-        label->current_object =
-            OdlFindObjDesc(label->root.get(), opener.class_pattern, nullptr, nullptr, 1, SCOPE_TO_END);
-        if (label->current_object)
-            return &opener;
+        for (ObjDesc *object = label->root.get(); object; object = OdlTraverseTree(object, 0)) {
+            if (fits(opener, object)) {
+                label->current_object = object;
+                return &opener;
+            }
+        }
     }
     return nullptr;
 }
@@ -134,10 +139,8 @@ std::string path_in(const std::string &directory, const std::string &name) {
 }
 
 const ProductOpener *find_opener(const LabelState &label) {
-    const ObjDesc *object = label.current_object;
     for (const ProductOpener &opener : openers) {
-        if (object && object->class_name && OdlWildCardCompare(opener.class_pattern, object->class_name) &&
-            (!opener.condition || opener.condition(label.root.get())))
+        if (fits(opener, label.current_object))
             return &opener;
     }
     return nullptr;

@@ -8,12 +8,12 @@
 
 struct ProductOpener {
     const char *class_pattern;                          // of the object to show
-    bool (*condition)(ObjDesc *root);                   // null: always
+    bool (*condition)(const ObjDesc *object);           // that the object must fulfil too; null: none
     void (*open)(std::unique_ptr<GenericState> state);  // label_state->current_object is set; shows its own errors
     void (*plot)(std::unique_ptr<GenericState> state);  // null: not plotted
 };
 
-// Rows in order of choice: the first whose condition holds and whose class occurs in the label is taken.
+// Rows in order of choice: the first that an object of the label fits is taken, with the first such object.
 void set_product_openers(std::span<const ProductOpener> rows);
 std::span<const ProductOpener> product_openers();
 // The first row for the label's current object, whatever else the label holds; null when there is none.

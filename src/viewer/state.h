@@ -3,6 +3,7 @@
 
 #include "gui/gui.h"
 #include "oa/oa.h"
+#include "viewer/model/band_composite.h"
 #include "viewer/model/display_control.h"
 #include "viewer/model/image_description.h"
 #include "viewer/model/level_histogram.h"
@@ -70,6 +71,15 @@ struct DisplayState {
     PixelPosition read_out;  // the pixel read out last
 };
 
+// The bands of a product that has several, and which of them the window shows.
+struct BandState {
+    BandSourceMaker maker = nullptr;
+    int64_t count = 0;
+    std::vector<std::string> names;  // of all bands, or none
+    BandChoice choice;
+    const BandComposite *composite = nullptr;  // the display state's source, once it is made
+};
+
 // Which kind of document a window shows; the command table chooses by it.
 enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4, Listing = 5, Histogram = 6 };
 
@@ -97,6 +107,7 @@ struct GenericState {
     std::unique_ptr<LabelState> label_state;
     std::unique_ptr<ImageDescription> image_info;
     std::unique_ptr<DisplayState> display_state;  // after the label, which its source reads
+    std::unique_ptr<BandState> bands;             // of images of several bands
     std::unique_ptr<ListingState> listing;
     std::unique_ptr<HistogramState> histogram;
     std::map<int, Window *> children;  // opened from this window, by the command that opens them

@@ -480,3 +480,12 @@ FileAnswer ScriptedResponder::open_file(const FileRequest &request, FileSpec *ch
 FileAnswer ScriptedResponder::save_file(const FileRequest &request, FileSpec *chosen) {
     return next_file("save: ", request, chosen);
 }
+
+bool ScriptedResponder::choose_colour(const std::string &prompt, Colour *colour) {
+    shown.push_back("colour: " + prompt);
+    if (colours.empty())
+        return false;
+    *colour = colours.front();
+    colours.erase(colours.begin());
+    return true;
+}

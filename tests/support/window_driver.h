@@ -97,12 +97,14 @@ class ScriptedResponder final : public Responder {
     std::vector<std::string> shown;     // "error: text", "question: text [Cancel|Replace]", "open: prompt" ...
     std::vector<int> answers;           // to the questions to come
     std::vector<FileSpec> files;        // for the file dialogs to come
+    std::vector<Colour> colours;        // for the colour dialogs to come
     std::vector<FileRequest> requests;  // of the file dialogs so far
 
     void message(NoticeKind kind, const std::string &text) override;
     int question(const std::string &text, const std::vector<std::string> &buttons) override;
     FileAnswer open_file(const FileRequest &request, FileSpec *chosen) override;
     FileAnswer save_file(const FileRequest &request, FileSpec *chosen) override;
+    bool choose_colour(const std::string &prompt, Colour *colour) override;
 
   private:
     FileAnswer next_file(const char *what, const FileRequest &request, FileSpec *chosen);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -55,26 +56,100 @@ constexpr Steps steps_of(Orientation orientation) {
     return {1, 0, 0, 1};
 }
 
-constexpr int block_side = 32;  // two blocks of four-byte pixels fit in the first-level cache
+// Lines become columns. Small squares are turned in vector registers; they are walked in blocks whose rows, read and
+// written, stay in the second-level cache and in the reach of the address translation buffers.
+constexpr int vector_bytes = 16;
+constexpr int64_t block_row_bytes = 512;
 
-// Lines become columns. Block after block, so that neither the rows read nor the rows written leave the cache.
 template <typename Pixel>
-void transpose(const PixelImage &image, bool from_last_line, bool from_last_sample, PixelImage *turned) {
-    const int64_t height = image.height;
-    const int64_t width = image.width;
-    const auto *source = reinterpret_cast<const Pixel *>(image.pixels.get());
-    auto *target = reinterpret_cast<Pixel *>(turned->pixels.get());
-    for (int64_t top = 0; top < width; top += block_side) {
-        const int64_t bottom = std::min(top + block_side, width);
-        for (int64_t left = 0; left < height; left += block_side) {
-            const int64_t right = std::min(left + block_side, height);
-            for (int64_t row = top; row < bottom; ++row) {
-                const Pixel *sample = source + (from_last_sample ? width - 1 - row : row);
-                Pixel *pixel = target + row * height;
-                for (int64_t column = left; column < right; ++column)
-                    pixel[column] = sample[(from_last_line ? height - 1 - column : column) * width];
+constexpr int square_side = vector_bytes / int{sizeof(Pixel)};
+
+template <typename Pixel>
+using PixelVector [[gnu::vector_size(vector_bytes)]] = Pixel;
+
+// From two vectors one of alternating pixels, of their first or second halves.
+template <int first, typename Vector, size_t... i>
+[[gnu::always_inline]] inline Vector interleave(Vector a, Vector b, std::index_sequence<i...>) {
+    constexpr size_t side = sizeof...(i);
+    return __builtin_shufflevector(a, b, static_cast<int>(first + i / 2 + i % 2 * side)...);
+}
+
+// Each round deals the rows of the two halves of the square out alternately; as many rounds as the side has binary
+// digits turn rows into columns.
+template <typename Pixel>
+[[gnu::always_inline]] inline void turn_square(const Pixel *source, int64_t source_stride, Pixel *target,
+                                               int64_t target_stride) {
+    constexpr int side = square_side<Pixel>;
+    constexpr auto all = std::make_index_sequence<static_cast<size_t>(side)>();
+    using Vector = PixelVector<Pixel>;
+    Vector rows[side];
+    for (int i = 0; i < side; ++i)
+        memcpy(&rows[i], source + i * source_stride, sizeof(Vector));
+    for (int round = 1; round < side; round *= 2) {
+        Vector dealt[side];
+        for (int i = 0; i < side / 2; ++i) {
+            dealt[2 * i] = interleave<0>(rows[i], rows[i + side / 2], all);
+            dealt[2 * i + 1] = interleave<side / 2>(rows[i], rows[i + side / 2], all);
+        }
+        memcpy(rows, dealt, sizeof rows);
+    }
+    for (int i = 0; i < side; ++i)
+        memcpy(target + i * target_stride, &rows[i], sizeof(Vector));
+}
+
+// What lies where: pixel (line, sample) of the source goes to column `line` of row `sample` of the target, both counted
+// from the end where the stride is negative.
+template <typename Pixel>
+struct Transposition {
+    const Pixel *source;
+    int64_t source_stride;
+    Pixel *target;
+    int64_t target_stride;
+
+    void turn_block(int64_t first_line, int64_t last_line, int64_t first_sample, int64_t last_sample) const {
+        constexpr int64_t side = square_side<Pixel>;
+        constexpr int64_t line_group = 64 / int64_t{sizeof(Pixel)};  // that fill a cache line of the target
+        for (int64_t lines = first_line; lines < last_line; lines += line_group) {
+            const int64_t lines_end = std::min(lines + line_group, last_line);
+            for (int64_t sample = first_sample; sample < last_sample; sample += side) {
+                for (int64_t line = lines; line < lines_end; line += side) {
+                    if (line + side <= lines_end && sample + side <= last_sample)
+                        turn_square(source + line * source_stride + sample, source_stride,
+                                    target + sample * target_stride + line, target_stride);
+                    else
+                        turn_edge(line, std::min(line + side, lines_end), sample, std::min(sample + side, last_sample));
+                }
             }
         }
+    }
+    void turn_edge(int64_t first_line, int64_t last_line, int64_t first_sample, int64_t last_sample) const {
+        for (int64_t sample = first_sample; sample < last_sample; ++sample) {
+            for (int64_t line = first_line; line < last_line; ++line)
+                target[sample * target_stride + line] = source[line * source_stride + sample];
+        }
+    }
+};
+
+template <typename Pixel>
+void transpose(const PixelImage &image, bool from_last_line, bool from_last_sample, PixelImage *turned) {
+    constexpr int64_t block_side = block_row_bytes / int64_t{sizeof(Pixel)};
+    const int64_t height = image.height;
+    const int64_t width = image.width;
+    if (height == 0 || width == 0)
+        return;
+    Transposition<Pixel> turn = {reinterpret_cast<const Pixel *>(image.pixels.get()), width,
+                                 reinterpret_cast<Pixel *>(turned->pixels.get()), height};
+    if (from_last_line) {
+        turn.source += (height - 1) * width;
+        turn.source_stride = -width;
+    }
+    if (from_last_sample) {
+        turn.target += (width - 1) * height;
+        turn.target_stride = -height;
+    }
+    for (int64_t sample = 0; sample < width; sample += block_side) {
+        for (int64_t line = 0; line < height; line += block_side)
+            turn.turn_block(line, std::min(line + block_side, height), sample, std::min(sample + block_side, width));
     }
 }
 

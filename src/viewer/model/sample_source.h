@@ -14,6 +14,10 @@ class SampleSource {
     virtual std::string describe(ImageDescription *description) = 0;
     // Native samples of the block, row after row, in the form that describe told. Null after reporting.
     virtual OaObjectPtr read_block(const SampleBlock &block) = 0;
+    // Whether the source makes its own display image, by read_picture, where others leave that to the stretch.
+    virtual bool gives_pictures() const { return false; }
+    // The display image of the block, in storage order. Null after reporting.
+    virtual std::unique_ptr<PixelImage> read_picture(const SampleBlock &) { return nullptr; }
     // More to say about the value at a line and sample (1-based) than its display level; empty when there is nothing.
     virtual std::string value_text(int64_t line, int64_t sample) = 0;
     // A click at a line and sample; true when the source made something of it.
