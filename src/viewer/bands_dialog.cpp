@@ -112,8 +112,10 @@ std::string limit_text(const std::string &typed, const std::string &found) {
 
 std::string row_text(const BandDialog &dialog, const Row &row) {
     const std::string colour = dialog.is_grey ? "grey" : colour_name(row.colour);
-    return band_title(dialog.names, row.band) + ", " + colour + ", " + limit_text(row.minimum, row.found_minimum) +
-           " to " + limit_text(row.maximum, row.found_maximum);
+    const std::string start = band_title(dialog.names, row.band) + ", " + colour + ", ";
+    if (util_trim(row.minimum + row.maximum + row.found_minimum + row.found_maximum).empty())
+        return start + "limits computed";
+    return start + limit_text(row.minimum, row.found_minimum) + " to " + limit_text(row.maximum, row.found_maximum);
 }
 
 Row *selected_row(Window *window, BandDialog *dialog) {

@@ -69,7 +69,7 @@ TEST(BandsWindow, TheDialogLeadsToPixels) {
         Window *window = open_with(label, [&](Window *dialog) {
             EXPECT_EQ(gui_list_line(dialog, all_bands, 1), "2: GREEN");
             EXPECT_TRUE(gui_control_checked(dialog, as_colours));
-            EXPECT_EQ(gui_list_line(dialog, shown_bands, 1), "2: GREEN, green, computed to computed");
+            EXPECT_EQ(gui_list_line(dialog, shown_bands, 1), "2: GREEN, green, limits computed");
             use_control(dialog, leave_out);
             use_control(dialog, leave_out);
             use_control(dialog, make_red);
@@ -89,7 +89,7 @@ TEST(BandsWindow, TheDialogLeadsToPixels) {
         });
         ASSERT_TRUE(window);
         EXPECT_EQ(lines, (std::vector<std::string>{"3: NEAR INFRARED, red, 20 to 21",
-                                                   "1: VIOLET, #ff8000, computed to computed", ""}));
+                                                   "1: VIOLET, #ff8000, limits computed", ""}));
         EXPECT_EQ(responder.shown,
                   (std::vector<std::string>{
                       "error: The minimum of band 3 must be less than its maximum.",

@@ -74,24 +74,33 @@ template <int first, typename Vector, size_t... i>
     return __builtin_shufflevector(a, b, static_cast<int>(first + i / 2 + i % 2 * side)...);
 }
 
-// Each round deals the rows of the two halves of the square out alternately; as many rounds as the side has binary
-// digits turn rows into columns.
+// Deals the rows of the two halves of a square out alternately. As many times as its side has binary digits turn rows
+// into columns.
+template <typename Vector, size_t... i, size_t... row>
+[[gnu::always_inline]] inline void deal(const Vector *rows, Vector *dealt, std::index_sequence<i...> all,
+                                        std::index_sequence<row...>) {
+    constexpr size_t half = sizeof...(row);
+    ((dealt[2 * row] = interleave<0>(rows[row], rows[row + half], all),
+      dealt[2 * row + 1] = interleave<static_cast<int>(half)>(rows[row], rows[row + half], all)),
+     ...);
+}
+
 template <typename Pixel>
 [[gnu::always_inline]] inline void turn_square(const Pixel *source, int64_t source_stride, Pixel *target,
                                                int64_t target_stride) {
     constexpr int side = square_side<Pixel>;
-    constexpr auto all = std::make_index_sequence<static_cast<size_t>(side)>();
+    constexpr auto all = std::make_index_sequence<size_t{side}>();
+    constexpr auto half = std::make_index_sequence<size_t{side} / 2>();
     using Vector = PixelVector<Pixel>;
     Vector rows[side];
+    Vector dealt[side];
     for (int i = 0; i < side; ++i)
         memcpy(&rows[i], source + i * source_stride, sizeof(Vector));
-    for (int round = 1; round < side; round *= 2) {
-        Vector dealt[side];
-        for (int i = 0; i < side / 2; ++i) {
-            dealt[2 * i] = interleave<0>(rows[i], rows[i + side / 2], all);
-            dealt[2 * i + 1] = interleave<side / 2>(rows[i], rows[i + side / 2], all);
-        }
-        memcpy(rows, dealt, sizeof rows);
+    deal(rows, dealt, all, half);
+    deal(dealt, rows, all, half);
+    if constexpr (side == 16) {
+        deal(rows, dealt, all, half);
+        deal(dealt, rows, all, half);
     }
     for (int i = 0; i < side; ++i)
         memcpy(target + i * target_stride, &rows[i], sizeof(Vector));
