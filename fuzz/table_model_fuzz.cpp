@@ -1,8 +1,10 @@
 // The input is the body of a label, a zero byte, and the bytes of the data file. All tables are read as text, in order
-// and at random places; both must agree. Their labels are flattened.
+// and at random places; both must agree. Their labels are flattened and their columns summed up.
 #include "base/notice.h"
 #include "base/text.h"
 #include "data_file.h"
+#include "tables/model/browser_position.h"
+#include "tables/model/column_summary.h"
 #include "tables/tables.h"
 
 #include <algorithm>
@@ -54,6 +56,23 @@ void read_table(const TableFileInfo &file, TableInfo *table) {
     }
 }
 
+// Columns are reached as a browser reaches them.
+void sum_up_columns(TableProduct *product) {
+    BrowserPosition at = tb_start_of(product);
+    do {
+        toggle_show_items_flag(&at);
+        for (int64_t i = 0; at.current_column() && i < most_fields; ++i, tb_move_right(&at, 1)) {
+            for (const bool of_bits : {false, true}) {
+                const ColumnSummary summary =
+                    ts_summarize_column_1({&product->file, at.current_table(), at.current_column(),
+                                           at.current_bit_column(), at.item, at.bit_item, of_bits});
+                require(summary.rows_read <= at.current_table()->rows);
+                require(summary.text.empty() || summary.text.back() == '\n');
+            }
+        }
+    } while (tb_next_table(&at));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
@@ -79,5 +98,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         if (flatten_table(const_cast<ObjDesc *>(table.object), &flat) == 0)
             require(OaCheckODLTree(flat.root ? flat.root.get() : tree.get()) == 0);
     }
+    sum_up_columns(&product);
     return 0;
 }
