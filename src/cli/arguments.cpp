@@ -25,6 +25,12 @@ std::string take_arguments(std::span<char *const> words, std::span<const Option>
             std::find_if(options.begin(), options.end(), [name](const Option &known) { return known.name == name; });
         if (option == options.end())
             return "unknown option " + std::string(name);
+        if (!option->value) {
+            if (equals != std::string_view::npos)
+                return "option " + std::string(name) + " takes no value";
+            *option->is_given = true;
+            continue;
+        }
         if (*option->value)
             return "option " + std::string(name) + " is given twice";
         if (equals == std::string_view::npos && i + 1 == words.size())

@@ -1,4 +1,4 @@
-// The words of a command line: options with a value each, and file names.
+// The words of a command line: options, most with a value, and file names.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,9 @@ struct Interval {  // from 1, inclusive
 };
 
 struct Option {
-    std::string_view name;  // with its hyphens
-    std::optional<std::string> *value;
+    std::string_view name;              // with its hyphens
+    std::optional<std::string> *value;  // null: the option takes none
+    bool *is_given = nullptr;           // of one without a value
 };
 
 // Takes the words apart: "--name value" or "--name=value" into the options, one other word into `file`; behind "--" no

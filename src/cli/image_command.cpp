@@ -1,7 +1,7 @@
-#include "base/file.h"
 #include "base/text.h"
 #include "cli/arguments.h"
 #include "cli/commands.h"
+#include "cli/output.h"
 #include "cli/picture.h"
 #include "cli/product.h"
 #include "cli/true_range.h"
@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <set>
 
 namespace {
 
@@ -97,27 +96,6 @@ std::string choose_block(const Request &request, const ImageDescription &descrip
     return "";
 }
 
-bool is_same_file(const std::string &a, const std::string &b) {
-    std::error_code ignored;
-    return std::filesystem::equivalent(a, b, ignored);
-}
-
-// The label, what it includes, and the file of the samples.
-std::set<std::string> files_of_product(const ObjDesc *node, const std::string &data_file) {
-    std::set<std::string> files = {data_file};
-    while (node->parent)
-        node = node->parent;
-    for (auto *object = const_cast<ObjDesc *>(node); object; object = OdlTraverseTree(object, 0)) {
-        if (object->file_name)
-            files.insert(object->file_name);
-        for (const Kwd *keyword = object->first_keyword; keyword; keyword = keyword->right_sibling) {
-            if (keyword->file_name)
-                files.insert(keyword->file_name);
-        }
-    }
-    return files;
-}
-
 // The path without links and detours, as far as it leads somewhere.
 std::filesystem::path place_of(const std::string &path) {
     std::error_code failure;
@@ -132,8 +110,7 @@ std::string check_outputs(const Request &request, const ObjDesc *node) {
         return read_failure;
     const std::set<std::string> files = files_of_product(node, file.file_name);
     for (const std::string &output : {request.raw, request.png}) {
-        if (!output.empty() && std::any_of(files.begin(), files.end(),
-                                           [&](const std::string &path) { return is_same_file(output, path); }))
+        if (!output.empty() && is_one_of(output, files))
             return output + " belongs to the product";
     }
     if (!request.raw.empty() && !request.png.empty() && place_of(request.raw) == place_of(request.png))
@@ -144,24 +121,6 @@ std::string check_outputs(const Request &request, const ObjDesc *node) {
 struct Summary {
     std::string type;
     std::string range;
-};
-
-// An output file; it takes its place only when everything was done. Without a path nothing is written.
-class Output {
-  public:
-    // Each returns an empty text, or what failed.
-    std::string open(const std::string &path) {
-        path_ = path;
-        return path_.empty() || file_.open(path_) ? "" : failure();
-    }
-    std::string commit() { return !stream() || file_.commit() ? "" : failure(); }
-
-    FILE *stream() const { return file_.stream(); }
-    std::string failure() const { return path_ + ": " + open_failure(); }
-
-  private:
-    std::string path_;
-    ReplacingFile file_;
 };
 
 // "minimum maximum" of a qube's data, or "- -".

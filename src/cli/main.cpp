@@ -13,6 +13,7 @@ constexpr const char *general_help =
     "\n"
     "  label FILE   check the label of a product and list its objects\n"
     "  image FILE   describe an image or a band of a qube, write its samples or its picture\n"
+    "  table FILE   describe the tables of a product, write rows as CSV, sum up a column\n"
     "  fits-label FILE\n"
     "               make the label that a simple FITS file lacks\n"
     "\n"
@@ -55,6 +56,27 @@ constexpr const char *image_help =
     "\n"
     "Exit status: 0 done, 1 done with messages (such as a file that ends early), 2 failed; OUT is then as it was.\n";
 
+constexpr const char *table_help =
+    "usage: lumacart-cli table FILE [OPTION...]\n"
+    "\n"
+    "Describes the tables of the product whose label is in FILE, or beside it under the same name with the extension "
+    "lbl\n"
+    "or LBL, and numbers the columns of each: repetitions of containers and items as NAME_k, a column with bit columns "
+    "as\n"
+    "these. With --csv or --summary it works on one table.\n"
+    "\n"
+    "  --object NAME    the first table of that class or NAME; * stands for any text (default: the first one)\n"
+    "  --csv OUT        write rows as comma-separated values, names first, lines ended by CR LF; - is standard "
+    "output\n"
+    "  --rows A:B       rows A to B, from 1 (default: all)\n"
+    "  --columns A:B    columns A to B, from 1 (default: all)\n"
+    "  --columns NAME,...\n"
+    "                   columns by name, in that order; * stands for any text\n"
+    "  --scaled         apply SCALING_FACTOR and OFFSET (default: values as stored)\n"
+    "  --summary NAME   minimum, maximum and average of a column, or how often each of its values occurs\n"
+    "\n"
+    "Exit status: 0 done, 1 done with messages (such as fewer rows than ROWS), 2 failed; OUT is then as it was.\n";
+
 constexpr const char *fits_label_help =
     "usage: lumacart-cli fits-label FILE [--out LABEL]\n"
     "\n"
@@ -75,6 +97,7 @@ struct Command {
 constexpr Command commands[] = {
     {"label", run_label, label_help},
     {"image", run_image, image_help},
+    {"table", run_table, table_help},
     {"fits-label", run_fits_label, fits_label_help},
 };
 
