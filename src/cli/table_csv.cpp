@@ -1,5 +1,6 @@
 #include "cli/table_csv.h"
 
+#include "base/text.h"
 #include "oa/value_text.h"
 #include "tables/model/keyword_text.h"
 
@@ -21,20 +22,28 @@ void quote_where_needed(std::string *line, size_t begin) {
     line->replace(begin, std::string::npos, quoted + "\"");
 }
 
-// What turns stored values into those meant.
+// What turns stored values into those meant. More precise than these, so that 1 - 63 * 0.001 is 0.937.
 struct Scale {
-    double factor = 1;
-    double offset = 0;
+    long double factor = 1;
+    long double offset = 0;
 };
+
+bool read_number(std::string_view text, long double *value) {
+    text = util_trim(text, "\"' +");
+    double rounded = 0;
+    if (!OalParseReal(text, &rounded))
+        return false;
+    std::from_chars(text.data(), text.data() + text.size(), *value);
+    if (static_cast<double>(*value) != rounded)  // a based number
+        *value = rounded;
+    return true;
+}
 
 std::optional<Scale> scale_of(const ViewField &field) {
     const ObjDesc *node = (field.bit_column ? field.bit_column : field.column)->object;
-    const auto number = [node](const char *keyword, double *value) {
-        return OalParseReal(tb_text_of(keyword, node), value);
-    };
     Scale scale;
-    const bool has_factor = number("SCALING_FACTOR", &scale.factor);
-    const bool has_offset = number("OFFSET", &scale.offset);
+    const bool has_factor = read_number(tb_text_of("SCALING_FACTOR", node), &scale.factor);
+    const bool has_offset = read_number(tb_text_of("OFFSET", node), &scale.offset);
     return has_factor || has_offset ? std::optional(scale) : std::nullopt;
 }
 
@@ -43,8 +52,9 @@ void apply(const Scale &scale, std::string *line, size_t begin) {
     double value = 0;
     if (!OalParseReal(std::string_view(*line).substr(begin), &value))
         return;
+    const auto meant = static_cast<double>(value * scale.factor + scale.offset);
     std::array<char, 32> text;
-    const auto [end, error] = std::to_chars(text.begin(), text.end(), value * scale.factor + scale.offset);
+    const auto [end, error] = std::to_chars(text.begin(), text.end(), meant);
     line->replace(begin, std::string::npos, text.data(), static_cast<size_t>(end - text.data()));
 }
 
