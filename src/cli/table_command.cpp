@@ -133,10 +133,10 @@ class Work {
     // Returns an empty text, or what failed; the file is then as it was.
     std::string write_file(const CsvRequest &csv, TableReader *reader) const {
         Output output;
-        const std::string error = output.open(*request_.csv);
-        if (!error.empty())
-            return error;
-        return write_csv(csv, reader, output.stream()) ? output.commit() : output.failure();
+        std::string error = output.open(*request_.csv);
+        if (error.empty())
+            error = write_csv(csv, reader, output.stream()) ? output.commit() : output.failure();
+        return error;
     }
 
     const Request &request_;
