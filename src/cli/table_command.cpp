@@ -111,7 +111,10 @@ class Work {
                 return fail(request_.file + ": " + std::string(util_trim(summary.note, " \n")));
             default:
                 fputs(summary.text.c_str(), stdout);
-                tell_missing_rows(summary.rows_read);
+                if (summary.rows_read > 0)
+                    tell_missing_rows(summary.rows_read);
+                else if (!summary.note.empty())  // the first row's field may lie outside the file, and the rows in it
+                    tell(summary.note);
                 return status();
         }
     }
