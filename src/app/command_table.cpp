@@ -1,5 +1,7 @@
 #include "app/command_table.h"
 
+#include "tables/tables.h"
+
 #include <array>
 
 namespace {
@@ -41,6 +43,7 @@ constexpr std::array rows = {
     CommandRow{1005, label, Label, save_as},
     CommandRow{1007, application, Any, open_product},
     CommandRow{1008, application, Image, close_window},
+    CommandRow{1008, application, Table, close_window},
     CommandRow{1011, application, Any, quit},
     CommandRow{1021, label, Any, show_about},
     CommandRow{1023, application, Indexed, menu2_undo_display},
@@ -53,9 +56,12 @@ constexpr std::array rows = {
     CommandRow{1033, label, Any, nullptr},  // browse a directory
     CommandRow{1042, application, Indexed, menu2_stretch_display},
     CommandRow{1047, application, Image, show_hierarchy},
+    CommandRow{1047, application, Table, show_hierarchy},
     CommandRow{1048, application, Image, show_keywords},
+    CommandRow{1048, application, Table, show_keywords},
     CommandRow{1050, application, Indexed, show_histogram},
     CommandRow{1051, application, Image, open_full_label},
+    CommandRow{1051, application, Table, open_full_label},
     CommandRow{1052, application, Qube, nullptr},  // side data
     CommandRow{1053, application, Bands, choose_bands},
     CommandRow{1054, application, Qube, nullptr},  // qube control
@@ -87,6 +93,13 @@ constexpr std::array rows = {
     CommandRow{2015, application, Indexed, choose_palette<5>},
     CommandRow{2016, application, Indexed, choose_palette<6>},
     CommandRow{2017, application, Indexed, choose_palette<file_palette>},
+    CommandRow{2020, application, Table, show_side_data},
+    CommandRow{2021, application, Table, next_row_page},
+    CommandRow{2022, application, Table, previous_row_page},
+    CommandRow{2023, application, Table, next_column_page},
+    CommandRow{2024, application, Table, previous_column_page},
+    CommandRow{2025, application, Table, go_to_row},
+    CommandRow{2026, application, Table, show_paging_dialog},
     CommandRow{2090, application, Any, show_window_help},
     CommandRow{2090, label, Any, show_window_help},
     CommandRow{2091, application, Any, show_keyboard_help},

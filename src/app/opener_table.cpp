@@ -1,5 +1,7 @@
 #include "app/opener_table.h"
 
+#include "tables/tables.h"
+
 #include <array>
 
 namespace {
@@ -8,6 +10,13 @@ constexpr std::array rows = {
     ProductOpener{"*IMAGE", has_several_bands, open_bands, nullptr},
     ProductOpener{"IMAGE", nullptr, open_image, nullptr},
     ProductOpener{"*IMAGE", nullptr, open_image, nullptr},
+    ProductOpener{"*TABLE", nullptr, open_tables, nullptr},
+    ProductOpener{"*SERIES", nullptr, open_tables, nullptr},
+    ProductOpener{"*SPECTRUM", nullptr, open_tables, nullptr},
+    ProductOpener{"*PALETTE", nullptr, open_tables, nullptr},
+    ProductOpener{"*GAZETTEER", nullptr, open_tables, nullptr},
+    ProductOpener{"INDEX", nullptr, open_tables, nullptr},
+    ProductOpener{"SPREADSHEET", nullptr, open_tables, nullptr},
 };
 
 }  // namespace

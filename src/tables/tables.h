@@ -1,4 +1,5 @@
-// Tables as text: what other modules use of them. Start here; the headers of tables/model are, lowest first:
+// Tables: what other modules use of them. Below are the windows: the list of a product's tables, the table by pages,
+// one column at a time, plots. What they show comes from the model; the headers of tables/model are, lowest first:
 // value_lists.h (words of labels), table_info.h (records of a product's tables), field_text.h (bytes as text),
 // column_text.h (the formatter of a column), table_reader.h (fields of rows), column_view.h (the fields of a table in a
 // row), flatten.h (label trees for the table readers of oa), browser_position.h (moves of a one-column browser),
@@ -22,3 +23,43 @@
 #include "tables/model/table_info.h"
 #include "tables/model/table_reader.h"
 #include "tables/model/value_lists.h"
+#include "viewer/viewer.h"
+
+#include <memory>
+
+// Shows the tables of a product: the current object when the user chose it; else the product's only table at once, of
+// several the list of them. Of a product that has none of the listed kinds the current object is opened as it is. While
+// nobody answers questions the first table is opened.
+void open_tables(std::unique_ptr<GenericState> state);
+
+// --- The table by pages -------------------------------------------------------------------------------------------
+
+struct TableOptions {
+    bool is_spectrum = false;      // the table is a spectrum from a qube
+    GuiRect *placement = nullptr;  // of a spectrum: where the window is put once it has a width; set on return
+};
+// Opens the window of a table: the state's current object when it is one, else the first of its label. The window, or
+// null after a message.
+Window *open_table(std::unique_ptr<GenericState> state, const TableOptions &options = {});
+
+constexpr int table_grid = 1;  // of the table window
+constexpr int side_data_command = 2020;
+
+// Commands of table windows.
+void show_side_data(Window *window);
+void next_row_page(Window *window);
+void previous_row_page(Window *window);
+void next_column_page(Window *window);
+void previous_column_page(Window *window);
+void go_to_row(Window *window);
+void show_paging_dialog(Window *window);
+
+// --- Other windows ------------------------------------------------------------------------------------------------
+
+// The list of a product's tables.
+constexpr int table_list_grid = 1;
+void open_table_list(std::unique_ptr<GenericState> state);
+
+// The window that shows one column at a time, and the dialog that sets up a plot, of the state's current object.
+void open_column_browser(std::unique_ptr<GenericState> state);
+void plot_set_up(std::unique_ptr<GenericState> state);

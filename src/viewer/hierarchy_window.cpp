@@ -21,9 +21,10 @@ constexpr int cancel_button = 3;
 
 using OpenFunction = void (*)(std::unique_ptr<GenericState>);
 
-bool has_image_data(const GenericState *state) {
-    return state && state->label_state && state->label_state->root && state->image_info &&
-           state->image_info->display_image;
+bool shows_data(const GenericState *state) {
+    if (!state || !state->label_state || !state->label_state->root)
+        return false;
+    return state->kind == DocumentKind::Table || (state->image_info && state->image_info->display_image);
 }
 
 // Opens the selected object from a label of its own. The place in the label decides, not the class: of several objects
@@ -35,6 +36,7 @@ void open_listed(const GenericState &hierarchy, OpenFunction open) {
     if (!reopen_label(hierarchy, state.get()))
         return;
     const ObjDesc *twin = state->label_state->current_object;
+    state->label_state->object_chosen = true;
     if (twin->class_name && class_name == twin->class_name)
         open(std::move(state));
     else
@@ -79,7 +81,7 @@ void show_hierarchy(Window *image_window) {
     if (raise_child(image_window, hierarchy_command))
         return;
     const GenericState *image = window_state(image_window);
-    if (!has_image_data(image)) {
+    if (!shows_data(image)) {
         gui_error("Object Hierarchy - invalid state");
         return;
     }

@@ -1,5 +1,6 @@
 #include "viewer/keywords_window.h"
 
+#include "base/text.h"
 #include "viewer/commands.h"
 #include "viewer/model/hierarchy_list.h"
 #include "viewer/open_product.h"
@@ -12,7 +13,9 @@ constexpr GuiRect place_in_image_window = {10, 20, 350, 390};
 
 // Why no list can be made of the image's keywords; null when one can.
 const char *fault_of(const GenericState *image) {
-    if (!image || !image->label_state || !image->image_info || !image->image_info->display_image)
+    const bool is_table = image && image->kind == DocumentKind::Table;
+    const bool has_image = image && image->image_info && image->image_info->display_image;
+    if (!image || !image->label_state || (!is_table && !has_image))
         return "Object Keywords - invalid state";
     if (!image->label_state->current_object)
         return "Object Keywords - missing image pointer";
@@ -31,7 +34,8 @@ long create_keywords(Window *window) {
         gui_error("Object Keywords - missing slist");
         return 1;
     }
-    gui_set_title(window, "Lumacart - Image Attributes - " + state->label_state->file_name);
+    const char *what = state->listing->of_table ? "Table" : "Image";
+    gui_set_title(window, util_format("Lumacart - %s Attributes - ", what) + state->label_state->file_name);
     enable_known_commands(window, CommandDispatcher::Label);
     if (!gui_set_list(window, keyword_list, std::move(state->listing->lines))) {
         gui_error("Object Keywords - missing list box");
@@ -61,6 +65,7 @@ void show_keywords(Window *image_window) {
     state->listing = std::make_unique<ListingState>();
     state->listing->lines = keyword_lines(image->label_state->current_object);
     state->listing->place = place_in_image_window;
+    state->listing->of_table = image->kind == DocumentKind::Table;
     const GuiRect frame = gui_window_place(image_window);
     state->listing->place.left += frame.left;
     state->listing->place.top += frame.top;

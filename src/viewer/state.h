@@ -34,6 +34,7 @@ struct LabelState {
     std::string file_name;                 // of the label, within GenericState::directory
     OdlTree root;                          // the whole label
     ObjDesc *current_object = nullptr;     // what the window shows; within `root`
+    bool object_chosen = false;            // the user did choose the current object, in a list
     bool label_from_another_file = false;  // the label that was parsed is not the file that the user chose
     bool text_only = false;                // shown as plain text
     bool new_fits_label = false;           // of a new label until it is saved: for the FITS file that `file_name` names
@@ -87,6 +88,12 @@ enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, 
 struct ListingState {
     GuiRect place;
     std::vector<std::string> lines;
+    bool of_table = false;  // else of an image
+};
+
+// What a module besides this one keeps for its windows.
+struct ModuleState {
+    virtual ~ModuleState() = default;
 };
 
 // What a histogram window shows of the image window that owns it.
@@ -110,8 +117,9 @@ struct GenericState {
     std::unique_ptr<BandState> bands;             // of images of several bands
     std::unique_ptr<ListingState> listing;
     std::unique_ptr<HistogramState> histogram;
-    std::map<int, Window *> children;  // opened from this window, by the command that opens them
-    Window *opened_from = nullptr;     // the window that holds this one among its children
+    std::unique_ptr<ModuleState> module;  // after the label, which it may point into
+    std::map<int, Window *> children;     // opened from this window, by the command that opens them
+    Window *opened_from = nullptr;        // the window that holds this one among its children
 };
 
 // Makes a document window whose data is the state, and hands the state to it. Where no window comes of it, because the

@@ -2,6 +2,7 @@
 // window owns), commands.h and openers.h (how modules are joined), open_product.h (the flow from file to window).
 #pragma once
 
+#include "viewer/allocate.h"
 #include "viewer/bands_window.h"
 #include "viewer/commands.h"
 #include "viewer/help.h"
