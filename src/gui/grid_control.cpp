@@ -19,8 +19,8 @@ namespace {
 
 constexpr int64_t measured_rows = 100;
 constexpr int widest_column = 60;  // characters
-constexpr int cell_margin = 6;     // left and right of a text together with the grid's line
-constexpr int head_margin = 10;
+constexpr int cell_margin = 12;    // left and right of a text together, with the grid's line
+constexpr int head_margin = 12;
 
 // One line whatever the bytes are, and not longer than can be painted at once.
 QString shown_text(const std::string &bytes) {
@@ -122,7 +122,8 @@ GridControl::GridControl(QWidget *parent) : QTableView(parent), model_(new GridM
     setHorizontalScrollMode(ScrollPerPixel);
     setTabKeyNavigation(false);
     setCornerButtonEnabled(true);
-    // Would go through all rows to find those selected.
+    // Would go through all rows to find those selected; and the columns' bold heads need more room than was measured.
+    horizontalHeader()->setHighlightSections(false);
     verticalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumSectionSize(24);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);

@@ -73,18 +73,6 @@ const ObjDesc *find_table(const LabelState &label, const TableProduct &product) 
     return product.tables.empty() ? nullptr : product.tables.front().object;
 }
 
-// The table's record, made here for an object that is none of the product's listed tables.
-TableInfo table_info_of(const ObjDesc *object, const TableProduct &product) {
-    for (const TableInfo &table : product.tables) {
-        if (table.object == object)
-            return table;
-    }
-    TableInfo table;
-    get_table_key_words(object, &table, product.file);
-    tb_get_column_info_2(object, &table);
-    return table;
-}
-
 // Fills the table's records from the label; false after a message.
 bool set_up(GenericState *state, TableState *table, const TableOptions &options) {
     const LabelState &label = *state->label_state;
@@ -94,7 +82,7 @@ bool set_up(GenericState *state, TableState *table, const TableOptions &options)
         table_error("Open Object - no valid object");
         return false;
     }
-    table->table = table_info_of(object, table->product);
+    table->table = tb_table_of(table->product, object);
     state->label_state->current_object = const_cast<ObjDesc *>(object);
     table->page = create_substate(PageState());
     if (!table->page)

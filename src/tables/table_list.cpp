@@ -30,15 +30,14 @@ ListState *list_state(const Window *window) {
     return state ? dynamic_cast<ListState *>(state->module.get()) : nullptr;
 }
 
-std::string cell_text(const TableInfo &table, int64_t number, int column) {
+// Their numbers are the heads of the rows.
+std::string cell_text(const TableInfo &table, int column) {
     switch (column) {
         case 0:
-            return std::to_string(number);
-        case 1:
             return table.object->class_name ? table.object->class_name : table.type;
-        case 2:
+        case 1:
             return table.name;
-        case 3:
+        case 2:
             return util_format("%lld x %lld", static_cast<long long>(table.rows),
                                static_cast<long long>(table.column_count()));
         default:
@@ -49,11 +48,11 @@ std::string cell_text(const TableInfo &table, int64_t number, int column) {
 void fill_list(Window *window, const ListState &list) {
     GuiGrid grid;
     grid.rows = static_cast<int64_t>(list.product.tables.size());
-    for (const char *head : {"No.", "Class", "Name", "Rows x Columns", "Data file"})
+    for (const char *head : {"Class", "Name", "Rows x Columns", "Data file"})
         grid.columns.push_back({head, {}, false});
-    grid.columns[0].is_number = grid.columns[3].is_number = true;
+    grid.columns[2].is_number = true;
     grid.text = [&list](int64_t row, int column) {
-        return cell_text(list.product.tables[static_cast<size_t>(row)], row + 1, column);
+        return cell_text(list.product.tables[static_cast<size_t>(row)], column);
     };
     gui_set_grid(window, table_list_grid, std::move(grid));
     gui_set_grid_current(window, table_list_grid, {0, 0});

@@ -189,6 +189,18 @@ TableProduct tb_read_product(const ObjDesc *root) {
     return product;
 }
 
+TableInfo tb_table_of(const TableProduct &product, const ObjDesc *object) {
+    for (const TableInfo &table : product.tables) {
+        if (table.object == object)
+            return table;
+    }
+    TableInfo table;
+    get_table_key_words(object, &table, product.file);
+    DataFinder(product).locate(&table);
+    tb_get_column_info_2(object, &table);
+    return table;
+}
+
 std::string tb_columns_remark(const TableInfo &table) {
     if (!table.columns_left_out)
         return "";

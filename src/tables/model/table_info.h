@@ -85,6 +85,9 @@ void tb_get_table_info(TableProduct *product);
 // Both, for a label that must outlive the result.
 TableProduct tb_read_product(const ObjDesc *root);
 
+// The record of one object of the product, whatever its class; of a table of the product a copy.
+TableInfo tb_table_of(const TableProduct &product, const ObjDesc *object);
+
 // What to tell the user where columns were left out; "" when none were.
 std::string tb_columns_remark(const TableInfo &table);
 
