@@ -62,6 +62,9 @@ class GridModel final : public QAbstractTableModel {
         beginResetModel();
         grid_ = std::move(grid);
         endResetModel();
+        // The heads of rows may need another width now.
+        if (rowCount({}) > 0)
+            emit headerDataChanged(Qt::Vertical, 0, rowCount({}) - 1);
     }
     const GuiGrid &grid() const { return grid_; }
 

@@ -82,12 +82,14 @@ bool show_page(TableState *table, const PageState &wanted) {
     std::unique_ptr<PageState> page = create_substate(wanted);
     if (!page)
         return false;
+    const int column = gui_grid_current(wanted.window, table_grid).column;
     if (!open_page_table(table, *page)) {
         table->remarks.emplace_back("Page turn failed");
         return false;
     }
     table->page = std::move(page);
-    enable_page_commands(*table->page);
+    const int64_t columns = wanted.last_column - wanted.first_column + 1;
+    gui_set_grid_current(wanted.window, table_grid, {0, static_cast<int>(std::clamp<int64_t>(column, 0, columns - 1))});
     return true;
 }
 

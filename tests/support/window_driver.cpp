@@ -309,6 +309,11 @@ bool cell_is_at_the_right(Window *window, int grid, GuiCell cell) {
     return grid_index(window, grid, cell).data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight;
 }
 
+int row_heads_width(Window *window, int grid) {
+    settle();
+    return grid_view(window, grid)->verticalHeader()->width();
+}
+
 int column_width(Window *window, int grid, int column) {
     return grid_view(window, grid)->columnWidth(column);
 }

@@ -53,6 +53,7 @@ std::string column_head(Window *window, int grid, int column);
 std::string row_head(Window *window, int grid, int row);
 GuiCell grid_size(Window *window, int grid);  // rows and columns
 bool cell_is_at_the_right(Window *window, int grid, GuiCell cell);
+int row_heads_width(Window *window, int grid);
 int column_width(Window *window, int grid, int column);
 void check_grid_model(Window *window, int grid);  // by the toolkit's own tester, as long as the grid exists
 std::string clipboard_text();

@@ -217,12 +217,14 @@ TEST(TableWindow, ReachesTheLastPageOfAHugeFile) {
         ASSERT_TRUE(window && dialog);
         EXPECT_EQ(gui_text(dialog, row_label), "Page 1 of 1");
         test.responder.shown.clear();
+        const int width_of_hundreds = row_heads_width(window, table_grid);
         when_idle([] {
             gui_set_text(find_window("Go to Row"), 1, "2000000000");
             use_control(find_window("Go to Row"), 2);
         });
         choose_command(window, 2025);
         EXPECT_EQ(row_head(window, table_grid, 99), "2000000000");
+        EXPECT_GT(row_heads_width(window, table_grid), width_of_hundreds);
         EXPECT_EQ(cell_on_screen(window, table_grid, {99, 24}), "0");
         EXPECT_EQ(test.responder.shown.size(), 2u) << "large counts and numbers, each told once";
         EXPECT_EQ(gui_text(dialog, row_label), "Page 0 of 0");
@@ -270,6 +272,22 @@ TEST(TableList, ListsSeveralTablesAndOpensTheChosenOne) {
         EXPECT_EQ(test.responder.shown, Shown{"error: Open Object - no valid object"});
         use_control(list, 5);
         EXPECT_FALSE(gui_window_exists(list));
+    });
+}
+
+TEST(TableList, TheHierarchyLeadsToTheVeryTable) {
+    run_table_test([](TableTest &test) {
+        test.open({{.rows = 3, .columns = 2}, {.rows = 4, .columns = 5}});
+        press_key(gui_windows().back(), GuiKey::Enter);
+        settle();
+        ASSERT_TRUE(choose_command(gui_windows().back(), 1047));
+        when_idle([] { press_key(find_window("Open or Plot"), GuiKey::Enter); });
+        Window *hierarchy = gui_windows().back();
+        double_click_line(hierarchy, 1, 2);
+        settle();
+        ASSERT_NE(gui_windows().back(), hierarchy);
+        EXPECT_EQ(grid_size(gui_windows().back(), table_grid), (GuiCell{4, 5}));
+        EXPECT_EQ(test.responder.shown, Shown{});
     });
 }
 
