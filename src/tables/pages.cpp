@@ -13,6 +13,8 @@ constexpr int row_field = 1;
 constexpr int accept_button = 2;
 constexpr int cancel_button = 3;
 
+constexpr size_t longest_cell = 32768;  // bytes
+
 constexpr int next_rows_command = 2021;
 constexpr int previous_rows_command = 2022;
 constexpr int next_columns_command = 2023;
@@ -192,6 +194,15 @@ GuiGridColumn head_of(const ColumnView &view, int64_t field) {
     return head;
 }
 
+std::string cell_text(TableState *table, int64_t row, int64_t field, int64_t rows_held) {
+    if (row >= rows_held)
+        return "(missing)";
+    std::string text;
+    table->view->append(table->reader.get(), row, field, &text);
+    // A label can claim fields so wide that a page of them would not fit in memory.
+    return text.size() > longest_cell ? shown_name(text, longest_cell) + "..." : text;
+}
+
 // An empty second line would only take room where no column of the page has a unit.
 void drop_empty_units(std::vector<GuiGridColumn> *heads) {
     const bool none =
@@ -322,14 +333,9 @@ bool rebuild_table(TableState *table, const PageState &page) {
     std::vector<std::string> cells(static_cast<size_t>(rows * columns));
     const int64_t held = rows_held(table, page);
     for (int64_t row = 0; row < rows; ++row) {
-        for (int64_t column = 0; column < columns; ++column) {
-            std::string &cell = cells[static_cast<size_t>(row * columns + column)];
-            const int64_t number = page.first_row - 1 + row;
-            if (number >= held)
-                cell = "(missing)";
-            else
-                table->view->append(table->reader.get(), number, page.first_column - 1 + column, &cell);
-        }
+        for (int64_t column = 0; column < columns; ++column)
+            cells[static_cast<size_t>(row * columns + column)] =
+                cell_text(table, page.first_row - 1 + row, page.first_column - 1 + column, held);
     }
     grid.text = [cells = std::move(cells), columns](int64_t row, int column) {
         return cells[static_cast<size_t>(row * columns + column)];
