@@ -131,6 +131,13 @@ long create_table_window(Window *window) {
     return 0;
 }
 
+// Makes the whole window, frame included, as large as it was remembered. Before it is shown nobody knows the frame.
+void fit_frame(Window *window, GuiRect outer) {
+    const GuiRect now = gui_window_place(window);
+    if (outer.width > 0 && (now.width != outer.width || now.height != outer.height))
+        gui_place_window(window, {outer.left, outer.top, 2 * outer.width - now.width, 2 * outer.height - now.height});
+}
+
 long table_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Create:
@@ -228,8 +235,10 @@ Window *open_table(std::unique_ptr<GenericState> state, const TableOptions &opti
         gui_destroy_window(window);
         return nullptr;
     }
-    if (window && options.is_spectrum && options.placement)
+    if (window && options.is_spectrum && options.placement) {
+        fit_frame(window, *options.placement);
         *options.placement = gui_window_place(window);
+    }
     if (window)
         tell_remarks(table);
     return gui_window_exists(window) ? window : nullptr;
