@@ -65,12 +65,19 @@ void connect_grid(Window *window, const GridControl *grid, int number) {
                      [=] { send_number(window, EventType::Control, number, ControlUse::Activated); });
 }
 
-// Menu items without a number work on the window's text or grid.
+// Menu items without a number work on the window's grid or text.
 void connect_edit_item(const Window *window, QAction *item) {
-    if (auto *text = dynamic_cast<TextControl *>(window->frame->findChild<QPlainTextEdit *>()))
-        text->connect_edit_item(item);
-    else if (auto *grid = window->frame->findChild<GridControl *>())
+    if (auto *grid = window->frame->findChild<GridControl *>())
         grid->connect_edit_item(item);
+    else if (auto *text = dynamic_cast<TextControl *>(window->frame->findChild<QPlainTextEdit *>()))
+        text->connect_edit_item(item);
+}
+
+void connect_line(Window *window, const QLineEdit *line, int number) {
+    QObject::connect(line, &QLineEdit::textEdited, window, [=] { send_number(window, EventType::Control, number); });
+    if (!window->is_dialog())  // whose default button it presses
+        QObject::connect(line, &QLineEdit::returnPressed, window,
+                         [=] { send_number(window, EventType::Control, number, ControlUse::Activated); });
 }
 
 }  // namespace
@@ -83,11 +90,11 @@ void connect_controls(Window *window) {
             continue;
         const int number = property.toInt();
         window->controls.emplace(number, widget);
-        const auto used = [window, number] { send_number(window, EventType::Control, number); };
         if (auto *button = qobject_cast<QAbstractButton *>(widget))
-            QObject::connect(button, &QAbstractButton::clicked, window, used);
-        else if (auto *line = qobject_cast<QLineEdit *>(widget))
-            QObject::connect(line, &QLineEdit::textEdited, window, used);
+            QObject::connect(button, &QAbstractButton::clicked, window,
+                             [=] { send_number(window, EventType::Control, number); });
+        else if (const auto *line = qobject_cast<QLineEdit *>(widget))
+            connect_line(window, line, number);
         else if (auto *lines = qobject_cast<QPlainTextEdit *>(widget))
             QObject::connect(lines, &QPlainTextEdit::modificationChanged, window->frame, &QWidget::setWindowModified);
         else if (const auto *list = qobject_cast<ListControl *>(widget))

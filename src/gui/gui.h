@@ -6,8 +6,8 @@
 //   - a window names its menu bar by a dynamic property `menuBar` (a number),
 //   - a control has a dynamic property `number`,
 //   - a menu item has a dynamic property `command` (as may a menu, whose heading it then numbers), or one `edit`, by
-//     which the window's multi-line text does it: undo, redo, cut, copy, paste or selectAll; or its grid: copy,
-//     copyWithNames or selectAll,
+//     which the window's grid does it: copy, copyWithNames or selectAll; or, without a grid, its multi-line text: undo,
+//     redo, cut, copy, paste or selectAll,
 //   - a window or dialog names its page of the help book by a dynamic property `helpPage`,
 //   - the drawing area is a widget of class ClientArea; the dynamic property `pictures` gives it a ground on which
 //     pictures stand out, instead of that of documents.
@@ -20,6 +20,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -62,8 +63,8 @@ enum class EventType {
     FocusIn,   // the window became the active one
     FocusOut,  // or another did
     Scroll,    // the client area was scrolled to another position
-    Control,   // a button was pressed, a line of text edited, a line of a list or a cell of a grid selected or
-               // activated (`use`)
+    Control,   // a button was pressed, a line of text edited or entered, a line of a list or a cell of a grid selected
+               // or activated (`use`)
     Command,   // a menu item was chosen
     Timer,
     FileDrop,  // the task window alone: files were dropped on it or on a document window
@@ -76,7 +77,8 @@ enum GuiModifiers : unsigned { GUI_SHIFT = 1, GUI_CONTROL = 2, GUI_ALT = 4 };
 // Tab comes only from the client area; answering 0 lets it move on to the next control.
 enum class GuiKey { Character, Left, Right, Up, Down, PageUp, PageDown, Home, End, Enter, Escape, Delete, Tab, Other };
 
-// What the user did to a control. Lists and grids alone know the last two; activating is a double click or Enter.
+// What the user did to a control. Lists and grids alone are selected; activating is a double click or Enter, of a line
+// of text Enter, but in a dialog that presses the default button.
 enum class ControlUse { Changed, Selected, Activated };
 
 struct Event {
@@ -139,6 +141,24 @@ class BusyCursor {
     ~BusyCursor();
     BusyCursor(const BusyCursor &) = delete;
     BusyCursor &operator=(const BusyCursor &) = delete;
+};
+
+// Tells how far long work is in a box with a Cancel button, which comes once the work proves to be long; until then the
+// pointer shows that the program is busy. While the box is there events are handled, but the user reaches no window.
+class Progress {
+  public:
+    Progress(Window *owner, const std::string &text);
+    ~Progress();
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    // To be called now and then with the part that is done, from 0 to 1. False from when the user cancelled, the owner
+    // went or the application ends.
+    bool go_on(double part);
+
+  private:
+    struct Box;
+    std::unique_ptr<Box> box_;
 };
 
 // --- Windows ------------------------------------------------------------------------------------------------------
