@@ -60,19 +60,6 @@ bool read_row_bytes(const ObjDesc *root, TableInfo *table) {
     return false;
 }
 
-const ObjDesc *find_table(const LabelState &label, const TableProduct &product) {
-    const ObjDesc *current = label.current_object;
-    const ProductOpener *opener = find_opener(label);
-    if (current && (tb_is_table(current) || (opener && opener->open == open_tables)))
-        return current;
-    ObjDesc *root = label.root.get();
-    for (const char *pattern : {"*TABLE", "*SERIES"}) {
-        if (const ObjDesc *found = OdlFindObjDesc(root, pattern, nullptr, nullptr, 1, SCOPE_TO_END))
-            return found;
-    }
-    return product.tables.empty() ? nullptr : product.tables.front().object;
-}
-
 // Fills the table's records from the label; false after a message.
 bool set_up(GenericState *state, TableState *table, const TableOptions &options) {
     const LabelState &label = *state->label_state;
@@ -167,6 +154,19 @@ void table_warning(const std::string &text) {
 void table_error(const std::string &text) {
     if (!session().unattended)
         gui_error(text);
+}
+
+const ObjDesc *find_table(const LabelState &label, const TableProduct &product) {
+    const ObjDesc *current = label.current_object;
+    const ProductOpener *opener = find_opener(label);
+    if (current && (tb_is_table(current) || (opener && opener->open == open_tables)))
+        return current;
+    ObjDesc *root = label.root.get();
+    for (const char *pattern : {"*TABLE", "*SERIES"}) {
+        if (const ObjDesc *found = OdlFindObjDesc(root, pattern, nullptr, nullptr, 1, SCOPE_TO_END))
+            return found;
+    }
+    return product.tables.empty() ? nullptr : product.tables.front().object;
 }
 
 TableState *table_state(const Window *window) {

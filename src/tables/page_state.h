@@ -14,6 +14,7 @@ constexpr int64_t paging_threshold = 100;  // rows from which on a table is page
 constexpr size_t side_data_limit = 20000;  // characters
 constexpr int64_t page_number_limit = 10'000'000;
 constexpr size_t longest_title_name = 60;
+constexpr size_t longest_cell = 32768;  // bytes: a label can claim fields so wide that a page would not fit in memory
 
 // One page. A new one is made for every page turn. Rows and columns are counted from 1, both ends inclusive; columns
 // are the fields of the table's rows, each item and each repetition one of its own.
@@ -55,6 +56,11 @@ void table_warning(const std::string &text);
 void table_error(const std::string &text);
 // Shows the window's remarks. The window may be gone afterwards, and its table with it.
 void tell_remarks(TableState *table);
+
+// The table to show: the label's current object when it is one, else the first of its label; null when there is none.
+const ObjDesc *find_table(const LabelState &label, const TableProduct &product);
+// Whether values of a data type are numbers, which stand at the right.
+bool is_number_type(const std::string &data_type);
 
 // --- Opening ------------------------------------------------------------------------------------------------------
 

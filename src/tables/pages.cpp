@@ -13,8 +13,6 @@ constexpr int row_field = 1;
 constexpr int accept_button = 2;
 constexpr int cancel_button = 3;
 
-constexpr size_t longest_cell = 32768;  // bytes
-
 constexpr int next_rows_command = 2021;
 constexpr int previous_rows_command = 2022;
 constexpr int next_columns_command = 2023;
@@ -189,8 +187,7 @@ GuiGridColumn head_of(const ColumnView &view, int64_t field) {
     const std::string unit = view.unit(field);
     const std::string &type = view.data_type(field);
     head.remarks = {unit, type == "Unknown" ? "" : type};
-    for (const char *word : {"INTEGER", "REAL", "FLOAT", "DOUBLE"})
-        head.is_number = head.is_number || type.find(word) != std::string::npos;
+    head.is_number = is_number_type(type);
     return head;
 }
 
@@ -199,7 +196,6 @@ std::string cell_text(TableState *table, int64_t row, int64_t field, int64_t row
         return "(missing)";
     std::string text;
     table->view->append(table->reader.get(), row, field, &text);
-    // A label can claim fields so wide that a page of them would not fit in memory.
     return text.size() > longest_cell ? shown_name(text, longest_cell) + "..." : text;
 }
 
@@ -243,6 +239,12 @@ long go_to_row_eh(Window *dialog, const Event &event) {
 }
 
 }  // namespace
+
+bool is_number_type(const std::string &data_type) {
+    constexpr const char *words[] = {"INTEGER", "REAL", "FLOAT", "DOUBLE"};
+    return std::any_of(std::begin(words), std::end(words),
+                       [&](const char *word) { return data_type.find(word) != std::string::npos; });
+}
 
 void tell_remarks(TableState *table) {
     const std::vector<std::string> remarks = std::exchange(table->remarks, {});
@@ -355,6 +357,7 @@ void enable_page_commands(const PageState &page) {
     gui_enable_command(page.window, previous_columns_command, columns);
     gui_enable_command(page.window, go_to_row_command, page.rows > 0);
     gui_enable_command(page.window, paging_dialog_command, is_paged);
+    gui_enable_command(page.window, browse_columns_command, !page.is_spectrum);  // which no file has
 }
 
 // --- Commands -----------------------------------------------------------------------------------------------------

@@ -54,12 +54,59 @@ void previous_column_page(Window *window);
 void go_to_row(Window *window);
 void show_paging_dialog(Window *window);
 
+// --- One column at a time -----------------------------------------------------------------------------------------
+
+// Opens the window that shows one column of one table, or one item or bit column of it, at a time: at first of the
+// state's current object.
+void open_column_browser(std::unique_ptr<GenericState> state);
+
+constexpr int browser_table_pane = 1;  // of the browser window
+constexpr int browser_column_pane = 2;
+constexpr int browser_grid = 3;
+constexpr int browser_place = 4;
+constexpr int browser_note = 5;
+constexpr int skip_field = 31;
+constexpr int row_field = 32;
+constexpr int name_field = 34;
+constexpr int summary_text = 1;  // of the window of summaries
+constexpr int browse_columns_command = 2030;
+constexpr int summary_command = 2048;
+
+// The command of a table window that opens one on its table.
+void browse_columns(Window *window);
+
+// Commands of browser windows. Columns stand for bit columns where these are shown.
+void tbtool_next_rows(Window *window);
+void tbtool_prev_rows(Window *window);
+void tbtool_first_rows(Window *window);
+void tbtool_last_rows(Window *window);
+void tbtool_next_cols(Window *window);
+void tbtool_prev_cols(Window *window);
+void tbtool_next_table(Window *window);
+void tbtool_prev_table(Window *window);
+// Go where the window's fields say: a row, columns to skip, the start of a column's name.
+void tbtool_go_to_row(Window *window);
+void tbtool_skip_x_cols(Window *window);
+void tb_move_by_col_name(Window *window);
+// Go to the fields.
+void tbtool_enter_row(Window *window);
+void tbtool_enter_skip(Window *window);
+void tbtool_enter_name(Window *window);
+void tbtool_toggle_items(Window *window);
+void tbtool_toggle_bit_cols(Window *window);
+// Show the current column or bit column so.
+void tbtool_show_text(Window *window);
+void tbtool_show_binary(Window *window);
+void tbtool_show_hex(Window *window);
+void tbtool_show_octal(Window *window);
+// Adds the summary of what is shown to the window of summaries.
+void tbtool_get_summary(Window *window);
+
 // --- Other windows ------------------------------------------------------------------------------------------------
 
 // The list of a product's tables.
 constexpr int table_list_grid = 1;
 void open_table_list(std::unique_ptr<GenericState> state);
 
-// The window that shows one column at a time, and the dialog that sets up a plot, of the state's current object.
-void open_column_browser(std::unique_ptr<GenericState> state);
+// The dialog that sets up a plot of the state's current object.
 void plot_set_up(std::unique_ptr<GenericState> state);

@@ -18,6 +18,7 @@ constexpr int table_or_plot_resource = 145;
 constexpr int open_button = 1;
 constexpr int plot_button = 2;
 constexpr int cancel_button = 3;
+constexpr int browse_button = 4;
 
 using OpenFunction = void (*)(std::unique_ptr<GenericState>);
 
@@ -53,6 +54,7 @@ long table_or_plot_eh(Window *dialog, const Event &event) {
     if (event.type == EventType::Create) {
         gui_enable_control(dialog, open_button, opener->open != nullptr);
         gui_enable_control(dialog, plot_button, opener->plot != nullptr);
+        gui_enable_control(dialog, browse_button, opener->browse != nullptr);
     }
     if (event.type == EventType::Control)
         gui_end_dialog(dialog, event.number);
@@ -66,6 +68,8 @@ OpenFunction ask_table_or_plot(Window *window, ProductOpener opener) {
             return opener.open;
         case plot_button:
             return opener.plot;
+        case browse_button:
+            return opener.browse;
         case cancel_button:
         case 0:  // closed
             return nullptr;

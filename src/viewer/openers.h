@@ -11,6 +11,7 @@ struct ProductOpener {
     bool (*condition)(const ObjDesc *object);           // that the object must fulfil too; null: none
     void (*open)(std::unique_ptr<GenericState> state);  // label_state->current_object is set; shows its own errors
     void (*plot)(std::unique_ptr<GenericState> state);  // null: not plotted
+    void (*browse)(std::unique_ptr<GenericState> state) = nullptr;  // one column at a time; null: not so
 };
 
 // Rows in order of choice: the first that an object of the label fits is taken, with the first such object.

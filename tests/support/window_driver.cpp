@@ -432,6 +432,10 @@ bool press_box_button(const std::string &text) {
     return false;
 }
 
+bool box_is_shown() {
+    return QApplication::activeModalWidget() != nullptr;
+}
+
 bool close_box() {
     QWidget *box = QApplication::activeModalWidget();
     if (box)

@@ -83,6 +83,7 @@ void when_idle(std::function<void()> action);
 // The text of the message box that is shown, and a press on one of its buttons; empty and false when there is none.
 std::string shown_box_text();
 bool press_box_button(const std::string &text);
+bool box_is_shown();  // or a dialog
 // Escape in the box or dialog that is shown; false when there is none.
 bool close_box();
 // Types a name into the file dialog that is shown and accepts it; false when there is none.

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int APPLICATION_MENU = 1, LABEL_MENU = 2, HISTOGRAM_MENU = 201, TABLE_MENU = 220;
+constexpr int APPLICATION_MENU = 1, LABEL_MENU = 2, HISTOGRAM_MENU = 201, TABLE_MENU = 220, BROWSER_MENU = 230;
 constexpr int part_of_image_heading = 1055;
 
 bool has_command(const std::vector<MenuItem> &items, int number) {
@@ -38,6 +38,7 @@ TEST(Menus, ReachEveryCommandByDistinctKeys) {
         const std::multimap<CommandDispatcher, std::vector<MenuItem>> bars = {
             {CommandDispatcher::Application, menu_items(APPLICATION_MENU)},
             {CommandDispatcher::Application, menu_items(TABLE_MENU)},
+            {CommandDispatcher::Application, menu_items(BROWSER_MENU)},
             {CommandDispatcher::Label, menu_items(LABEL_MENU)}};
         for (const auto &[dispatcher, items] : bars) {
             ASSERT_FALSE(items.empty());
