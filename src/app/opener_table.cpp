@@ -10,13 +10,13 @@ constexpr std::array rows = {
     ProductOpener{"*IMAGE", has_several_bands, open_bands, nullptr},
     ProductOpener{"IMAGE", nullptr, open_image, nullptr},
     ProductOpener{"*IMAGE", nullptr, open_image, nullptr},
-    ProductOpener{"*TABLE", nullptr, open_tables, nullptr, open_column_browser},
-    ProductOpener{"*SERIES", nullptr, open_tables, nullptr, open_column_browser},
-    ProductOpener{"*SPECTRUM", nullptr, open_tables, nullptr, open_column_browser},
-    ProductOpener{"*PALETTE", nullptr, open_tables, nullptr, open_column_browser},
-    ProductOpener{"*GAZETTEER", nullptr, open_tables, nullptr, open_column_browser},
-    ProductOpener{"INDEX", nullptr, open_tables, nullptr, open_column_browser},
-    ProductOpener{"SPREADSHEET", nullptr, open_tables, nullptr, open_column_browser},
+    ProductOpener{"*TABLE", nullptr, open_tables, plot_set_up, open_column_browser},
+    ProductOpener{"*SERIES", nullptr, open_tables, plot_set_up, open_column_browser},
+    ProductOpener{"*SPECTRUM", nullptr, open_tables, plot_set_up, open_column_browser},
+    ProductOpener{"*PALETTE", nullptr, open_tables, plot_set_up, open_column_browser},
+    ProductOpener{"*GAZETTEER", nullptr, open_tables, plot_set_up, open_column_browser},
+    ProductOpener{"INDEX", nullptr, open_tables, plot_set_up, open_column_browser},
+    ProductOpener{"SPREADSHEET", nullptr, open_tables, plot_set_up, open_column_browser},
 };
 
 }  // namespace

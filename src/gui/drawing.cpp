@@ -4,7 +4,9 @@
 #include "gui/window.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QFontMetrics>
+#include <QImage>
 #include <QPalette>
 
 #include <cmath>
@@ -121,6 +123,21 @@ Colour gui_colour(GuiColour role) {
             return plain(palette.color(QPalette::Highlight));
     }
     return {};
+}
+
+std::string gui_png(GuiSize size, int scale, const std::function<void(Canvas *canvas)> &draw) {
+    QImage image(size.width * scale, size.height * scale, QImage::Format_RGB32);
+    if (image.isNull())
+        return "";
+    image.setDevicePixelRatio(scale);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    Canvas canvas = {&painter, QRect(0, 0, size.width, size.height), Qt::white};
+    draw(&canvas);
+    painter.end();
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    return buffer.open(QIODevice::WriteOnly) && image.save(&buffer, "PNG") ? bytes.toStdString() : "";
 }
 
 void gui_set_pointer(Window *window, PointerShape shape) {

@@ -223,7 +223,8 @@ void gui_check_control(Window *window, int control, bool checked);  // a check b
 bool gui_control_checked(const Window *window, int control);
 
 // A QListView: lines of text counted from 0, one of which may be selected. It finds lines by any part of their text as
-// the user types. The dynamic property `narrowBlanks` shows runs of blanks half as wide as digits.
+// the user types. The dynamic property `narrowBlanks` shows runs of blanks half as wide as digits. With the dynamic
+// property `selectsByPress` lines are selected by a press on them, also again, or by Enter or Space, not by moving.
 bool gui_set_list(Window *window, int control, std::vector<std::string> lines);  // false: no such control
 std::string gui_list_line(const Window *window, int control, int line);
 int gui_selected_line(const Window *window, int control);     // -1 when there is none
@@ -330,6 +331,9 @@ enum class GuiColour {
     Accent,  // of what is selected
 };
 Colour gui_colour(GuiColour role);
+
+// A drawing of this size as a PNG file, `scale` pixels to one of the drawing; empty when memory is out.
+std::string gui_png(GuiSize size, int scale, const std::function<void(Canvas *canvas)> &draw);
 
 enum class PointerShape { Arrow, Cross, LeftRight };
 void gui_set_pointer(Window *window, PointerShape shape);  // over the client area

@@ -172,6 +172,10 @@ bool ListControl::has_narrow_blanks() const {
     return property("narrowBlanks").toBool();
 }
 
+bool ListControl::selects_by_press() const {
+    return property("selectsByPress").toBool();
+}
+
 void ListControl::measure() {
     const Ruler ruler(font(), has_narrow_blanks());
     widest_ = 0;
@@ -189,7 +193,13 @@ void ListControl::measure() {
 
 void ListControl::currentChanged(const QModelIndex &current, const QModelIndex &previous) {
     QListView::currentChanged(current, previous);
-    if (!silent_ && current.isValid())
+    if (!silent_ && current.isValid() && !selects_by_press())
+        emit line_selected();
+}
+
+void ListControl::mousePressEvent(QMouseEvent *event) {
+    QListView::mousePressEvent(event);
+    if (selects_by_press() && event->button() == Qt::LeftButton && indexAt(event->position().toPoint()).isValid())
         emit line_selected();
 }
 
@@ -211,6 +221,12 @@ void ListControl::keyPressEvent(QKeyEvent *event) {
     constexpr Qt::KeyboardModifiers commands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
     const QString text = event->text();
     const bool prints = !text.isEmpty() && text[0].isPrint() && !(event->modifiers() & commands);
+    const bool is_typing = typed_.isValid() && typed_.elapsed() < pause_of_typing;
+    const bool enters = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (selects_by_press() && currentIndex().isValid() && (enters || (event->key() == Qt::Key_Space && !is_typing))) {
+        emit line_selected();
+        return;
+    }
     switch (event->key()) {
         case Qt::Key_Return:
         case Qt::Key_Enter:

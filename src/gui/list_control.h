@@ -11,7 +11,9 @@ class LineModel;
 class QLabel;
 
 // Shows its lines from a model, so that their number hardly matters, in the desktop's fixed-pitch font. With the
-// property `narrowBlanks` runs of blanks are half as wide, as columns want that were aligned for such blanks.
+// property `narrowBlanks` runs of blanks are half as wide, as columns want that were aligned for such blanks. With the
+// property `selectsByPress` a line is selected by a press on it, also again, and by Enter or Space; moving is not
+// enough.
 //
 // Typing finds the next line that holds what was typed, anywhere in it and in any case; F3 and Shift+F3 find further
 // ones.
@@ -26,6 +28,7 @@ class ListControl final : public QListView {
     int selected_line() const;   // -1 when there is none
     void select_line(int line);  // sends no signal
     bool has_narrow_blanks() const;
+    bool selects_by_press() const;
     double widest_line() const { return widest_; }
 
   signals:
@@ -35,6 +38,7 @@ class ListControl final : public QListView {
   protected:
     void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void changeEvent(QEvent *event) override;
     void timerEvent(QTimerEvent *event) override;

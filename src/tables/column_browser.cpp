@@ -332,7 +332,7 @@ long browser_eh(Window *window, const Event &event) {
 // Stands at the table; false when the label has none.
 bool set_up(const LabelState &label, BrowserState *browser) {
     browser->product = tb_read_product(label.root.get());
-    const ObjDesc *object = find_table(label, browser->product);
+    const ObjDesc *object = find_shown_table(label, browser->product);
     if (!object)
         return false;
     std::vector<TableInfo> &tables = browser->product.tables;

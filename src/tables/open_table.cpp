@@ -12,19 +12,6 @@ bool number_of(const char *keyword, const ObjDesc *table, const ObjDesc *root, i
     return OaKwdValuetoLong(keyword, table, number) == 0 || OaKwdValuetoLong(keyword, root, number) == 0;
 }
 
-int64_t read_rows(const ObjDesc *table, const ObjDesc *root) {
-    int64_t rows = 1;
-    if (number_of("ROWS", table, root, &rows))
-        return rows;
-    table_warning(
-        "This table has no ROWS keyword.  Will use RECORDS value, or if no RECORDS keyword present, will assume 1 "
-        "row.");
-    if (OaKwdValuetoLong("RECORDS", root, &rows) == 0)
-        return rows;
-    table_warning("No ROWS or RECORDS keyword found.  Will assume 1 row.");
-    return 1;
-}
-
 // A row without columns is shown as one field of all its bytes.
 void add_whole_row(TableInfo *table) {
     if (!table->columns.empty() || table->row_bytes < 1)
@@ -64,7 +51,7 @@ bool read_row_bytes(const ObjDesc *root, TableInfo *table) {
 bool set_up(GenericState *state, TableState *table, const TableOptions &options) {
     const LabelState &label = *state->label_state;
     table->product = tb_read_product(label.root.get());
-    const ObjDesc *object = find_table(label, table->product);
+    const ObjDesc *object = find_shown_table(label, table->product);
     if (!object) {
         table_error("Open Object - no valid object");
         return false;
@@ -156,7 +143,20 @@ void table_error(const std::string &text) {
         gui_error(text);
 }
 
-const ObjDesc *find_table(const LabelState &label, const TableProduct &product) {
+int64_t read_table_rows(const ObjDesc *table, const ObjDesc *root) {
+    int64_t rows = 1;
+    if (number_of("ROWS", table, root, &rows))
+        return rows;
+    table_warning(
+        "This table has no ROWS keyword.  Will use RECORDS value, or if no RECORDS keyword present, will assume 1 "
+        "row.");
+    if (OaKwdValuetoLong("RECORDS", root, &rows) == 0)
+        return rows;
+    table_warning("No ROWS or RECORDS keyword found.  Will assume 1 row.");
+    return 1;
+}
+
+const ObjDesc *find_shown_table(const LabelState &label, const TableProduct &product) {
     const ObjDesc *current = label.current_object;
     const ProductOpener *opener = find_opener(label);
     if (current && (tb_is_table(current) || (opener && opener->open == open_tables)))
@@ -176,7 +176,7 @@ TableState *table_state(const Window *window) {
 
 bool read_table_size(const ObjDesc *root, TableState *table, PageState *page) {
     TableInfo &info = table->table;
-    info.rows = std::max<int64_t>(read_rows(info.object, root), 0);
+    info.rows = std::max<int64_t>(read_table_rows(info.object, root), 0);
     read_columns(root, &info);
     if (!read_row_bytes(root, &info))
         return false;

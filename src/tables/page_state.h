@@ -57,13 +57,15 @@ void table_error(const std::string &text);
 // Shows the window's remarks. The window may be gone afterwards, and its table with it.
 void tell_remarks(TableState *table);
 
-// The table to show: the label's current object when it is one, else the first of its label; null when there is none.
-const ObjDesc *find_table(const LabelState &label, const TableProduct &product);
 // Whether values of a data type are numbers, which stand at the right.
 bool is_number_type(const std::string &data_type);
 
 // --- Opening ------------------------------------------------------------------------------------------------------
 
+// The object of a label to show: the current one when it is a table, else the first. Null when there is none.
+const ObjDesc *find_shown_table(const LabelState &label, const TableProduct &product);
+// ROWS, else RECORDS, else 1, with warnings.
+int64_t read_table_rows(const ObjDesc *table, const ObjDesc *root);
 // Rows, columns and row bytes as the label says, after its warnings; false after an error.
 bool read_table_size(const ObjDesc *root, TableState *table, PageState *page);
 // The text that tells of the table and its columns; carriage returns end its lines.

@@ -18,7 +18,8 @@ struct ListButton {
     int control;
     OpenFunction open;  // null: what it opens is not there yet
 };
-constexpr std::array buttons = {ListButton{2, open_pages}, ListButton{3, open_column_browser}, ListButton{4, nullptr}};
+constexpr std::array buttons = {ListButton{2, open_pages}, ListButton{3, open_column_browser},
+                                ListButton{4, plot_set_up}};
 constexpr int close_button = 5;
 
 struct ListState : ModuleState {

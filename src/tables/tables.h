@@ -3,7 +3,8 @@
 // value_lists.h (words of labels), table_info.h (records of a product's tables), field_text.h (bytes as text),
 // column_text.h (the formatter of a column), table_reader.h (fields of rows), column_view.h (the fields of a table in a
 // row), flatten.h (label trees for the table readers of oa), browser_position.h (moves of a one-column browser),
-// column_summary.h (minimum, maximum, average and values of a column).
+// column_summary.h (minimum, maximum, average and values of a column), plot_data.h (two columns as the plot window
+// shows them), curve_plot.h (curves with axes), curve_column.h (columns as curves).
 //
 //   const TableProduct product = tb_read_product(label);
 //   const ColumnView view(product.tables[0]);
@@ -18,6 +19,7 @@
 #include "tables/model/column_summary.h"
 #include "tables/model/column_text.h"
 #include "tables/model/column_view.h"
+#include "tables/model/curve_plot.h"
 #include "tables/model/field_text.h"
 #include "tables/model/flatten.h"
 #include "tables/model/table_info.h"
@@ -108,5 +110,19 @@ void tbtool_get_summary(Window *window);
 constexpr int table_list_grid = 1;
 void open_table_list(std::unique_ptr<GenericState> state);
 
-// The dialog that sets up a plot of the state's current object.
+// --- Plots --------------------------------------------------------------------------------------------------------
+
+// Opens the dialog that sets up a plot of two columns of the state's current object.
 void plot_set_up(std::unique_ptr<GenericState> state);
+// Opens a window that draws the curves, with axes, read-out and saving. The window, or null.
+Window *open_curve_plot(CurvePlot plot);
+
+// Commands of plot windows; of a table window the first.
+void plot_table_columns(Window *window);
+void show_detailed_plot(Window *window);
+void toggle_curve_lines(Window *window);
+void toggle_curve_points(Window *window);
+void toggle_curve_grid(Window *window);
+void save_curves_as_png(Window *window);
+void save_curves_as_svg(Window *window);
+void save_curves_as_csv(Window *window);
