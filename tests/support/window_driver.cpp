@@ -243,11 +243,20 @@ void type_text(Window *window, int control, const std::string &text) {
     QTest::keyClicks(line, QString::fromStdString(text));
 }
 
-void double_click_line(Window *window, int list, int line) {
-    auto *view = qobject_cast<QListView *>(window->controls.at(list));
+QPoint place_of_line(QListView *view, int line) {
     const QModelIndex index = view->model()->index(line, 0);
     view->scrollTo(index);
-    const QPoint place = view->visualRect(index).center();
+    return view->visualRect(index).center();
+}
+
+void click_line(Window *window, int list, int line) {
+    auto *view = qobject_cast<QListView *>(window->controls.at(list));
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, place_of_line(view, line));
+}
+
+void double_click_line(Window *window, int list, int line) {
+    auto *view = qobject_cast<QListView *>(window->controls.at(list));
+    const QPoint place = place_of_line(view, line);
     QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, place);
     QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, place);
 }

@@ -39,6 +39,7 @@ bool choose_item(Window *window, const std::string &text);  // by its text, as a
 bool command_checked(const Window *window, int command);
 bool use_control(Window *window, int control);
 void type_text(Window *window, int control, const std::string &text);  // by keys, in place of a line's text
+void click_line(Window *window, int list, int line);                   // scrolled into view
 void double_click_line(Window *window, int list, int line);            // scrolled into view
 // The columns, from the left edge of a list, at which something is drawn in this line.
 std::vector<int> marked_columns(Window *window, int list, int line);

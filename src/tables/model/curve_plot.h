@@ -21,7 +21,7 @@ struct CurvePlot {
     std::string x_title;
     std::string y_title;
     std::vector<Curve> curves;
-    std::string directory;  // where to save, and the name to propose for that, without extension
+    std::string directory = {};  // where to save, and the name to propose for that, without extension
     std::string file_stem = "plot";
 };
 

@@ -1,0 +1,180 @@
+// Numbers and places of plots.
+#include "tables/model/curve_plot.h"
+#include "tables/model/plot_data.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <string_view>
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+PlotAxis axis(std::vector<double> values) {
+    PlotAxis scaled = {"", "", "", std::move(values)};
+    scale_axis(&scaled);
+    return scaled;
+}
+
+double number(std::string_view text) {
+    return plot_number({reinterpret_cast<const uint8_t *>(text.data()), text.size()});
+}
+
+TEST(PlotData, ReadsTheNumberAtTheStartOfAField) {
+    EXPECT_EQ(number("  -12.5E1 7"), -125);
+    EXPECT_EQ(number("1x"), 1);
+    EXPECT_EQ(number("    "), 0);
+    EXPECT_EQ(number(""), 0);
+    EXPECT_EQ(number("1" + std::string(60, '0')), 1e29) << "thirty characters";
+    EXPECT_EQ(plot_row_number(" 12abc"), 12);
+    EXPECT_EQ(plot_row_number("99999999999999999999"), INT64_MAX);
+}
+
+TEST(PlotData, PutsPointsAsTheTextsOfTheAxesSay) {
+    const PlotPoint start = plot_frame;
+    const struct {
+        std::vector<double> x, y;
+        const char *x_minimum, *x_maximum;
+        std::vector<PlotPoint> line;
+    } cases[] = {
+        {{2, 3, 6}, {-1, 0.5, 1}, "2.000000", "6.000000", {start, {100, 250}, {200, 100}, {500, 50}}},
+        {{5, 5}, {0, 3}, "5.000000", "5.000000", {start, {100, 250}, {100, 50}}},
+        {{0, 1e-9}, {7, 7}, "0.000000", "0.000000", {start, {100, 250}, {100, 250}}},
+        // A range that its texts round up and down.
+        {{0, 1.4e-6}, {0, 1.6e-6}, "0.000000", "0.000001", {start, {100, 250}, {660, 90}}},
+        {{0, infinity, nan, 1},
+         {0, nan, 4, 4},
+         "0.000000",
+         "inf",
+         {start, {100, 250}, {100, 250}, {100, 50}, {100, 50}}},
+        {{nan}, {-infinity}, "0.000000", "0.000000", {start, {100, 250}}},
+        {{}, {}, "0.000000", "0.000000", {start}},
+    };
+    for (const auto &[x, y, minimum, maximum, line] : cases) {
+        const PlotAxis across = axis(x);
+        EXPECT_EQ(across.minimum, minimum);
+        EXPECT_EQ(across.maximum, maximum);
+        EXPECT_EQ(plot_line(across, axis(y)), line) << maximum;
+        EXPECT_TRUE(plot_picture(line).image) << "points beyond the picture stay at its edge";
+    }
+    EXPECT_EQ(axis({1e300}).maximum.size(), 308u) << "all digits";
+    const auto texts = plot_texts(axis({1, 2}), axis({3, 4}));
+    EXPECT_EQ(texts[1].text, "2.000000");
+    EXPECT_EQ(texts[1].start, (PlotPoint{400, 265}));
+    EXPECT_EQ(texts[4].text, "4.000000");
+    EXPECT_EQ(texts[4].start, (PlotPoint{0, 60}));
+}
+
+TEST(CurvePlot, TicksAreRoundNumbersWithinTheRange) {
+    const struct {
+        CurveRange range;
+        int most;
+        std::vector<std::string> texts;
+    } cases[] = {
+        {{-0.02, 1.02}, 6, {"0.0", "0.5", "1.0"}},
+        {{-0.31, 0.32}, 8, {"-0.3", "-0.2", "-0.1", "0.0", "0.1", "0.2", "0.3"}},
+        {{1e8 + 0.4, 1e8 + 4.2}, 5, {"100000001", "100000002", "100000003", "100000004"}},
+        {{0, 3e-12}, 4, {"0", "1e-12", "2e-12", "3e-12"}},
+        {{-8e307, 8e307}, 5, {"-5e+307", "0", "5e+307"}},
+        {{0, 5e-324}, 5, {}},
+        {{2, 2}, 5, {}},
+        {{nan, 1}, 5, {}},
+    };
+    for (const auto &[range, most, texts] : cases) {
+        const CurveTicks ticks = curve_ticks(range, most);
+        if (range.high != 5e-324) {  // of the least range only that it ends matters
+            EXPECT_EQ(ticks.texts, texts) << range.low << " " << range.high;
+        }
+        EXPECT_LE(ticks.values.size(), static_cast<size_t>(most));
+    }
+    const auto range_of = [](std::vector<double> values) {
+        return curve_x_range({"", "", "", {{"", values, values}}});
+    };
+    EXPECT_LT(range_of({3, 3}).low, range_of({3, 3}).high);
+    EXPECT_LT(range_of({0}).low, range_of({0}).high);
+    const CurveRange widest = range_of({-1.7e308, 1.7e308, nan, infinity});
+    EXPECT_TRUE(std::isfinite(widest.high - widest.low));
+}
+
+CurveFont font() {
+    return {[](const std::string &text) { return static_cast<int>(7 * text.size()); }, 16};
+}
+
+std::vector<CurveLine> lines_of(const CurveScene &scene) {
+    std::vector<CurveLine> lines = scene.lines;
+    std::erase_if(lines, [](const CurveLine &line) { return line.ink != CurveInk::Curve; });
+    return lines;
+}
+
+TEST(CurvePlot, DrawsAMillionPointsByTheirExtremesAndBreaksLinesAtGaps) {
+    CurvePlot plot = {"", "X", "Y", {{"saw", {}, {}}}};
+    Curve &saw = plot.curves[0];
+    for (int i = 0; i < 1'000'000; ++i) {
+        saw.x.push_back(i);
+        saw.y.push_back(i == 543'210 ? 50 : i == 543'215 ? -50 : i % 2);
+    }
+    CurveScene scene = curve_scene(plot, {}, 800, 500, font());
+    ASSERT_EQ(lines_of(scene).size(), 1u);
+    EXPECT_FALSE(scene.lines_left_out);
+    const std::vector<CurvePoint> points = lines_of(scene)[0].points;
+    EXPECT_LE(points.size(), 4u * 800);
+    double top = 1e9, bottom = 0;
+    for (size_t i = 0; i < points.size(); ++i) {
+        top = std::min(top, points[i].y);
+        bottom = std::max(bottom, points[i].y);
+        EXPECT_TRUE(i == 0 || points[i].x >= points[i - 1].x - 1) << i;
+    }
+    const double room = (scene.frame_bottom - scene.frame_top) * 0.02 / 1.04;
+    EXPECT_NEAR(top, scene.frame_top + room, 0.01) << "the one high value";
+    EXPECT_NEAR(bottom, scene.frame_bottom - room, 0.01);
+
+    for (size_t i = 0; i < saw.x.size(); ++i)
+        saw.x[i] = static_cast<double>(i * 7919 % 1'000'003);
+    scene = curve_scene(plot, {}, 800, 500, font());
+    EXPECT_TRUE(scene.lines_left_out) << "a tangle";
+    ASSERT_EQ(scene.marks.size(), 1u);
+    EXPECT_LE(scene.marks[0].places.size(), 800u * 500);
+
+    saw = {"gaps", {0, 1, 2, nan, 4, 5, 6}, {0, 1, nan, 3, 4, infinity, 6}};
+    scene = curve_scene(plot, {}, 800, 500, font());
+    std::vector<size_t> sizes;
+    for (const CurveLine &line : lines_of(scene))
+        sizes.push_back(line.points.size());
+    EXPECT_EQ(sizes, (std::vector<size_t>{2, 1, 1}));
+    for (const int size : {0, 1, 30, 1 << 30})
+        EXPECT_FALSE(curve_scene(plot, {false, true, true}, size, 1, font()).texts.empty()) << size;
+}
+
+TEST(CurvePlot, WritesDrawingsAndNumbers) {
+    const CurvePlot plot = {"", "X, m", "Y", {{"A<&\xff\x01", {1, nan, 0.1}, {2, 3, 4}}, {"B", {1, nan, 0.1}, {5, 6}}}};
+    const std::string svg = curve_svg(curve_scene(plot, {true, true, true}, 400, 300, font()));
+    EXPECT_NE(svg.find(">A&lt;&amp;?"
+                       "?</text>"),
+              std::string::npos)
+        << svg;
+    EXPECT_EQ(svg.find("nan"), std::string::npos);
+    const auto csv = [](const CurvePlot &written) {
+        FILE *file = tmpfile();
+        EXPECT_TRUE(write_curve_csv(written, file));
+        std::string text(static_cast<size_t>(ftell(file)), ' ');
+        rewind(file);
+        EXPECT_EQ(fread(text.data(), 1, text.size(), file), text.size());
+        fclose(file);
+        return text;
+    };
+    EXPECT_EQ(csv({"", "X, m", "Y", {plot.curves[0]}}), "\"X, m\",A<&\xff\x01\n1,2\n,3\n0.1,4\n");
+    EXPECT_EQ(csv(plot), "\"X, m\",A<&\xff\x01,\"X, m\",B\n1,2,1,5\n,3,,6\n0.1,4,,\n") << "of other lengths";
+    EXPECT_EQ(csv({"", "X", "Y", {{"A", {1}, {2}}, {"B", {1}, {3}}}}), "X,A,B\n1,2,3\n");
+    FILE *full = fopen("/dev/full", "w");
+    if (full) {
+        setvbuf(full, nullptr, _IONBF, 0);
+        EXPECT_FALSE(write_curve_csv(plot, full));
+        fclose(full);
+    }
+}
+
+}  // namespace
