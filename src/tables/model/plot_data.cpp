@@ -5,6 +5,7 @@
 #include "tables/model/keyword_text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -123,6 +124,8 @@ std::string plot_choice_note(const PlotChoice &choice, int64_t rows) {
         return "The beginning row number may not be less than the starting row number";
     if (choice.last_row > rows)
         return util_format("The last row must not be beyond row %lld, the table's last", static_cast<long long>(rows));
+    if (choice.last_row - choice.first_row >= most_plot_rows)
+        return util_format("At most %lld rows can be plotted", static_cast<long long>(most_plot_rows));
     return "";
 }
 
@@ -138,8 +141,14 @@ PlotRefusal plot_refusal(const ColumnInfo &column, FieldSpan first_field) {
     return {other_note, true};
 }
 
+// As atof reads it; most fields need not its slowness.
 double plot_number(FieldSpan field) {
     const std::string_view text = field_text(field);
+    double value = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool is_hexadecimal = text.find_first_of("xX") != std::string_view::npos;
+    if (result.ec == std::errc() && !is_hexadecimal)
+        return value;
     std::array<char, longest_number + 1> copy = {};
     memcpy(copy.data(), text.data(), text.size());
     return atof(copy.data());

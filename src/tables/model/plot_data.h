@@ -17,6 +17,8 @@ std::vector<const ColumnInfo *> plot_columns(const TableInfo &table);
 // A column's name as it is listed.
 std::string plot_column_name(const ColumnInfo &column);
 
+constexpr int64_t most_plot_rows = 50'000'000;  // at a time
+
 struct PlotChoice {
     int x = -1;  // places in the list; -1: not chosen
     int y = -1;

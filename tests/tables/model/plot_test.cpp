@@ -26,12 +26,16 @@ double number(std::string_view text) {
 
 TEST(PlotData, ReadsTheNumberAtTheStartOfAField) {
     EXPECT_EQ(number("  -12.5E1 7"), -125);
-    EXPECT_EQ(number("1x"), 1);
+    EXPECT_EQ(number("1y"), 1);
+    EXPECT_EQ(number("+0x1F"), 31);
+    EXPECT_EQ(number("1e999"), infinity);
+    EXPECT_EQ(number("A"), 0);
     EXPECT_EQ(number("    "), 0);
     EXPECT_EQ(number(""), 0);
     EXPECT_EQ(number("1" + std::string(60, '0')), 1e29) << "thirty characters";
     EXPECT_EQ(plot_row_number(" 12abc"), 12);
     EXPECT_EQ(plot_row_number("99999999999999999999"), INT64_MAX);
+    EXPECT_EQ(plot_choice_note({0, 1, 1, INT64_MAX}, INT64_MAX), "At most 50000000 rows can be plotted");
 }
 
 TEST(PlotData, PutsPointsAsTheTextsOfTheAxesSay) {
