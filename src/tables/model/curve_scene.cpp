@@ -12,7 +12,8 @@ namespace {
 constexpr int margin = 12;
 constexpr int gap = 6;  // between texts and what they name
 constexpr int tick_length = 5;
-constexpr int sample_length = 22;  // of a line in the legend
+constexpr int sample_length = 22;       // of a line in the legend
+constexpr int room_beside_frame = 120;  // that ticks and margins take at most
 constexpr size_t most_line_points = 60000;
 
 struct Scale {
@@ -148,19 +149,55 @@ CurveTicks ticks_across(CurveRange range, double length, const CurveFont &font) 
     return curve_ticks(range, 2);
 }
 
-void add_legend(const CurvePlot &plot, const CurveFont &font, CurveScene *scene) {
-    constexpr size_t most_names = 16;
-    const size_t count = std::min(plot.curves.size(), most_names);
-    double right = scene->frame_right;
-    for (size_t i = count; i-- > 0 && right > scene->frame_left;) {
-        const std::string &name = plot.curves[i].name;
-        const double middle = scene->frame_top - gap - font.height / 2.0;
-        right -= font.width(name);
-        scene->texts.push_back({{right, middle}, name, CurveTextAlign::Left});
-        scene->lines.push_back({{{right - gap - sample_length, middle}, {right - gap, middle}}, CurveInk::Curve, i});
-        right -= gap + sample_length + 2 * gap;
+// Names of curves and samples of their lines: in the row of the Y title where there is room, else in rows of their own
+// below it.
+class Legend {
+  public:
+    Legend(const CurvePlot &plot, const CurveFont &font, double width) : plot_(plot), font_(font) {
+        constexpr size_t most_names = 24;
+        if (plot.curves.size() < 2)
+            return;
+        const double room_beside = width - font.width(plot.y_title) - 2 * gap;
+        double left = 0;
+        for (size_t i = 0; i < std::min(plot.curves.size(), most_names); ++i) {
+            const double needed = sample_length + gap + font.width(plot.curves[i].name);
+            if (left > 0 && left + needed > width) {
+                left = 0;
+                ++rows_;
+            }
+            items_.push_back({left, rows_});
+            left += needed + 2 * gap;
+        }
+        width_ = left;
+        const bool fits_beside = rows_ == 0 && left <= room_beside;
+        rows_ = fits_beside ? 0 : rows_ + 1;
     }
-}
+
+    int height() const { return rows_ * font_.height; }
+
+    void add(CurveScene *scene) const {
+        const double start = rows_ == 0 ? scene->frame_right - width_ + 2 * gap : scene->frame_left;
+        const int rows = std::max(rows_, 1);
+        for (size_t i = 0; i < items_.size(); ++i) {
+            const double left = start + items_[i].left;
+            const double middle = scene->frame_top - gap - (rows - items_[i].row - 0.5) * font_.height;
+            scene->lines.push_back({{{left, middle}, {left + sample_length, middle}}, CurveInk::Curve, i});
+            scene->texts.push_back({{left + sample_length + gap, middle}, plot_.curves[i].name, CurveTextAlign::Left});
+        }
+    }
+
+  private:
+    struct Item {
+        double left;
+        int row;
+    };
+
+    const CurvePlot &plot_;
+    const CurveFont &font_;
+    std::vector<Item> items_;
+    double width_ = 0;
+    int rows_ = 0;
+};
 
 void add_ticks(const CurveTicks &x_ticks, const CurveTicks &y_ticks, const Scale &x, const Scale &y, bool grid,
                const CurveFont &font, CurveScene *scene) {
@@ -200,7 +237,8 @@ CurveScene curve_scene(const CurvePlot &plot, CurveLook look, int width, int hei
     scene.height = std::clamp(height, 1, 20000);
     scene.x = curve_x_range(plot);
     scene.y = curve_y_range(plot);
-    scene.frame_top = margin + font.height + gap;
+    const Legend legend(plot, font, scene.width - room_beside_frame);
+    scene.frame_top = margin + font.height + gap + legend.height();
     scene.frame_bottom = std::max(scene.frame_top + 1, scene.height - margin - 2.0 * font.height - tick_length - gap);
     const double tall = scene.frame_bottom - scene.frame_top;
     const CurveTicks y_ticks = curve_ticks(scene.y, std::clamp(static_cast<int>(tall / (2.5 * font.height)), 2, 12));
@@ -218,9 +256,8 @@ CurveScene curve_scene(const CurvePlot &plot, CurveLook look, int width, int hei
         if (look.points || !drawn)
             add_marks(plot.curves[i], i, x, y, &scene);
     }
-    if (plot.curves.size() > 1)
-        add_legend(plot, font, &scene);
-    const double title_middle = scene.frame_top - gap - font.height / 2.0;
+    legend.add(&scene);
+    const double title_middle = margin + font.height / 2.0;
     scene.texts.push_back({{scene.frame_left, title_middle}, plot.y_title, CurveTextAlign::Left});
     scene.texts.push_back(
         {{(scene.frame_left + scene.frame_right) / 2, scene.height - margin / 2.0 - font.height / 2.0},

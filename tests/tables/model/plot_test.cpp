@@ -153,6 +153,30 @@ TEST(CurvePlot, DrawsAMillionPointsByTheirExtremesAndBreaksLinesAtGaps) {
         EXPECT_FALSE(curve_scene(plot, {false, true, true}, size, 1, font()).texts.empty()) << size;
 }
 
+TEST(CurvePlot, NamesOfManyCurvesKeepClearOfEachOther) {
+    for (const size_t count : {2u, 3u, 20u}) {
+        CurvePlot plot = {"", "X", "Y TITLE", {}};
+        for (size_t i = 0; i < count; ++i)
+            plot.curves.push_back({"A CURVE OF NUMBER " + std::to_string(i), {0, 1}, {0, 1}});
+        const CurveScene scene = curve_scene(plot, {}, 640, 400, font());
+        std::vector<CurveText> names;
+        for (const CurveText &text : scene.texts) {
+            if (text.place.y < scene.frame_top && text.align == CurveTextAlign::Left)
+                names.push_back(text);
+        }
+        ASSERT_EQ(names.size(), count + 1) << "with the title";
+        for (const CurveText &one : names) {
+            EXPECT_LE(one.place.x + font().width(one.text), 640) << one.text;
+            for (const CurveText &other : names) {
+                EXPECT_TRUE(&one == &other || std::abs(one.place.y - other.place.y) >= 16 ||
+                            one.place.x + font().width(one.text) < other.place.x ||
+                            other.place.x + font().width(other.text) < one.place.x)
+                    << one.text << " over " << other.text;
+            }
+        }
+    }
+}
+
 TEST(CurvePlot, WritesDrawingsAndNumbers) {
     const CurvePlot plot = {"", "X, m", "Y", {{"A<&\xff\x01", {1, nan, 0.1}, {2, 3, 4}}, {"B", {1, nan, 0.1}, {5, 6}}}};
     const std::string svg = curve_svg(curve_scene(plot, {true, true, true}, 400, 300, font()));
