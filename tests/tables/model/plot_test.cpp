@@ -1,9 +1,11 @@
 // Numbers and places of plots.
-#include "tables/model/curve_plot.h"
+#include "support/corpus.h"
+#include "tables/model/curve_column.h"
 #include "tables/model/plot_data.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -102,6 +104,33 @@ TEST(CurvePlot, TicksAreRoundNumbersWithinTheRange) {
     EXPECT_LT(range_of({0}).low, range_of({0}).high);
     const CurveRange widest = range_of({-1.7e308, 1.7e308, nan, infinity});
     EXPECT_TRUE(std::isfinite(widest.high - widest.low));
+}
+
+TEST(CurveColumn, NumbersOfRealTablesAreWhatOthersRead) {
+    const auto columns = read_corpus_list("real/tables.tsv");
+    if (columns.empty())
+        GTEST_SKIP() << "no corpus at " << corpus_path("real");
+    int compared = 0;
+    for (auto row : columns) {
+        const OdlTree root(OaParseLabelFile(corpus_path("real/" + row["table"] + ".LBL").c_str(), nullptr, 0, 1));
+        const TableProduct product = tb_read_product(root.get());
+        ASSERT_FALSE(product.tables.empty()) << row["table"];
+        const TableInfo &table = product.tables[0];
+        for (const ColumnInfo *column : plot_columns(table)) {
+            if (column->name != row["column"] || !is_numeric_column(table, *column))
+                continue;
+            std::vector<double> values;
+            read_curve_column(tb_open_reader(product.file, table).get(), table, *column, 1, table.rows, &values);
+            std::erase_if(values, [](double value) { return std::isnan(value); });
+            const std::string what = row["table"] + " " + row["column"];
+            ASSERT_EQ(values.size(), static_cast<size_t>(std::stol(row["values"]) - std::stol(row["missing"]))) << what;
+            const auto [low, high] = std::minmax_element(values.begin(), values.end());
+            EXPECT_NEAR(*low, std::stod(row["min"]), 1e-9 * std::abs(*low)) << what;
+            EXPECT_NEAR(*high, std::stod(row["max"]), 1e-9 * std::abs(*high)) << what;
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 20);
 }
 
 CurveFont font() {
