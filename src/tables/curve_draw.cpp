@@ -40,9 +40,13 @@ Colour colour_of(const CurveInks &inks, CurveInk ink, size_t curve) {
 }
 
 void draw_marks(Canvas *canvas, const CurveMarks &marks, const CurveInks &inks) {
+    constexpr size_t many = 2000;  // that large ones would hide
+    const int radius = marks.places.size() < many ? 2 : 1;
+    const int size = 2 * radius + 1;
     const Colour colour = colour_of(inks, CurveInk::Curve, marks.curve);
     for (const CurvePoint &place : marks.places)
-        gui_fill_rectangle(canvas, {static_cast<int>(place.x) - 1, static_cast<int>(place.y) - 1, 3, 3}, colour);
+        gui_fill_rectangle(canvas, {static_cast<int>(place.x) - radius, static_cast<int>(place.y) - radius, size, size},
+                           colour);
 }
 
 // The painter joins all segments of a line before it fills them; pieces are much faster.
