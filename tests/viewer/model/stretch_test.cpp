@@ -1,5 +1,6 @@
-#include "viewer/model/palette.h"
 #include "viewer/model/stretch.h"
+
+#include "viewer/model/palette.h"
 
 #include <gtest/gtest.h>
 
