@@ -17,6 +17,16 @@ std::string util_lower(std::string_view text);
 // `text` without any `unwanted` byte.
 std::string util_without(std::string_view text, char unwanted);
 
+// A text for one line: bytes and characters that cannot be printed are left out at its end, except the first, and are
+// blanks elsewhere. Characters are those of UTF-8.
+std::string util_clean_up_string(std::string_view text);
+// `text` with each run of the character made one.
+std::string util_compress_char(std::string_view text, char character);
+// Whether there is nothing but blanks.
+inline bool util_string_is_empty(std::string_view text) {
+    return text.find_first_not_of(' ') == std::string_view::npos;
+}
+
 inline bool util_contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
