@@ -7,6 +7,7 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
@@ -35,12 +36,42 @@ void for_each_item(const Window *window, int command, Function function) {
     }
 }
 
+// Tells the window that a line of text got or lost the keyboard.
+class FocusWatcher final : public QObject {
+  public:
+    FocusWatcher(Window *window, QLineEdit *line, int number) : QObject(line), window_(window), number_(number) {
+        line->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *, QEvent *source) override {
+        if (source->type() == QEvent::FocusIn || source->type() == QEvent::FocusOut) {
+            Event event;
+            event.type = EventType::FieldFocus;
+            event.number = number_;
+            send_event(window_, event);
+        }
+        return false;
+    }
+
+  private:
+    Window *const window_;
+    const int number_;
+};
+
 void send_number(Window *window, EventType type, int number, ControlUse use = ControlUse::Changed) {
     Event event;
     event.type = type;
     event.number = number;
     event.use = use;
     send_event(window, event);
+}
+
+void connect_line(Window *window, QLineEdit *line, int number) {
+    QObject::connect(line, &QLineEdit::textEdited, window, [=] { send_number(window, EventType::Control, number); });
+    if (!window->is_dialog())  // whose default button it presses
+        QObject::connect(line, &QLineEdit::returnPressed, window,
+                         [=] { send_number(window, EventType::Control, number, ControlUse::Activated); });
+    new FocusWatcher(window, line, number);
 }
 
 ListControl *find_list(const Window *window, int number) {
@@ -73,13 +104,6 @@ void connect_edit_item(const Window *window, QAction *item) {
         text->connect_edit_item(item);
 }
 
-void connect_line(Window *window, const QLineEdit *line, int number) {
-    QObject::connect(line, &QLineEdit::textEdited, window, [=] { send_number(window, EventType::Control, number); });
-    if (!window->is_dialog())  // whose default button it presses
-        QObject::connect(line, &QLineEdit::returnPressed, window,
-                         [=] { send_number(window, EventType::Control, number, ControlUse::Activated); });
-}
-
 }  // namespace
 
 void connect_controls(Window *window) {
@@ -93,7 +117,7 @@ void connect_controls(Window *window) {
         if (auto *button = qobject_cast<QAbstractButton *>(widget))
             QObject::connect(button, &QAbstractButton::clicked, window,
                              [=] { send_number(window, EventType::Control, number); });
-        else if (const auto *line = qobject_cast<QLineEdit *>(widget))
+        else if (auto *line = qobject_cast<QLineEdit *>(widget))
             connect_line(window, line, number);
         else if (auto *lines = qobject_cast<QPlainTextEdit *>(widget))
             QObject::connect(lines, &QPlainTextEdit::modificationChanged, window->frame, &QWidget::setWindowModified);

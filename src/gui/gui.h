@@ -27,6 +27,7 @@
 struct Window;
 struct Timer;
 struct Canvas;
+struct ChildProcess;
 
 struct GuiPoint {
     double x = 0;
@@ -63,12 +64,14 @@ enum class EventType {
     FocusIn,   // the window became the active one
     FocusOut,  // or another did
     Scroll,    // the client area was scrolled to another position
-    Control,   // a button was pressed, a line of text edited or entered, a line of a list or a cell of a grid selected
-               // or activated (`use`)
-    Command,   // a menu item was chosen
+    Control,     // a button was pressed, a line of text edited or entered, a line of a list or a cell of a grid selected
+                 // or activated (`use`)
+    FieldFocus,  // a line of text got or lost the keyboard
+    Command,     // a menu item was chosen
     Timer,
-    FileDrop,  // the task window alone: files were dropped on it or on a document window
-    Quit,      // the task window alone: the session ends (`query`: may it?); other than 0 refuses a query
+    ProcessEnded,  // a child process that the window started
+    FileDrop,      // the task window alone: files were dropped on it or on a document window
+    Quit,          // the task window alone: the session ends (`query`: may it?); other than 0 refuses a query
 };
 // All other events come between Create and Destroy. In any event a handler may destroy any window, its own too.
 
@@ -89,11 +92,13 @@ struct Event {
     int wheel_steps = 0;     // notches, positive away from the user
     GuiKey key = GuiKey::Other;
     char32_t character = 0;  // of GuiKey::Character
-    int number = 0;          // of the control or command
+    int number = 0;          // of the control, field or command
     ControlUse use = ControlUse::Changed;
     Canvas *canvas = nullptr;  // Update; valid during the event
     GuiRect area;              // Update: the part to draw, in the client area
     Timer *timer = nullptr;
+    ChildProcess *process = nullptr;  // ProcessEnded; gone after the event
+    int status = 0;                   // its exit status; -1 when a signal ended it
     std::vector<std::string> files;
     bool query = false;
 };
@@ -345,6 +350,16 @@ void gui_set_pointer(Window *window, PointerShape shape);  // over the client ar
 Timer *gui_start_timer(Window *window, int milliseconds);
 void gui_stop_timer(Timer *timer);
 
+// --- Child processes ----------------------------------------------------------------------------------------------
+
+// Starts a program, given by its full path, in a directory and a process group of its own, with nothing on its standard
+// input, our other streams, and `settings` (NAME=VALUE) in its environment. ProcessEnded goes to the window when it and
+// all it started have ended. Null with errno set when it does not start.
+ChildProcess *gui_start_process(Window *window, const std::vector<std::string> &command, const std::string &directory,
+                                const std::vector<std::string> &settings = {});
+// Kills it and what it started, without an event. The end of the window, before its Destroy event, does the same.
+void gui_end_process(ChildProcess *process);
+
 // --- Help ---------------------------------------------------------------------------------------------------------
 
 // A help book is a compressed file of pages with contents and index. The toolkit shows it in a window of its own, the
@@ -392,6 +407,7 @@ class Responder {
     virtual FileAnswer save_file(const FileRequest &request, FileSpec *chosen) = 0;
     // False, leaving the colour, when none is chosen, as where nobody can be asked.
     virtual bool choose_colour(const std::string &, Colour *) { return false; }
+    virtual FileAnswer choose_directory(const std::string &prompt, std::string *chosen) = 0;  // its full path
 };
 // Returns the one installed before; null restores the ordinary one.
 Responder *gui_set_responder(Responder *responder);
@@ -403,3 +419,4 @@ int gui_question(const std::string &text, const std::vector<std::string> &button
 FileAnswer gui_open_file(const FileRequest &request, FileSpec *chosen);
 FileAnswer gui_save_file(const FileRequest &request, FileSpec *chosen);
 bool gui_choose_colour(const std::string &prompt, Colour *colour);  // starts from the colour given
+FileAnswer gui_choose_directory(const std::string &prompt, std::string *chosen);

@@ -118,6 +118,22 @@ FileAnswer run_file_dialog(QFileDialog *dialog, const FileRequest &request, File
     return urls.size() == 1 && split_path(urls[0], chosen) ? FileAnswer::Ok : FileAnswer::Bad;
 }
 
+FileAnswer run_directory_dialog(QFileDialog *dialog, const std::string &prompt, std::string *chosen) {
+    const QPointer<QFileDialog> alive(dialog);
+    dialog->setWindowTitle(QString::fromStdString(prompt));
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    const OrdinaryCursor cursor;
+    if (dialog->exec() != QDialog::Accepted || !alive)
+        return FileAnswer::Cancel;
+    const QList<QUrl> urls = dialog->selectedUrls();
+    const QString path = urls.size() == 1 ? urls[0].toLocalFile() : QString();
+    if (!path.startsWith(u'/') || path.contains(QChar::ReplacementCharacter))
+        return FileAnswer::Bad;
+    *chosen = QFile::encodeName(path).toStdString();
+    return FileAnswer::Ok;
+}
+
 // The boxes live on the heap under a guard: their parent may be destroyed, and they with it, while they are shown.
 class DesktopResponder final : public Responder {
   public:
@@ -193,6 +209,15 @@ class DesktopResponder final : public Responder {
                    static_cast<uint8_t>(answer.blue())};
         return true;
     }
+
+    FileAnswer choose_directory(const std::string &prompt, std::string *chosen) override {
+        if (!qApp)
+            return FileAnswer::Cancel;
+        const QPointer<QFileDialog> dialog(new QFileDialog(QApplication::activeWindow()));
+        const FileAnswer answer = run_directory_dialog(dialog, prompt, chosen);
+        delete dialog;
+        return answer;
+    }
 };
 
 DesktopResponder g_desktop_responder;
@@ -228,4 +253,8 @@ FileAnswer gui_save_file(const FileRequest &request, FileSpec *chosen) {
 
 bool gui_choose_colour(const std::string &prompt, Colour *colour) {
     return g_responder->choose_colour(prompt, colour);
+}
+
+FileAnswer gui_choose_directory(const std::string &prompt, std::string *chosen) {
+    return g_responder->choose_directory(prompt, chosen);
 }

@@ -169,6 +169,8 @@ void end_window(Window *window) {
     window->stage = WindowStage::Closing;
     while (Window *owned = newest_owned_by(window))
         end_window(owned);
+    while (!window->processes.empty())
+        gui_end_process(window->processes.back());
     call_handler(window, plain_event(EventType::Destroy));
     window->stage = WindowStage::Dead;
     std::erase(g_windows, window);

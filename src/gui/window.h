@@ -42,6 +42,7 @@ struct Window final : QObject {
     std::map<int, QWidget *> controls;
     std::vector<QAction *> commands;
     std::vector<Timer *> timers;
+    std::vector<ChildProcess *> processes;
     ModalRun *modal = nullptr;
 
     bool is_dialog() const;

@@ -147,6 +147,13 @@ Window *find_window(const std::string &title) {
     return nullptr;
 }
 
+std::vector<Window *> find_windows(const std::string &title) {
+    std::vector<Window *> found;
+    std::copy_if(all_windows().begin(), all_windows().end(), std::back_inserter(found),
+                 [&title](const Window *window) { return window->title == title; });
+    return found;
+}
+
 // --- Input --------------------------------------------------------------------------------------------------------
 
 void mouse_move(Window *window, GuiPoint position) {
@@ -506,4 +513,13 @@ bool ScriptedResponder::choose_colour(const std::string &prompt, Colour *colour)
     *colour = colours.front();
     colours.erase(colours.begin());
     return true;
+}
+
+FileAnswer ScriptedResponder::choose_directory(const std::string &prompt, std::string *chosen) {
+    shown.push_back("directory: " + prompt);
+    if (directories.empty())
+        return FileAnswer::Cancel;
+    *chosen = directories.front();
+    directories.erase(directories.begin());
+    return FileAnswer::Ok;
 }

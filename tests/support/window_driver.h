@@ -17,6 +17,7 @@ bool settle_until(const std::function<bool()> &condition);
 
 // The newest window with this title; null when there is none.
 Window *find_window(const std::string &title);
+std::vector<Window *> find_windows(const std::string &title);  // all, oldest first
 
 // Positions are in the client area.
 void mouse_move(Window *window, GuiPoint position);
@@ -97,17 +98,19 @@ class ScriptedResponder final : public Responder {
     ScriptedResponder() : previous_(gui_set_responder(this)) {}
     ~ScriptedResponder() override { gui_set_responder(previous_); }
 
-    std::vector<std::string> shown;     // "error: text", "question: text [Cancel|Replace]", "open: prompt" ...
-    std::vector<int> answers;           // to the questions to come
-    std::vector<FileSpec> files;        // for the file dialogs to come
-    std::vector<Colour> colours;        // for the colour dialogs to come
-    std::vector<FileRequest> requests;  // of the file dialogs so far
+    std::vector<std::string> shown;        // "error: text", "question: text [Cancel|Replace]", "open: prompt" ...
+    std::vector<int> answers;              // to the questions to come
+    std::vector<FileSpec> files;           // for the file dialogs to come
+    std::vector<Colour> colours;           // for the colour dialogs to come
+    std::vector<FileRequest> requests;     // of the file dialogs so far
+    std::vector<std::string> directories;  // for the directory dialogs to come
 
     void message(NoticeKind kind, const std::string &text) override;
     int question(const std::string &text, const std::vector<std::string> &buttons) override;
     FileAnswer open_file(const FileRequest &request, FileSpec *chosen) override;
     FileAnswer save_file(const FileRequest &request, FileSpec *chosen) override;
     bool choose_colour(const std::string &prompt, Colour *colour) override;
+    FileAnswer choose_directory(const std::string &prompt, std::string *chosen) override;
 
   private:
     FileAnswer next_file(const char *what, const FileRequest &request, FileSpec *chosen);
