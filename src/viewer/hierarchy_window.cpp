@@ -6,6 +6,7 @@
 #include "viewer/model/hierarchy_list.h"
 #include "viewer/open_product.h"
 #include "viewer/session.h"
+#include "viewer/unattended.h"
 
 namespace {
 
@@ -45,8 +46,7 @@ void open_listed(const GenericState &hierarchy, OpenFunction open) {
 }
 
 void tell_not_shown(const std::string &class_name) {
-    if (!session().unattended)
-        gui_note(util_format("Lumacart has no window for %s objects yet.", class_name.c_str()));
+    tell_note(util_format("Lumacart has no window for %s objects yet.", class_name.c_str()));
 }
 
 long table_or_plot_eh(Window *dialog, const Event &event) {

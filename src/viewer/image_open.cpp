@@ -4,6 +4,7 @@
 #include "viewer/image_window.h"
 #include "viewer/open_product.h"
 #include "viewer/session.h"
+#include "viewer/unattended.h"
 
 #include <array>
 
@@ -109,8 +110,8 @@ bool get_image_characteristics(GenericState *state) {
     state->display_state = std::make_unique<DisplayState>();
     state->display_state->source = image_band_source(state->label_state->current_object, 1);
     const std::string fault = state->display_state->source->describe(state->image_info.get());
-    if (!fault.empty() && !session().unattended)
-        gui_error(fault);
+    if (!fault.empty())
+        tell_error(fault);
     return fault.empty();
 }
 

@@ -7,6 +7,7 @@
 #include "viewer/open_product.h"
 #include "viewer/palette_commands.h"
 #include "viewer/session.h"
+#include "viewer/unattended.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,8 +37,7 @@ bool read_block(GenericState *state) {
 
 bool get_partial_image_obj(Window *window, GenericState *state) {
     if (!read_block(state)) {
-        if (!session().unattended)
-            gui_error("Image Create - could not find partial image\n" + error_string);
+        tell_error("Image Create - could not find partial image\n" + error_string);
         return false;
     }
     set_large_menu_items(window, *state);
@@ -57,8 +57,7 @@ bool read_samples(Window *window, GenericState *state) {
         return get_partial_image_obj(window, state);
     if (read_block(state))
         return true;
-    if (!session().unattended)
-        gui_error(error_string);
+    tell_error(error_string);
     return false;
 }
 

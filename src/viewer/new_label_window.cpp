@@ -124,6 +124,23 @@ void open_fits_file(Window *window, int control) {
     gui_set_title(window, "Lumacart - New Label - " + shown_name(name, longest_title_name));
 }
 
+Window *make_a_label(bool for_fits, const std::string &path) {
+    Window *window = open_new_label_window(for_fits);
+    if (!window)
+        return nullptr;
+    const size_t slash = path.rfind('/');
+    const std::string name = path.substr(slash + 1);
+    GenericState &state = *window_state(window);
+    state.directory = slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+    state.label_state->file_name = name;
+    state.label_state->new_fits_label = true;
+    state.label_state->shown_in_part = true;  // the label must not replace the file that it describes
+    gui_set_title(window, "Lumacart - New Label - " + shown_name(name, longest_title_name));
+    if (for_fits)
+        open_fits_file(window, text_control);
+    return gui_window_exists(window) ? window : nullptr;
+}
+
 long new_label_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Create:

@@ -5,6 +5,7 @@
 #include "viewer/image_window.h"
 #include "viewer/open_product.h"
 #include "viewer/session.h"
+#include "viewer/unattended.h"
 
 #include <cstdlib>
 #include <sys/stat.h>
@@ -126,8 +127,8 @@ void open_moc_object() {
     label.current_object = find_image(label.root.get());
     if (label.current_object)
         open_image(std::move(state));
-    else if (!session().unattended)
-        gui_error("Open Object - no valid object");
+    else
+        tell_error("Open Object - no valid object");
     if (chdir(directory.c_str()) != 0)
         gui_error("unable to set directory");
 }

@@ -5,6 +5,7 @@
 #include "viewer/allocate.h"
 #include "viewer/session.h"
 #include "viewer/text_window.h"
+#include "viewer/unattended.h"
 
 #include <cerrno>
 #include <cstring>
@@ -213,8 +214,7 @@ bool setup_open_object_2(const std::string &caller_name, std::unique_ptr<Generic
     label.label_from_another_file = check == LabelCheck::AnotherFile || check == LabelCheck::AnotherFileUnasked;
     switch (check) {
         case LabelCheck::Unreadable:
-            if (!session().unattended)
-                gui_error("KRV label or ASCII file required.\n" + reason);
+            tell_error("KRV label or ASCII file required.\n" + reason);
             return false;
         case LabelCheck::NoLabel:
         case LabelCheck::TextOnly:
@@ -268,8 +268,8 @@ void open_object(int browser_number) {
         return;
     if (const ProductOpener *opener = choose_opener(state->label_state.get()))
         opener->open(std::move(state));
-    else if (!session().unattended)
-        gui_error("Open Object - no valid object\n\nOnly FILE, IMAGE, and TABLE objects are supported at this time");
+    else
+        tell_error("Open Object - no valid object\n\nOnly FILE, IMAGE, and TABLE objects are supported at this time");
 }
 
 void open_file(const std::string &path) {

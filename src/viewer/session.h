@@ -15,10 +15,10 @@ struct Session {
     std::vector<std::string> help_directories;  // searched for the help book, in this order
     int gl_show_cr_lf = 0;                      // 1: line ends were made visible last, 0: they were hidden
     int browser_count = 0;
-    int browse_continue_win = 0;
-    bool browse_size = false;           // browsed images fill the screen
-    bool browse_stretch_image = false;  // browsed images are stretched to percentiles
-    bool unattended = false;            // browse mode runs on a timer: nobody answers questions
+    Window *browse_continue_win = nullptr;  // the dialog that goes on to the next file
+    bool browse_size = false;               // browsed images fill the screen
+    bool browse_stretch_image = false;      // browsed images are stretched to percentiles
+    bool unattended = false;                // browse mode runs on a timer: nobody answers questions (set_unattended)
 };
 
 Session &session();

@@ -37,7 +37,7 @@ struct LabelState {
     bool object_chosen = false;            // the user did choose the current object, in a list
     bool label_from_another_file = false;  // the label that was parsed is not the file that the user chose
     bool text_only = false;                // shown as plain text
-    bool new_fits_label = false;           // of a new label until it is saved: for the FITS file that `file_name` names
+    bool new_fits_label = false;           // of a new label until it is saved: for the file that `file_name` names
     bool label_only = false;               // of a text window: it shows the file to the END of its label
     bool shown_in_part = false;            // of a text window: the file holds more than the window shows
     FileStamp shown_file;                  // of a text window: when it was read or saved

@@ -8,6 +8,7 @@
 #include "viewer/model/line_end_marks.h"
 #include "viewer/open_product.h"
 #include "viewer/session.h"
+#include "viewer/unattended.h"
 
 #include <cstdlib>
 #include <unistd.h>
@@ -20,9 +21,9 @@ constexpr int line_ends_command = 1059;
 constexpr size_t longest_title_name = 60;
 
 void tell_what_is_left_out(const FileText &text) {
-    if (text.is_cut && !session().unattended)
-        gui_note(util_format("The file is longer than a text window takes. The first %zu lines are shown.",
-                             text.lines.size()));
+    if (text.is_cut)
+        tell_note(util_format("The file is longer than a text window takes. The first %zu lines are shown.",
+                              text.lines.size()));
 }
 
 // Fills the label/text window. False after a message.

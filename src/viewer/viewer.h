@@ -19,3 +19,4 @@
 #include "viewer/state.h"
 #include "viewer/text_window.h"
 #include "viewer/time_dialog.h"
+#include "viewer/unattended.h"
