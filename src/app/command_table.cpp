@@ -1,5 +1,6 @@
 #include "app/command_table.h"
 
+#include "browse/browse.h"
 #include "tables/tables.h"
 
 #include <array>
@@ -53,7 +54,7 @@ constexpr std::array rows = {
     CommandRow{1030, application, Any, open_text_file_or_end},
     CommandRow{1031, label, Any, open_text_file},
     CommandRow{1032, application, Any, parse_time_dialog},
-    CommandRow{1033, label, Any, nullptr},  // browse a directory
+    CommandRow{1033, label, Any, autobros},
     CommandRow{1042, application, Indexed, menu2_stretch_display},
     CommandRow{1047, application, Image, show_hierarchy},
     CommandRow{1047, application, Table, show_hierarchy},
@@ -69,7 +70,7 @@ constexpr std::array rows = {
     CommandRow{1057, application, Image, toggle_hexadecimal},
     CommandRow{1059, label, Label, toggle_line_end_marks},
     CommandRow{1060, application, Any, open_moc},
-    CommandRow{1061, application, Any, nullptr},  // browse a directory
+    CommandRow{1061, application, Any, autobros},
     CommandRow{1064, application, Image, step_right},
     CommandRow{1066, application, Any, open_new_fits_label},
     CommandRow{1067, application, Any, open_new_label},

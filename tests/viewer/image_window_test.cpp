@@ -412,9 +412,9 @@ TEST(Commands, MenusOfferExactlyWhatRuns) {
     run_viewer([] {
         const ScratchFolder folder;
         Window *task = gui_task_window();
-        for (const int enabled : {1007, 1011, 1030, 1076})
+        for (const int enabled : {1007, 1011, 1030, 1061, 1076})
             EXPECT_TRUE(gui_command_enabled(task, enabled)) << enabled;
-        for (const int disabled : {1008, 1023, 1027, 1028, 1042, 1047, 1048, 1050, 1051, 1053, 1056, 1061, 2001})
+        for (const int disabled : {1008, 1023, 1027, 1028, 1042, 1047, 1048, 1050, 1051, 1053, 1056, 2001})
             EXPECT_FALSE(gui_command_enabled(task, disabled)) << disabled;
         do_WIN_MENUBAR(task, 4711);
 
