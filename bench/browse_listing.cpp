@@ -35,7 +35,7 @@ void finish() {
 
 long task(Window *window, const Event &event) {
     if (event.type == EventType::Create)
-        gui_start_timer(window, 0);
+        gui_start_timer(window, 1);  // not 0: the processor is for what is timed
     if (event.type == EventType::Timer && !browse_state())
         start();
     else if (event.type == EventType::Timer && browse_state()->cursor)

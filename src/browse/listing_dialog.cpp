@@ -12,13 +12,14 @@ namespace {
 constexpr int listing_resource = 237;
 constexpr int exit_button = 1;
 constexpr int directory_text = 2;
+constexpr int look_milliseconds = 10;  // between looks for the scratch file
 
 struct Listing {
     Listing(const std::string &pattern, const std::string &folder)
         : command(listing_command(pattern)), scratch(folder) {}
 
     const ListingCommand command;
-    const ScratchList scratch;  // removed with the dialog, when the shell has ended
+    ScratchList scratch;  // removed with the dialog, when the shell has ended, or as soon as the shell has made it
 };
 
 Window *g_dialog = nullptr;
@@ -53,6 +54,11 @@ long listing_eh(Window *dialog, const Event &event) {
             gui_set_title(dialog, browser_title);
             gui_set_text(dialog, directory_text, clean_name(browse_state()->directory));
             gui_focus_control(dialog, exit_button);
+            gui_start_timer(dialog, look_milliseconds);
+            break;
+        case EventType::Timer:
+            if (g_listing->scratch.take())
+                gui_stop_timer(event.timer);
             break;
         case EventType::ProcessEnded:
             take_list(dialog);

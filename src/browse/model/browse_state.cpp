@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 #include <sys/stat.h>
+#include <utility>
 
 namespace {
 
@@ -87,17 +88,20 @@ void skip_web_pages(BrowseState *state) {
         skip_extension(state, extension);
 }
 
+// Only what the rules accept is looked at on the disk, which may be far. What is no file changes nothing.
 bool advance_to_next_file(BrowseState *state) {
     StringListEntry *next = state->cursor ? state->cursor->next : state->files.head;
     for (; next; next = next->next) {
         state->cursor = next;
-        if (!is_regular(next->text))
-            continue;
-        const std::string name = clean_name(next->text);
+        std::string name = clean_name(next->text);
+        std::string skipped_directory = state->skipped_directory;
         if (!browse_check_priority_ext(name, state))
             continue;
-        state->current_file = name;
-        return true;
+        if (is_regular(next->text)) {
+            state->current_file = std::move(name);
+            return true;
+        }
+        state->skipped_directory = std::move(skipped_directory);
     }
     return false;
 }

@@ -1,6 +1,5 @@
 #include "browse/model/listing.h"
 
-#include "base/file.h"
 #include "base/text.h"
 
 #include <cerrno>
@@ -93,16 +92,22 @@ bool ScratchList::remove() const {
     return unlink(path_.c_str()) == 0 || errno == ENOENT;
 }
 
+bool ScratchList::take() {
+    if (taken_)
+        return true;
+    taken_ = open_own(path_);
+    return taken_ && remove();
+}
+
 // A name with a line feed stands in several lines, of which those behind the first do not begin with the prefix. The
 // prefix itself may hold line feeds.
-bool ScratchList::read(const std::string &prefix, StringList *files) const {
-    const FilePtr file = open_own(path_);
-    if (!file)
+bool ScratchList::read(const std::string &prefix, StringList *files) {
+    if (!take())
         return false;
     LineBuffer lines;
     std::string line, path, whole;
-    while (lines.read(file.get(), &path)) {
-        while (prefix.starts_with(path + '\n') && lines.read(file.get(), &line))
+    while (lines.read(taken_.get(), &path)) {
+        while (prefix.starts_with(path + '\n') && lines.read(taken_.get(), &line))
             path += '\n' + line;
         if (path.starts_with(prefix) && !whole.empty())
             util_append_string_list(files, std::exchange(whole, std::string()));

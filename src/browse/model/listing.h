@@ -1,6 +1,7 @@
 // The list of a directory's files, as the shell's find writes it into a scratch file.
 #pragma once
 
+#include "base/file.h"
 #include "base/string_list.h"
 
 #include <string>
@@ -24,9 +25,13 @@ class ScratchList {
 
     // Removes it. False when something of its name stays there.
     bool remove() const;
-    // The paths in it. False when it is not there or was not made by us. Names with a line feed are left out.
-    bool read(const std::string &prefix, StringList *files) const;
+    // Opens it and removes its name, so that it goes with whoever still writes or reads it, however they end. False
+    // when it is not there yet or was not made by us.
+    bool take();
+    // The paths in it, taken before or now. False when it cannot be taken. Names with a line feed are left out.
+    bool read(const std::string &prefix, StringList *files);
 
   private:
     std::string path_;
+    FilePtr taken_;
 };

@@ -26,7 +26,7 @@ void run_shell(const std::string &folder, const std::string &command) {
 
 std::set<std::string> list_files(const ScratchFolder &working, const std::string &pattern) {
     const ListingCommand command = listing_command(pattern);
-    const ScratchList scratch(working.path().string());
+    ScratchList scratch(working.path().string());
     EXPECT_TRUE(scratch.remove());
     run_shell(working.path().string(), command.shell);
     StringList list;
@@ -101,7 +101,7 @@ TEST(ScratchList, IsNeverAnotherFileThanTheShellMade) {
     std::filesystem::create_symlink(precious, name);  // left there before
     EXPECT_EQ(list_files(working, pattern).size(), 1u);
     EXPECT_FALSE(std::filesystem::exists(name));  // removed with the record
-    const ScratchList scratch(working.path().string());
+    ScratchList scratch(working.path().string());
     StringList list;
     std::filesystem::create_symlink(precious, name);  // planted once it is made sure that there is none
     run_shell(working.path().string(), listing_command(pattern).shell);
@@ -117,6 +117,14 @@ TEST(ScratchList, IsNeverAnotherFileThanTheShellMade) {
     std::filesystem::remove(name);
     EXPECT_FALSE(ScratchList(working.file("absent")).read("/", &list));
     EXPECT_FALSE(list.head);
+
+    std::ofstream writing(name);  // taken while it is written
+    EXPECT_TRUE(scratch.take());
+    EXPECT_FALSE(std::filesystem::exists(name));
+    writing << "/a.lbl\n/b.lbl\n" << std::flush;
+    EXPECT_TRUE(scratch.read("/", &list));
+    ASSERT_TRUE(list.tail);
+    EXPECT_EQ(list.tail->text, "/b.lbl");
 }
 
 }  // namespace
