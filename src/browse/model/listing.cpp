@@ -107,11 +107,12 @@ bool ScratchList::read(const std::string &prefix, StringList *files) {
     LineBuffer lines;
     std::string line, path, whole;
     while (lines.read(taken_.get(), &path)) {
-        while (prefix.starts_with(path + '\n') && lines.read(taken_.get(), &line))
+        while (path.size() < prefix.size() && prefix.starts_with(path + '\n') && lines.read(taken_.get(), &line))
             path += '\n' + line;
-        if (path.starts_with(prefix) && !whole.empty())
-            util_append_string_list(files, std::exchange(whole, std::string()));
-        whole = path.starts_with(prefix) ? path : std::string();
+        const bool begins = path.starts_with(prefix);
+        if (begins && !whole.empty())
+            util_append_string_list(files, std::move(whole));
+        whole = begins ? std::move(path) : std::string();
     }
     if (!whole.empty())
         util_append_string_list(files, std::move(whole));
