@@ -42,7 +42,7 @@ std::unique_ptr<PixelImage> make_picture(Window *window, BandComposite *composit
 
 // Which commands a window has depends on whether it shows a colour table. Its place in a large image stays.
 void enable_commands_anew(Window *window) {
-    constexpr std::array block_commands = {1064, 1071, 1072, 1073, 1074};
+    constexpr std::array block_commands = {1055, 1064, 1071, 1072, 1073, 1074};
     std::array<bool, block_commands.size()> enabled;
     for (size_t i = 0; i < enabled.size(); ++i)
         enabled[i] = gui_command_enabled(window, block_commands[i]);
