@@ -85,13 +85,14 @@ void open_block(const GenericState &from, const SampleBlock &block) {
     auto state = std::make_unique<GenericState>();
     if (from.bands)
         state->bands = std::make_unique<BandState>(*from.bands);
+    const bool hexadecimal = from.display_state->integers_as_hexadecimal;  // `from` may go while a message is shown
     if (!reopen_label(from, state.get()))
         return;
     state->label_state->requested_block = block;
     restore_profile();
     if (!get_image_characteristics(state.get()) || (state->bands && !make_composite(state.get())))
         return;
-    state->display_state->integers_as_hexadecimal = from.display_state->integers_as_hexadecimal;
+    state->display_state->integers_as_hexadecimal = hexadecimal;
     open_image_2(std::move(state));
 }
 
