@@ -40,12 +40,13 @@ std::string status_text(const GenericState &state, const PixelPosition &pixel) {
 std::string value_text(const GenericState &state, const PixelPosition &pixel) {
     const ImageDescription &description = *state.image_info;
     const ImagePosition at = image_position_at(description, pixel.column, pixel.row);
-    std::string text = state.display_state->source->value_text(at.line, at.sample);
+    const bool hexadecimal = state.display_state->integers_as_hexadecimal;
+    std::string text = state.display_state->source->value_text(at.line, at.sample, hexadecimal);
     const void *samples = samples_shown(&state);
     if (text.empty() && samples) {
         const int64_t index = (at.line - description.block.first_line) * description.block.samples() + at.sample -
                               description.block.first_sample;
-        text = sample_text(samples, index, description, state.display_state->integers_as_hexadecimal);
+        text = sample_text(samples, index, description, hexadecimal);
     }
     return text.empty() ? "" : "value: " + text;
 }

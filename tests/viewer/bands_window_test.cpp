@@ -102,6 +102,9 @@ TEST(BandsWindow, TheDialogLeadsToPixels) {
         mouse_move(window, {1, 0});
         settle();
         EXPECT_EQ(gui_text(window, image_status), "sample: 2  line: 1  DN: 0  DIS: (255, 26, 0)");
+        EXPECT_EQ(gui_text(window, image_value), "value: band 3: 21  band 1: 1");
+        ASSERT_TRUE(choose_command(window, 1057));
+        EXPECT_EQ(gui_text(window, image_value), "value: band 3: 21 (0x15)  band 1: 1 (0x01)");
         for (const int command : {1023, 1027, 1028, 1042, 1050})
             EXPECT_FALSE(gui_command_enabled(window, command)) << command;
         for (const int command : {1008, 1047, 1048, 1051, 1053, 1056, 2001})

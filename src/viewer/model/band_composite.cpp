@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "viewer/model/extremes.h"
 #include "viewer/model/image_part.h"
+#include "viewer/model/sample_value.h"
 #include "viewer/model/vectorise.h"
 
 #include <algorithm>
@@ -128,14 +129,6 @@ bool find_limits(ImagePart *strips, const ImageDescription &description, const S
 
 bool can_be_read(const ImageDescription &description) {
     return description.qube_item || with_samples(nullptr, description, [](const auto *) {});
-}
-
-std::string number_text(const OaObject &sample, const ImageDescription &description) {
-    std::string text;
-    with_samples(sample.data, description, [&]<typename T>(const T *value) {
-        text = std::is_floating_point_v<T> ? util_format("%.9g", static_cast<double>(*value)) : std::to_string(*value);
-    });
-    return text;
 }
 
 std::vector<std::unique_ptr<SampleSource>> make_sources(const BandChoice &choice, BandSourceMaker maker,
@@ -283,15 +276,15 @@ std::unique_ptr<PixelImage> BandComposite::read_picture(const SampleBlock &block
     return image;
 }
 
-std::string BandComposite::value_text(int64_t line, int64_t sample) {
+std::string BandComposite::value_text(int64_t line, int64_t sample, bool hexadecimal) {
     const HeldNotices held;  // what is missing was told when the picture was made
     std::string text;
     for (Part &part : parts_) {
-        std::string value = part.source->value_text(line, sample);
+        std::string value = part.source->value_text(line, sample, hexadecimal);
         if (value.empty()) {
             const OaObjectPtr found = part.source->read_block({line, line, sample, sample});
             value = util_format("band %lld: ", static_cast<long long>(part.shown.band)) +
-                    (found ? number_text(*found, part.description) : "-");
+                    (found ? sample_text(found->data, 0, part.description, hexadecimal) : "-");
         }
         text += (text.empty() ? "" : "  ") + value;
     }

@@ -27,7 +27,7 @@ class BandComposite final : public SampleSource {
     OaObjectPtr read_block(const SampleBlock &block) override;     // the first band
     bool gives_pictures() const override { return true; }
     std::unique_ptr<PixelImage> read_picture(const SampleBlock &block) override;
-    std::string value_text(int64_t line, int64_t sample) override;  // "band 1: 35  band 2: 40"
+    std::string value_text(int64_t line, int64_t sample, bool hexadecimal) override;  // "band 1: 35  band 2: 40"
     bool click(int64_t line, int64_t sample) override;
 
     // What each band was shown between in the picture read last, in the choice's order; empty before.

@@ -17,7 +17,7 @@ class Jpeg2000Source : public SampleSource {
         return OaObjectPtr(OaReadJpeg2000Part(node_, image_, band_, size_, block.first_line, block.last_line,
                                               block.first_sample, block.last_sample));
     }
-    std::string value_text(int64_t, int64_t) override { return ""; }
+    std::string value_text(int64_t, int64_t, bool) override { return ""; }
     bool click(int64_t, int64_t) override { return false; }
 
   private:

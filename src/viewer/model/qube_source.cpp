@@ -31,7 +31,7 @@ class QubeBandSource : public SampleSource {
 
     std::string describe(ImageDescription *description) override;
     OaObjectPtr read_block(const SampleBlock &block) override;
-    std::string value_text(int64_t line, int64_t sample) override;
+    std::string value_text(int64_t line, int64_t sample, bool hexadecimal) override;
     bool click(int64_t, int64_t) override { return false; }
 
   private:
@@ -85,7 +85,7 @@ OaObjectPtr QubeBandSource::read_block(const SampleBlock &block) {
     return stored;
 }
 
-std::string QubeBandSource::value_text(int64_t line, int64_t sample) {
+std::string QubeBandSource::value_text(int64_t line, int64_t sample, bool) {
     const OaObjectPtr stored(qube_ ? OaReadQubePart(qube_.get(), plane_, line, line, sample, sample) : nullptr);
     if (!stored)
         return "";

@@ -22,7 +22,7 @@ class PlainImageSource : public SampleSource {
 
     std::string describe(ImageDescription *description) override;
     OaObjectPtr read_block(const SampleBlock &block) override;
-    std::string value_text(int64_t, int64_t) override { return ""; }
+    std::string value_text(int64_t, int64_t, bool) override { return ""; }
     bool click(int64_t, int64_t) override { return false; }
 
   private:

@@ -18,8 +18,9 @@ class SampleSource {
     virtual bool gives_pictures() const { return false; }
     // The display image of the block, in storage order. Null after reporting.
     virtual std::unique_ptr<PixelImage> read_picture(const SampleBlock &) { return nullptr; }
-    // More to say about the value at a line and sample (1-based) than its display level; empty when there is nothing.
-    virtual std::string value_text(int64_t line, int64_t sample) = 0;
+    // More to say about the value at a line and sample (1-based) than its display level, integers with their bits as
+    // hexadecimal digits too; empty when there is nothing.
+    virtual std::string value_text(int64_t line, int64_t sample, bool hexadecimal) = 0;
     // A click at a line and sample; true when the source made something of it.
     virtual bool click(int64_t line, int64_t sample) = 0;
 };

@@ -107,7 +107,7 @@ TEST(BandComposite, BandsAreComposedInExactNumbersFromEveryStorage) {
             ASSERT_EQ(composite.limits().size(), 3u);
             EXPECT_EQ(composite.limits()[0].maximum, 15);
             EXPECT_EQ(composite.limits()[2].maximum, 35);
-            EXPECT_EQ(composite.value_text(2, 3), "band 1: 15  band 2: 99  band 3: 35");
+            EXPECT_EQ(composite.value_text(2, 3, false), "band 1: 15  band 2: 99  band 3: 35");
             // Typed limits hold in another block, computed ones are its own.
             EXPECT_EQ(words_of(composite.read_picture({2, 2, 1, 2}).get()),
                       (std::vector<unsigned>{0x00ffaa, 0xffffff}));
@@ -142,7 +142,7 @@ TEST(BandComposite, AFileThatEndsEarlyIsToldOfOnce) {
     EXPECT_EQ(words_of(composite.read_picture({1, 2, 1, 3}).get()),
               (std::vector<unsigned>{0x0a141e, 0x0b151f, 0x0c1620, 0, 0, 0}));
     EXPECT_EQ(Notices::texts.size(), 1u);
-    composite.value_text(2, 1);
+    composite.value_text(2, 1, false);
     EXPECT_EQ(Notices::texts.size(), 1u);
 }
 
