@@ -12,6 +12,10 @@
 // of it or of a file object around it, or because only such a form of the file that it names exists. Reports nothing.
 bool OaIsJpeg2000Image(const ObjDesc *image_node);
 
+// How many bands the codestream of an IMAGE has, which its label need not tell; 0 when it has none that can be read.
+// Reports nothing.
+int64_t OaJpeg2000Bands(const ObjDesc *image_node);
+
 // Finds and opens the data of an IMAGE. Where its label and the codestream disagree the codestream holds, and a notice
 // tells, once a file. 0, or 1 after reporting.
 int OaOpenJpeg2000(const ObjDesc *image_node, Jpeg2000Image *image);

@@ -106,6 +106,16 @@ bool OaIsJpeg2000Image(const ObjDesc *image_node) {
            (file.stands_for_uncompressed || starts_with_jpeg2000(file, &start));
 }
 
+int64_t OaJpeg2000Bands(const ObjDesc *image_node) {
+    OaFileKeywords file;
+    std::string fault;
+    int64_t start = 0;
+    Jpeg2000Image image;
+    const bool opens = OaIsJpeg2000Image(image_node) && OalFindData(image_node, &file, &fault) == 0 &&
+                       starts_with_jpeg2000(file, &start) && open_jpeg2000(file.file_name, start, &image).empty();
+    return opens ? static_cast<int64_t>(image.components.size()) : 0;
+}
+
 ObjDesc *OalCreateODLTreeFromJpeg2000(const char *file_name) {
     Jpeg2000Image image;
     const std::string fault = open_jpeg2000(file_name, 0, &image);

@@ -1,5 +1,6 @@
 #include "viewer/bands_window.h"
 
+#include "oa/jpeg2000.h"
 #include "oa/oa.h"
 #include "viewer/bands_dialog.h"
 #include "viewer/commands.h"
@@ -95,6 +96,8 @@ void change_choice(Window *window, bool (*ask)(Window *, const BandState &, Band
 
 bool has_several_bands(const ObjDesc *object) {
     const char *text = nullptr;
+    if (const int64_t coded = OaJpeg2000Bands(object))  // the label may say otherwise, or nothing
+        return coded >= 2;
     int64_t bands = 0;
     return OaKwdValuetoStr("BANDS", object, &text) == 0 && OdlDataType(text) == VALUE_INTEGER &&
            OaKwdValuetoLong("BANDS", object, &bands) == 0 && bands >= 2;

@@ -125,6 +125,13 @@ TEST_F(OpenFlow, Jpeg2000ImagesOpenByThemselvesAndThroughLabels) {
         label.replace(label.find("DATA.IMG"), 8, "x.img").replace(label.find("LINES = 3"), 9, "LINES = 30");
         label.replace(label.find("SAMPLES = 4"), 11, "SAMPLES = 40").replace(label.find("BITS = 8"), 8, "BITS = 16");
         EXPECT_EQ(open(folder_.write("x.lbl", label), {}, true), Shown{});
+        // As many bands as there are, also where the label tells of none.
+        write_jpeg2000(path, {.width = 40, .height = 30, .components = 3});
+        label.replace(label.find("BITS = 16"), 9, "BITS = 8");
+        session().unattended = true;
+        EXPECT_EQ(open(folder_.write("x.lbl", label), {}, true), Shown{});
+        session().unattended = false;
+        EXPECT_EQ(window_state(gui_windows().back())->kind, DocumentKind::Bands);
         folder_.write("x.jp2", read_file(path).substr(0, 100));
         EXPECT_NE(open(folder_.file("x.lbl")).at(0).find("JPEG 2000 data of"), std::string::npos);
     });
