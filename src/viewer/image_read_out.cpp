@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -67,6 +68,7 @@ GuiRect pixel_place(const Window *window, const DisplayState &display, const Pix
 void show_read_out(Window *window, GenericState *state, const PixelPosition &pixel) {
     DisplayState &display = *state->display_state;
     display.read_out = pixel;
+    display.remark_shown = false;
     set_pixel_window(window, *state, pixel);
     place_read_out(window, *state);
     gui_show_control(window, status_line, true);
@@ -115,6 +117,7 @@ bool pixel_at(const Window *window, const GenericState &state, GuiPoint point, P
 
 void show_remark(Window *window, const std::string &text) {
     const GenericState *state = window_state(window);
+    state->display_state->remark_shown = true;
     gui_set_text(window, status_line, text);
     gui_set_text(window, value_line, "");
     place_read_out(window, *state);
@@ -159,11 +162,12 @@ void hide_read_out(Window *window, DisplayState *display) {
     gui_show_control(window, status_line, false);
     gui_show_control(window, value_line, false);
     display->status_shown = false;
+    display->remark_shown = false;
     hide_cursor(window, display);
 }
 
 // The lines lie along the bottom edge of the client area, and along the top while they would cover the pixel that they
-// read out.
+// read out; a remark about all of the picture lies at the bottom.
 void place_read_out(Window *window, const GenericState &state) {
     const DisplayState &display = *state.display_state;
     const GuiSize client = gui_client_size(window);
@@ -174,7 +178,8 @@ void place_read_out(Window *window, const GenericState &state) {
     const int value_height = gui_text(window, value_line).empty() ? 0 : std::max(smallest_status.height, value.height);
     const GuiRect pixel = pixel_place(window, display, display.read_out);
     const int bottom = client.height - status_height - value_height;
-    const bool covers = display.read_out.is_somewhere() && pixel.left < width && pixel.top + pixel.height > bottom;
+    const bool covers = !display.remark_shown && display.read_out.is_somewhere() && pixel.left < width &&
+                        pixel.top + pixel.height > bottom;
     const int top = covers && pixel.top >= status_height + value_height ? 0 : bottom;
     gui_move_control(window, value_line, {0, top, width, value_height});
     gui_move_control(window, status_line, {0, top + value_height, width, status_height});
@@ -191,7 +196,11 @@ void draw_cursor(const Window *window, const DisplayState &display, Canvas *canv
 
 void refresh_read_out(Window *window) {
     GenericState *state = window_state(window);
-    if (!display_image(state) || !state->display_state->status_shown)
+    if (!display_image(state))
+        return;
+    if (std::exchange(state->display_state->remark_shown, false))  // what it told of has changed
+        gui_show_control(window, status_line, false);
+    if (!state->display_state->status_shown)
         return;
     PixelPosition pixel = state->display_state->cursor;
     if (pixel.is_somewhere() || pixel_at(window, *state, state->display_state->pointer, &pixel))

@@ -67,9 +67,10 @@ struct DisplayState {
     std::optional<RealRange> stretched;  // samples between black and white; none: as opened
     bool integers_as_hexadecimal = false;
     bool status_shown = false;
-    GuiPoint pointer;        // where the mouse was last seen in the client area
-    PixelPosition cursor;    // of the read-out that the arrow keys move; not shown while it is nowhere
-    PixelPosition read_out;  // the pixel read out last
+    bool remark_shown = false;  // in place of the read-out
+    GuiPoint pointer;           // where the mouse was last seen in the client area
+    PixelPosition cursor;       // of the read-out that the arrow keys move; not shown while it is nowhere
+    PixelPosition read_out;     // the pixel read out last
 };
 
 // The bands of a product that has several, and which of them the window shows.

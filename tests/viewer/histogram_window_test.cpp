@@ -313,6 +313,9 @@ TEST(Palettes, StretchingASingleLevelIsToldInTheStatusLine) {
             EXPECT_TRUE(gui_control_shown(image, image_status));
             EXPECT_EQ(gui_text(image, image_status),
                       "Nothing to stretch: the picture is all background, or of a single level.");
+            ASSERT_TRUE(choose_command(image, UNDO));
+            EXPECT_FALSE(gui_control_shown(image, image_status)) << "no longer true of what is shown";
+            ASSERT_TRUE(choose_command(image, STRETCH));
             mouse_move(image, {5, 0});
             EXPECT_EQ(gui_text(image, image_status).find("sample: 6 "), 0u) << "the read-out takes its place";
         }
