@@ -62,15 +62,16 @@ std::unique_ptr<BandComposite> new_composite(const GenericState &state, const Ba
     return std::make_unique<BandComposite>(choice, state.bands->maker, state.label_state->current_object);
 }
 
-// Shows another choice in the same window, which stays as it is after a message.
-void show_choice(Window *window, const BandChoice &choice) {
+// Shows another choice in the same window; false after a message, when the window stays as it is or is gone.
+bool show_choice(Window *window, const BandChoice &choice) {
     restore_profile();
     auto composite = new_composite(*window_state(window), choice);
     auto image = make_picture(window, composite.get());
     if (!image)
-        return;
+        return false;
     GenericState *state = window_state(window);
     state->bands->choice = choice;
+    state->bands->unstretched.reset();
     take_composite(state, std::move(composite));
     state->image_info->display_image = std::move(image);
     state->image_info->palette_number = grey_palette;
@@ -80,24 +81,24 @@ void show_choice(Window *window, const BandChoice &choice) {
     if (!has_colour_table(state))
         gui_destroy_window(histogram_of(*state));
     pixels_changed(window);
+    return gui_window_exists(window);
 }
 
-void change_choice(Window *window, bool (*ask)(Window *, const BandState &, BandChoice *)) {
+bool change_choice(Window *window, bool (*ask)(Window *, const BandState &, BandChoice *)) {
     const GenericState *state = window_state(window);
     if (!state || !state->bands || !state->image_info)
-        return;
+        return false;
     BandChoice choice;
     // The window may have gone while the dialog was open.
-    if (ask(window, *state->bands, &choice) && gui_window_exists(window))
-        show_choice(window, choice);
+    return ask(window, *state->bands, &choice) && gui_window_exists(window) && show_choice(window, choice);
 }
 
 }  // namespace
 
 bool has_several_bands(const ObjDesc *object) {
-    const char *text = nullptr;
     if (const int64_t coded = OaJpeg2000Bands(object))  // the label may say otherwise, or nothing
         return coded >= 2;
+    const char *text = nullptr;
     int64_t bands = 0;
     return OaKwdValuetoStr("BANDS", object, &text) == 0 && OdlDataType(text) == VALUE_INTEGER &&
            OaKwdValuetoLong("BANDS", object, &bands) == 0 && bands >= 2;
@@ -142,4 +143,19 @@ void choose_bands(Window *window) {
 
 void choose_band_limits(Window *window) {
     change_choice(window, ask_band_limits);
+}
+
+void stretch_band(Window *window) {
+    const BandState &bands = *window_state(window)->bands;
+    const BandChoice before = bands.unstretched.value_or(bands.choice);
+    if (change_choice(window, ask_band_limits))
+        window_state(window)->bands->unstretched = before;
+}
+
+bool undo_band_stretch(Window *window) {
+    const GenericState *state = window_state(window);
+    if (!state || !state->bands || !state->bands->unstretched)
+        return false;
+    show_choice(window, BandChoice(*state->bands->unstretched));
+    return true;
 }

@@ -19,3 +19,6 @@ bool make_composite(GenericState *state);
 // Commands on such a window; they show it anew.
 void choose_bands(Window *window);
 void choose_band_limits(Window *window);
+// The same as a stretch of a band that is shown as grey, which can be undone. False when there is nothing to undo.
+void stretch_band(Window *window);
+bool undo_band_stretch(Window *window);

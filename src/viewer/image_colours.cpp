@@ -1,5 +1,6 @@
 // The commands that change an image window's colour table; only undoing touches pixels, where a stretch of the samples
 // did.
+#include "viewer/bands_window.h"
 #include "viewer/histogram_window.h"
 #include "viewer/image_window.h"
 #include "viewer/model/stretch.h"
@@ -56,6 +57,8 @@ void menu2_image_invert(Window *window) {
 }
 
 void menu2_undo_display(Window *window) {
+    if (undo_band_stretch(window))
+        return;
     GenericState *shown = window_state(window);
     const bool stretched = has_colour_table(shown) && shown->display_state->stretched;
     if (stretched)

@@ -124,7 +124,7 @@ bool rebuild_display_image(GenericState *state, std::optional<RealRange> range) 
 void menu2_stretch_image(Window *window) {
     GenericState *state = window_state(window);
     if (state && state->bands) {  // whose limits are part of the choice of bands
-        choose_band_limits(window);
+        stretch_band(window);
         return;
     }
     const void *samples = samples_shown(state);

@@ -79,6 +79,7 @@ struct BandState {
     int64_t count = 0;
     std::vector<std::string> names;  // of all bands, or none
     BandChoice choice;
+    std::optional<BandChoice> unstretched;     // what undoing goes back to after a stretch, which typed other limits
     const BandComposite *composite = nullptr;  // the display state's source, once it is made
 };
 

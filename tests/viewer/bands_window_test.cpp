@@ -160,6 +160,15 @@ TEST(BandsWindow, CommandsShowAnotherChoiceInTheSameWindow) {
             use_control(dialog, show);
         }));
         EXPECT_EQ(pixels_of(window)[0], 0x191919U) << "the stored sample 25";
+        for (const char *limit : {"25", "30"}) {
+            ASSERT_TRUE(command_with(window, 1028, limits_title, [&](Window *dialog) {
+                type_text(dialog, maximum, limit);
+                use_control(dialog, show);
+            }));
+        }
+        EXPECT_EQ(pixels_of(window)[0], 0x808080U);
+        ASSERT_TRUE(choose_command(window, 1023));
+        EXPECT_EQ(pixels_of(window)[0], 0x191919U) << "both stretches are undone";
         ASSERT_TRUE(choose_command(window, 1027));
         EXPECT_EQ(pixels_of(window)[0], 0xe6e6e6U);
         ASSERT_TRUE(command_with(window, 1053, title, [](Window *dialog) {
