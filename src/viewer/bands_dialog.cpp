@@ -303,6 +303,8 @@ void use_control(Window *window, BandDialog *dialog, const Event &event) {
         case shown_bands:
             show_limits(window, dialog);
             enable_controls(window, dialog);
+            if (event.use == ControlUse::Activated)
+                gui_focus_control(window, minimum_field);
             break;
         case grey_choice:
         case colour_choice:

@@ -136,6 +136,10 @@ TEST(BandsWindow, CommandsShowAnotherChoiceInTheSameWindow) {
 
         ASSERT_TRUE(command_with(window, 1056, limits_title, [](Window *dialog) {
             EXPECT_EQ(gui_list_line(dialog, shown_bands, 0), "1, red, 0 (computed) to 5 (computed)");
+            double_click_line(dialog, shown_bands, 0);
+            press_character(dialog, '4');
+            EXPECT_EQ(gui_text(dialog, minimum), "4");
+            use_control(dialog, computed);
             type_text(dialog, maximum, "1");
             use_control(dialog, show);
         }));
