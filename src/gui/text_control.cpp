@@ -195,6 +195,7 @@ void TextControl::set_paragraphs(const std::vector<std::string> &texts) {
     document()->firstBlock().setUserState(-1);
     set_ends(document()->firstBlock(), ends);
     document()->setModified(false);
+    emit modificationChanged(false);  // a text that became empty counts as changed and is cleared without a word
 }
 
 void TextControl::append_paragraphs(const std::vector<std::string> &texts) {

@@ -103,6 +103,8 @@ TEST(MultiLineText, KnowsWhetherItChanged) {
         EXPECT_EQ(gui_paragraph_count(window, text), 3u);
         gui_set_text_changed(window, text, false);
         EXPECT_EQ(title_on_screen(window), unchanged);
+        gui_set_paragraphs(window, text, {});
+        EXPECT_EQ(title_on_screen(window), unchanged) << "an empty text is as it was set too";
     });
 }
 
