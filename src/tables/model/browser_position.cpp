@@ -178,6 +178,7 @@ bool tb_enter_table(BrowserPosition *position, int64_t table) {
     position->rows_shown = std::min(position->current_table()->rows, tb_most_rows_shown);
     position->column = 1;
     position->item = 1;
+    position->show_bit_columns = false;  // the first column may have none
     position->displayed_col_num = 1;
     init_bit_col_counters(position);
     return true;

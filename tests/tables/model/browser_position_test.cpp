@@ -101,6 +101,10 @@ TEST(BrowserPosition, MovesAndEndsWhereItMust) {
         {skip(1), "table 2 rows 0+0 column 1/1 bits 1/1"},
         {tb_next_table, "table 2 rows 0+0 column 1/1 bits 1/1"},
         {tb_prev_table, "table 1 rows 0+10 column 1/1 bits 1/1"},
+        // Another table begins with its first column, not with bit columns that this may not have.
+        {toggle_show_bit_col_flag, "table 1 rows 0+10 column 1/1 bits 1/1"},
+        {tb_prev_table, "table 0 rows 0+15 column 1/1 bits 1/1"},
+        {skip(1), "table 0 rows 0+15 column 2/1 bits 1/1"},
     };
     int number = 0;
     for (const auto &step : steps) {
