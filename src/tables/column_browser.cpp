@@ -35,6 +35,17 @@ void show_table_keywords(Window *window, const TableInfo &table) {
     gui_set_paragraphs(window, browser_table_pane, lines);
 }
 
+// With one blank for several: labels indent the lines of long texts, which then are joined.
+std::string with_single_blanks(std::string_view text) {
+    std::string joined;
+    for (const char c : text) {
+        const bool is_blank = c == ' ' || c == '\t';
+        if (!is_blank || !joined.ends_with(' '))
+            joined += is_blank ? ' ' : c;
+    }
+    return joined;
+}
+
 // Below the other keywords, for it may be long: the lines of its text.
 void add_description(std::string_view text, std::vector<std::string> *lines) {
     text = util_trim(text, "\"' \t\r\n");
@@ -42,7 +53,7 @@ void add_description(std::string_view text, std::vector<std::string> *lines) {
         lines->emplace_back("Description");
     while (!text.empty()) {
         const size_t end = std::min(text.find_first_of("\r\n"), text.size());
-        lines->push_back("  " + std::string(util_trim(text.substr(0, end), " \t")));
+        lines->push_back("  " + with_single_blanks(util_trim(text.substr(0, end), " \t")));
         text.remove_prefix(std::min(text.find_first_not_of("\r\n", end), text.size()));
     }
 }
