@@ -94,6 +94,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     for (TableInfo &table : product.tables) {
         require(table.column_count() <= tb_most_columns);
         read_table(product.file, &table);
+        TableInfo with_arrays = table;
+        FlatTable arrays;
+        tb_add_arrays(&with_arrays, &arrays);
+        require(with_arrays.column_count() <= tb_most_columns);
+        if (arrays.root)
+            read_table(product.file, &with_arrays);
         FlatTable flat;
         if (flatten_table(const_cast<ObjDesc *>(table.object), &flat) == 0)
             require(OaCheckODLTree(flat.root ? flat.root.get() : tree.get()) == 0);

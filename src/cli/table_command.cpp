@@ -7,6 +7,7 @@
 #include "cli/table_description.h"
 #include "cli/table_fields.h"
 #include "tables/model/column_summary.h"
+#include "tables/model/flatten.h"
 
 #include <algorithm>
 
@@ -57,14 +58,20 @@ const TableInfo *find_table(const TableProduct &product, const std::optional<std
 class Work {
   public:
     Work(const Request &request, const TableProduct &product, const TableInfo &table)
-        : request_(request), product_(product), table_(table), view_(table) {
+        : request_(request),
+          product_(product),
+          number_(&table - product.tables.data() + 1),
+          table_(table),
+          flattened_(tb_add_arrays(&table_, &flat_) == 0),
+          view_(table_) {
+        if (!flattened_)
+            tell(request.file + ": " + error_string);
         if (!view_.remark().empty())
             tell(view_.remark());
     }
 
     int describe() {
-        const auto number = static_cast<long long>(&table_ - product_.tables.data()) + 1;
-        print_table(view_, number, stdout);
+        print_table(view_, number_, stdout);
         const auto reader = tb_open_reader(product_.file, table_);
         if (reader)
             tell_missing_rows(reader->rows_present());
@@ -144,7 +151,10 @@ class Work {
 
     const Request &request_;
     const TableProduct &product_;
-    const TableInfo &table_;
+    int64_t number_;  // of the table in the product
+    FlatTable flat_;  // that the table's columns point into
+    TableInfo table_;
+    bool flattened_;  // all its arrays are columns
     ColumnView view_;
     bool has_messages_ = false;
 };

@@ -20,7 +20,6 @@ void add_whole_row(TableInfo *table) {
     row.object = table->object;
     row.name = table->name;
     row.display_format = table->interchange_format == "ASCII" ? "TEXT" : "HEX";
-    row.data_type = "CHARACTER";
     row.bytes = table->row_bytes;
     row.start_byte = 1;
     row.item_offset = row.bytes;
@@ -57,6 +56,9 @@ bool set_up(GenericState *state, TableState *table, const TableOptions &options)
         return false;
     }
     table->table = tb_table_of(table->product, object);
+    error_string.clear();
+    if (tb_add_arrays(&table->table, &table->flat) != 0)
+        table_warning(error_string);
     state->label_state->current_object = const_cast<ObjDesc *>(object);
     table->page = create_substate(PageState());
     if (!table->page)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tables/model/column_view.h"
+#include "tables/model/flatten.h"
 #include "tables/tables.h"
 
 #include <memory>
@@ -34,6 +35,7 @@ struct PageState {
 // All that a table window keeps besides.
 struct TableState : ModuleState {
     TableProduct product;
+    FlatTable flat;  // that the table's columns point into
     TableInfo table;
     std::unique_ptr<ColumnView> view;
     std::unique_ptr<TableReader> reader;

@@ -123,6 +123,23 @@ TEST(TableCommand, WritesChosenRowsAndColumns) {
     }
 }
 
+// What cannot be laid out as columns is told, and the others are given.
+TEST(TableCommand, GivesArraysAsColumns) {
+    const ScratchFolder folder;
+    const auto run = [&](const char *offset) {
+        const std::string columns = column("A", "CHARACTER", 1, 2) +
+                                    "OBJECT = ARRAY\nNAME = G\nAXES = 2\nAXIS_ITEMS = (2, 1)\n" + offset +
+                                    "OBJECT = ELEMENT\nDATA_TYPE = MSB_INTEGER\nBYTES = 1\nEND_OBJECT\nEND_OBJECT\n" +
+                                    column("Z", "CHARACTER", 5, 1);
+        return run_cli({"table", write_table(folder, "ab\x01\xffz", "1", 5, columns), "--csv", "-"});
+    };
+    EXPECT_EQ(run("OFFSET = 2\n").out, "A,G_1,G_2,Z\r\nab,1,-1,z\r\n");
+    const Outcome without = run("");
+    EXPECT_EQ(without.out, "A,Z\r\nab,z\r\n");
+    EXPECT_NE(without.err.find("Array handling:  OFFSET read failed"), std::string::npos) << without.err;
+    EXPECT_NE(without.status, 0);
+}
+
 TEST(TableCommand, DescribesTablesAndSumsUpColumns) {
     const ScratchFolder folder;
     const std::string label = write_small_table(folder);

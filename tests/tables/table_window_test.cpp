@@ -338,6 +338,7 @@ TEST(TableList, OpensALoneObjectWithoutColumns) {
         EXPECT_EQ(test.responder.shown, Shown{});
         ASSERT_TRUE(window);
         EXPECT_EQ(cell_on_screen(window, table_grid, {1, 0}), "0a0b0c");
+        EXPECT_EQ(column_head(window, table_grid, 0), "PALETTE\n") << "what is shown as bytes is of no type";
         test.folder.write("N.LBL",
                           "RECORD_TYPE = FIXED_LENGTH\nRECORD_BYTES = 3\n^TABLE = \"NONE.DAT\"\nOBJECT = TABLE\n"
                           " ROWS = 2\n ROW_BYTES = 3\n COLUMNS = 1\nEND_OBJECT\nEND\n");

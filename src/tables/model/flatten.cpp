@@ -3,7 +3,6 @@
 #include "base/text.h"
 #include "oa/value_text.h"
 #include "tables/model/keyword_text.h"
-#include "tables/model/table_info.h"
 
 #include <algorithm>
 
@@ -281,6 +280,18 @@ int array_to_column(FlatTable *flat) {
     }
     count_columns(flat);
     return 0;
+}
+
+int tb_add_arrays(TableInfo *table, FlatTable *flat) {
+    flat->table = const_cast<ObjDesc *>(table->object);
+    const int status = array_to_column(flat);
+    if (flat->root) {
+        table->columns.clear();
+        table->containers.clear();
+        table->columns_left_out = false;
+        tb_get_column_info_2(flat->table, table);
+    }
+    return status;
 }
 
 int remove_bitcols(FlatTable *flat) {

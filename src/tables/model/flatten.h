@@ -6,7 +6,7 @@
 // which knows containers itself.
 #pragma once
 
-#include "oa/oa.h"
+#include "tables/model/table_info.h"
 
 struct FlatTable {
     OdlTree root;              // the copy; null while nothing needed changing
@@ -23,6 +23,9 @@ struct FlatTable {
 int ctr_to_cols(FlatTable *flat);
 // Replaces each array by a column of as many items as it has elements.
 int array_to_column(FlatTable *flat);
+// Makes the columns of a table's records those of its label with arrays as columns; `flat`, empty before, must outlive
+// the table. Without an array all stays as it is.
+int tb_add_arrays(TableInfo *table, FlatTable *flat);
 // Cuts every bit column.
 int remove_bitcols(FlatTable *flat);
 // All three.
