@@ -68,8 +68,10 @@ bool set_up(GenericState *state, TableState *table, const TableOptions &options)
         return false;
     if (!table->view->remark().empty())
         table_warning(table->view->remark());
-    if (!options.is_spectrum)
-        table->side_data = make_side_data(label.file_name, *table);
+    if (!options.is_spectrum && !with_memory([&] { table->side_data = make_side_data(label.file_name, *table); })) {
+        table_error("Open Table - unable to allocate side data memory");
+        return false;
+    }
     error_string.clear();
     table->reader = tb_open_reader(table->product.file, table->table);
     if (!table->reader)

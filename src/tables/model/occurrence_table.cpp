@@ -1,6 +1,7 @@
 #include "tables/model/occurrence_table.h"
 
 #include "base/text.h"
+#include "tables/model/out_of_memory.h"
 
 #include <cinttypes>
 
@@ -9,10 +10,12 @@ bool ts_insert_occurrence_1(OccurrenceTable *table, std::string_view text) {
         return false;
     text = text.substr(0, ts_longest_line);
     const auto found = table->find(text);
-    if (found != table->end())
+    if (found != table->end()) {
         ++found->second;
-    else
-        table->emplace(text, 1);
+        return true;
+    }
+    tb_or_out_of_memory("Check_Malloc, from table processing - Lumacart is out of memory and must stop",
+                        [&] { return table->emplace(text, 1); });
     return true;
 }
 
