@@ -164,13 +164,16 @@ bool create_dialog(Window *window, TableState *table) {
     return table_get_title(window_state(window), window);
 }
 
-// The page's rows that the file does not hold. They are counted only where the last row is missing: of a file of lines
+// The rows that the file holds. They are counted only where nothing of the page's last row is there: of a file of lines
 // this is a pass over it.
 int64_t rows_held(TableState *table, const PageState &page) {
-    std::string text;
-    if (page.columns < 1 || table->view->append(table->reader.get(), page.last_row - 1, page.first_column - 1, &text))
-        return page.rows;
-    return table->reader->rows_present();
+    bool is_held = page.columns < 1;
+    for (int64_t i = page.first_column - 1; i < page.last_column && !is_held; ++i) {
+        const ViewField &at = (*table->view)[i];
+        FieldBytes field;
+        is_held = table->reader->read(page.last_row - 1, *at.column, at.item, &field);
+    }
+    return is_held ? page.rows : table->reader->rows_present();
 }
 
 void tell_of_missing_rows(TableState *table, const PageState &page, int64_t held) {

@@ -237,6 +237,18 @@ TEST(TableWindow, ShowsRowsThatTheFileLacksAsMissing) {
         EXPECT_EQ(cell_on_screen(window, table_grid, {0, 0}), "(missing)");
         EXPECT_EQ(test.responder.shown, Shown{"warning: The data file holds 40 of the 150 rows that the label gives.  "
                                               "The others are shown as missing."});
+
+        test.folder.write("S.DAT", "ab");
+        test.folder.write("S.LBL",
+                          "RECORD_TYPE = FIXED_LENGTH\nRECORD_BYTES = 1\n^TABLE = \"S.DAT\"\nOBJECT = TABLE\n"
+                          " INTERCHANGE_FORMAT = ASCII\n ROWS = 3\n ROW_BYTES = 1\n COLUMNS = 2\n"
+                          " OBJECT = COLUMN\n  NAME = NOWHERE\n  BYTES = 1\n END_OBJECT\n"
+                          " OBJECT = COLUMN\n  NAME = HERE\n  START_BYTE = 1\n  BYTES = 1\n END_OBJECT\n"
+                          "END_OBJECT\nEND\n");
+        window = open_in_viewer(test.folder.file("S.LBL"));
+        ASSERT_TRUE(window);
+        EXPECT_EQ(cell_on_screen(window, table_grid, {1, 0}), "*");
+        EXPECT_EQ(cell_on_screen(window, table_grid, {2, 0}), "(missing)") << "though the label does not place it";
     });
 }
 
