@@ -6,7 +6,10 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
+#include <system_error>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -54,6 +57,31 @@ constexpr Steps steps_of(Orientation orientation) {
             break;
     }
     return {1, 0, 0, 1};
+}
+
+// Fewer bytes than these are turned before another thread has started.
+constexpr int64_t least_shared_bytes = int64_t{4} << 20;
+constexpr int64_t most_threads = 4;
+
+// Has the rows of the turned image made, in large images by several threads, which touch nothing but the pixels.
+template <typename TurnRows>
+void share_rows(const PixelImage &turned, TurnRows turn_rows) {
+    const int64_t rows = turned.height;
+    const bool large = rows * turned.width * turned.bytes_per_pixel >= least_shared_bytes;
+    const int64_t threads = large ? std::clamp<int64_t>(std::thread::hardware_concurrency(), 1, most_threads) : 1;
+    std::vector<std::jthread> helpers;
+    int64_t first = 0;
+    try {
+        helpers.reserve(static_cast<size_t>(threads));
+        for (int64_t i = 1; i < threads; ++i) {
+            const int64_t last = rows * i / threads;
+            helpers.emplace_back(turn_rows, first, last);
+            first = last;
+        }
+    } catch (const std::system_error &) {
+        // No more threads are to be had: the rest is done here.
+    }
+    turn_rows(first, rows);
 }
 
 // Lines become columns. Small squares are turned in vector registers; they are walked in blocks whose rows, read and
@@ -156,10 +184,13 @@ void transpose(const PixelImage &image, bool from_last_line, bool from_last_samp
         turn.target += (width - 1) * height;
         turn.target_stride = -height;
     }
-    for (int64_t sample = 0; sample < width; sample += block_side) {
-        for (int64_t line = 0; line < height; line += block_side)
-            turn.turn_block(line, std::min(line + block_side, height), sample, std::min(sample + block_side, width));
-    }
+    share_rows(*turned, [=](int64_t first_sample, int64_t last_sample) {
+        for (int64_t sample = first_sample; sample < last_sample; sample += block_side) {
+            for (int64_t line = 0; line < height; line += block_side)
+                turn.turn_block(line, std::min(line + block_side, height), sample,
+                                std::min(sample + block_side, last_sample));
+        }
+    });
 }
 
 template <typename Pixel>
@@ -175,15 +206,17 @@ template <typename Pixel>
 void mirror(const PixelImage &image, bool from_last_line, bool from_last_sample, PixelImage *turned) {
     const int64_t height = image.height;
     const int64_t width = image.width;
-    for (int64_t row = 0; row < height; ++row) {
-        const auto *line =
-            reinterpret_cast<const Pixel *>(image.pixels.get()) + (from_last_line ? height - 1 - row : row) * width;
-        auto *pixels = reinterpret_cast<Pixel *>(turned->pixels.get()) + row * width;
-        if (from_last_sample)
-            reverse(line, width, pixels);
-        else
-            memcpy(pixels, line, static_cast<size_t>(width) * sizeof(Pixel));
-    }
+    const auto *source = reinterpret_cast<const Pixel *>(image.pixels.get());
+    auto *target = reinterpret_cast<Pixel *>(turned->pixels.get());
+    share_rows(*turned, [=](int64_t first_row, int64_t last_row) {
+        for (int64_t row = first_row; row < last_row; ++row) {
+            const Pixel *line = source + (from_last_line ? height - 1 - row : row) * width;
+            if (from_last_sample)
+                reverse(line, width, target + row * width);
+            else
+                memcpy(target + row * width, line, static_cast<size_t>(width) * sizeof(Pixel));
+        }
+    });
 }
 
 // An image of the same kind in which lines and samples advance by these steps.
