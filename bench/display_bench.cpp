@@ -118,14 +118,14 @@ void BM_TurnLarge(benchmark::State &state) {
         benchmark::DoNotOptimize(operation(*image));
     state.SetBytesProcessed(state.iterations() * large_side * large_side * state.range(0));
 }
-BENCHMARK(BM_TurnLarge<plain_copy>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TurnLarge<rotate_image_90>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TurnLarge<rotate_image_180>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TurnLarge<rotate_image_270>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TurnLarge<rotate_invert_image_90>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TurnLarge<rotate_invert_image_180>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TurnLarge<rotate_invert_image_270>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TurnLarge<invert_image_horizontal>)->Arg(1)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<plain_copy>)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_image_90>)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_image_180>)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_image_270>)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_invert_image_90>)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_invert_image_180>)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<rotate_invert_image_270>)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TurnLarge<invert_image_horizontal>)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 int time_one_image(const char *label, const char *display_path) {
     using Clock = std::chrono::steady_clock;
