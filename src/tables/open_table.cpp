@@ -180,7 +180,7 @@ TableState *table_state(const Window *window) {
 
 bool read_table_size(const ObjDesc *root, TableState *table, PageState *page) {
     TableInfo &info = table->table;
-    info.rows = std::max<int64_t>(read_table_rows(info.object, root), 0);
+    info.rows = std::clamp<int64_t>(read_table_rows(info.object, root), 0, tb_most_rows);
     read_columns(root, &info);
     if (!read_row_bytes(root, &info))
         return false;

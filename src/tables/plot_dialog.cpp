@@ -241,7 +241,7 @@ std::shared_ptr<PlotSource> make_source(std::unique_ptr<GenericState> state) {
         return nullptr;
     }
     source->table = tb_table_of(source->tables, object);
-    source->table.rows = std::max<int64_t>(read_table_rows(object, label.root.get()), 0);
+    source->table.rows = std::clamp<int64_t>(read_table_rows(object, label.root.get()), 0, tb_most_rows);
     source->columns = plot_columns(source->table);
     state->label_state->current_object = const_cast<ObjDesc *>(object);
     source->product = std::move(state);

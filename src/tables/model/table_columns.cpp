@@ -124,7 +124,7 @@ Plan::Step Plan::enter(size_t node, const Step &around, int64_t repetition) cons
     int64_t distance = 0;
     const int64_t start = container.start_byte == -1 ? 1 : container.start_byte;
     if (__builtin_mul_overflow(container.bytes, repetition, &distance) ||
-        __builtin_add_overflow(distance, start - 1, &distance) ||
+        __builtin_add_overflow(distance, start, &distance) || __builtin_sub_overflow(distance, 1, &distance) ||
         __builtin_add_overflow(step.shift, distance, &step.shift))
         step.is_place = false;
     if (container.repetitions > 1)

@@ -51,7 +51,7 @@ std::string find_data_file(const std::string &name, const char *label_file) {
     return directory + util_lower(name);
 }
 
-// Finds where the data of tables begin; keeps the lines of the last text file that it counted.
+// Finds where the data of tables begin; keeps the lines of the text files that it counted, for tables may take turns.
 class DataFinder {
   public:
     explicit DataFinder(const TableProduct &product) : file_(product.file), pointers_(pointers_of(product.root)) {}
@@ -64,10 +64,17 @@ class DataFinder {
         if (!name)
             return;
         table->file_name = find_data_file(name.get(), pointer->file_name);
-        table->start_byte = location_type == ODL_BYTE_LOCATION ? location : start_of_record(location, *table);
+        table->start_byte =
+            location_type == ODL_BYTE_LOCATION ? std::max<int64_t>(location, -1) : start_of_record(location, *table);
     }
 
   private:
+    static constexpr size_t most_counted = 16;
+    struct CountedFile {
+        FilePtr file;
+        std::unique_ptr<LineIndex> lines;
+    };
+
     // Of several pointers the one whose place among them is the table's place among those of its class, else the last.
     const Kwd *pointer_of(const TableInfo &table) {
         const std::string class_name = tb_class_of(table.object);
@@ -93,26 +100,27 @@ class DataFinder {
     }
 
     int64_t start_of_line(int64_t line, const std::string &path) {
-        if (path != counted_path_) {
-            counted_path_ = path;
-            lines_.reset();
-            counted_ = util_open_regular(path.c_str());
-            if (counted_)
-                lines_ = std::make_unique<LineIndex>(fileno(counted_.get()), 0);
+        auto counted = counted_.find(path);
+        if (counted == counted_.end()) {
+            if (counted_.size() >= most_counted)
+                counted_.clear();
+            counted = counted_.try_emplace(path).first;
+            counted->second.file = util_open_regular(path.c_str());
+            if (const FilePtr &file = counted->second.file)
+                counted->second.lines = std::make_unique<LineIndex>(fileno(file.get()), 0);
         }
+        const CountedFile &found = counted->second;
         // Each line has a byte at least.
-        if (!lines_ || line < 1 || line > util_file_size(counted_.get()))
+        if (!found.lines || line < 1 || line > util_file_size(found.file.get()))
             return -1;
-        const int64_t offset = lines_->offset_of(line - 1);
+        const int64_t offset = found.lines->offset_of(line - 1);
         return offset < 0 ? -1 : offset + 1;
     }
 
     const TableFileInfo &file_;
     PointerMap pointers_;
     std::map<std::string, int64_t> tables_before_;  // by class
-    std::string counted_path_;
-    FilePtr counted_;
-    std::unique_ptr<LineIndex> lines_;
+    std::map<std::string, CountedFile> counted_;    // by path
 };
 
 // Kept when a list has it.
@@ -150,7 +158,7 @@ void get_table_key_words(const ObjDesc *object, TableInfo *table, const TableFil
     const std::string class_name = tb_class_of(object);
     table->type = class_name == "INDEX" ? "TABLE" : class_name;
     table->name = tb_name_of(object, class_name);
-    table->rows = std::max<int64_t>(tb_number_of({"ROWS", "RECORDS"}, object, 1), 0);
+    table->rows = std::clamp<int64_t>(tb_number_of({"ROWS", "RECORDS"}, object, 1), 0, tb_most_rows);
     table->row_bytes = tb_number_of({"ROW_BYTES", "BYTES"}, object, file.record_bytes);
     table->row_prefix_bytes = std::max<int64_t>(tb_number_of({"ROW_PREFIX_BYTES"}, object, 0), 0);
     table->row_suffix_bytes = std::max<int64_t>(tb_number_of({"ROW_SUFFIX_BYTES"}, object, 0), 0);

@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+// More rows than any file holds; their counts leave room to step beyond them.
+constexpr int64_t tb_most_rows = INT64_MAX - 1000;
+
 // Columns of a table, bit columns included, and fields of a view: what is beyond them is left out and told.
 constexpr int64_t tb_most_columns = 50000;
 
@@ -56,7 +59,7 @@ struct TableInfo {
     std::string type = "TABLE";         // the object's class; of an INDEX "TABLE"
     std::string file_name = "Unknown";  // as it opens, or the last name tried; "Unknown" without a pointer
     std::string interchange_format = "Unknown";
-    int64_t rows = 1;  // 0 where the label says less
+    int64_t rows = 1;  // 0 where the label says less, tb_most_rows where it says more
     int64_t row_bytes = -1;
     int64_t row_prefix_bytes = 0;
     int64_t row_suffix_bytes = 0;

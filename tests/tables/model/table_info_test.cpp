@@ -48,7 +48,7 @@ TEST_F(TableInfoTest, TablesAndTheirKeywords) {
     } wanted[] = {
         {"THE ", "TABLE", "a.dat", "ASCII", 5, 10, 11},
         {"TABLE", "TABLE", "a.dat", "Unknown", 0, 7, 7},
-        {"INDEX", "TABLE", "none/b.dat", "Unknown", INT64_MAX, 10, 21},
+        {"INDEX", "TABLE", "none/b.dat", "Unknown", tb_most_rows, 10, 21},
         {"COLOR_PALLETTE", "COLOR_PALLETTE", "Unknown", "Unknown", 1, 10, 1},
     };
     ASSERT_EQ(product_.tables.size(), std::size(wanted));
@@ -132,7 +132,12 @@ TEST_F(TableInfoTest, HugeClaimsAreCut) {
         many += column("NAME = C");
     read(object("TABLE", nested) + object("TABLE", most) + object("TABLE", many) +
          object("TABLE", object("CONTAINER", "REPETITIONS = 1000000000\n")) +
-         object("TABLE", column("BYTES = 4\nITEMS = 1000000000")));
+         object("TABLE", column("BYTES = 4\nITEMS = 1000000000")) +
+         object("SERIES", object("CONTAINER", "START_BYTE = -9223372036854775808\nBYTES = 4\n" +
+                                                  column("START_BYTE = 1\nBYTES = 4"))) +
+         "^SERIES = (\"a.dat\", -9223372036854775808 <BYTES>)\n");
+    EXPECT_EQ(product_.tables.back().start_byte, -1);
+    EXPECT_EQ(product_.tables.back().columns.at(0).start_byte, -1);
     const int64_t columns[] = {0, tb_most_columns, tb_most_columns, 0, 1};
     const bool is_cut[] = {true, true, true, false, true};
     for (size_t i = 0; i < std::size(columns); ++i) {
