@@ -64,8 +64,8 @@ enum class EventType {
     FocusIn,   // the window became the active one
     FocusOut,  // or another did
     Scroll,    // the client area was scrolled to another position
-    Control,     // a button was pressed, a line of text edited or entered, a line of a list or a cell of a grid selected
-                 // or activated (`use`)
+    Control,   // a button was pressed, a line of text edited or entered, a line of a list or a cell of a grid selected
+               // or activated (`use`)
     FieldFocus,  // a line of text got or lost the keyboard
     Command,     // a menu item was chosen
     Timer,
