@@ -6,6 +6,19 @@
 #include "support/product.h"
 #include "support/window_viewer.h"
 
+#include <filesystem>
+
+// Programs that run side by side would meet at the scratch file of their working directory.
+class OwnDirectory final : public testing::Environment {
+  public:
+    void SetUp() override { std::filesystem::current_path(folder_.path()); }
+    void TearDown() override { std::filesystem::current_path("/"); }
+
+  private:
+    ScratchFolder folder_;
+};
+inline testing::Environment *const g_own_directory = testing::AddGlobalTestEnvironment(new OwnDirectory);
+
 enum class BrowseDialog { Path, OtherFile, Label, Continue, Timed, Listing };
 
 inline BrowseDialog kind_of(const Window *dialog) {
