@@ -11,7 +11,6 @@ namespace {
 constexpr int go_to_row_resource = 221;
 constexpr int row_field = 1;
 constexpr int accept_button = 2;
-constexpr int cancel_button = 3;
 
 constexpr int next_rows_command = 2021;
 constexpr int previous_rows_command = 2022;

@@ -155,10 +155,11 @@ void plot_the_table(Window *dialog) {
     if (read.x_refusal.refused || read.y_refusal.refused)
         return;
     const auto rows = static_cast<long long>(read.x.values.size());
+    const long long rows_chosen = choice.last_row - choice.first_row + 1;
     open_plot_window(source, choice, std::move(read.x), std::move(read.y));
-    if (rows < choice.last_row - choice.first_row + 1)
+    if (rows < rows_chosen)
         table_warning(util_format("The data file holds %lld of the %lld rows chosen.  The others are not plotted.",
-                                  rows, static_cast<long long>(choice.last_row - choice.first_row + 1)));
+                                  rows, rows_chosen));
 }
 
 void plot_in_detail(Window *dialog) {

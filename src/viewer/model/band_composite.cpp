@@ -70,7 +70,7 @@ template <typename T>
 void map_values(const T *samples, const LevelScale &scale, int64_t count, uint8_t *levels) {
     if constexpr (sizeof(T) <= 2) {
         // There are fewer values than samples in all but small images.
-        constexpr auto lowest = static_cast<int32_t>(std::numeric_limits<T>::lowest());
+        constexpr int32_t lowest = std::numeric_limits<T>::is_signed ? -(1 << (8 * sizeof(T) - 1)) : 0;
         std::array<uint8_t, size_t{1} << 8 * sizeof(T)> table;
         for (size_t i = 0; i < table.size(); ++i)
             table[i] = scale.level(static_cast<double>(static_cast<int32_t>(i) + lowest));
@@ -172,14 +172,14 @@ void add_levels(const uint8_t *levels, Colour colour, int64_t count, uint8_t *pi
     }
 }
 
-BandComposite::BandComposite(BandChoice choice, std::vector<std::unique_ptr<SampleSource>> sources)
+BandComposite::BandComposite(const BandChoice &choice, std::vector<std::unique_ptr<SampleSource>> sources)
     : is_grey_(choice.is_grey) {
     const size_t count = is_grey_ ? std::min<size_t>(1, sources.size()) : sources.size();
     for (size_t i = 0; i < count; ++i)
         parts_.push_back({choice.bands[i], std::move(sources[i]), {}});
 }
 
-BandComposite::BandComposite(BandChoice choice, BandSourceMaker maker, const ObjDesc *object)
+BandComposite::BandComposite(const BandChoice &choice, BandSourceMaker maker, const ObjDesc *object)
     : BandComposite(choice, make_sources(choice, maker, object)) {}
 
 std::string BandComposite::describe(ImageDescription *description) {

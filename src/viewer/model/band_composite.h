@@ -19,9 +19,9 @@ void add_levels(const uint8_t *levels, Colour colour, int64_t count, uint8_t *pi
 class BandComposite final : public SampleSource {
   public:
     // The sources of the choice's bands, in its order, all of one size; none may be null.
-    BandComposite(BandChoice choice, std::vector<std::unique_ptr<SampleSource>> sources);
+    BandComposite(const BandChoice &choice, std::vector<std::unique_ptr<SampleSource>> sources);
     // The same from the bands of one object, which must outlive the source.
-    BandComposite(BandChoice choice, BandSourceMaker maker, const ObjDesc *object);
+    BandComposite(const BandChoice &choice, BandSourceMaker maker, const ObjDesc *object);
 
     std::string describe(ImageDescription *description) override;  // as the first band is stored
     OaObjectPtr read_block(const SampleBlock &block) override;     // the first band
