@@ -59,6 +59,8 @@ void table_error(const std::string &text);
 // Shows the window's remarks. The window may be gone afterwards, and its table with it.
 void tell_remarks(TableState *table);
 
+// The handler of windows that show a text made by this module, with the menu bar of text windows and a state to free.
+long report_window_eh(Window *window, const Event &event);
 // Whether values of a data type are numbers, which stand at the right.
 bool is_number_type(const std::string &data_type);
 

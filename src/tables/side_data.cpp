@@ -29,7 +29,19 @@ void append_container(const ContainerInfo &container, std::string *text) {
                          static_cast<long long>(container.repetitions));
 }
 
-long side_data_eh(Window *window, const Event &event) {
+std::vector<std::string> lines_of(const std::string &text) {
+    std::vector<std::string> lines;
+    for (size_t start = 0; start < text.size();) {
+        const size_t end = std::min(text.find('\r', start), text.size());
+        lines.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return lines;
+}
+
+}  // namespace
+
+long report_window_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Destroy:
             free_window_state(window);
@@ -45,18 +57,6 @@ long side_data_eh(Window *window, const Event &event) {
     }
     return 0;
 }
-
-std::vector<std::string> lines_of(const std::string &text) {
-    std::vector<std::string> lines;
-    for (size_t start = 0; start < text.size();) {
-        const size_t end = std::min(text.find('\r', start), text.size());
-        lines.push_back(text.substr(start, end - start));
-        start = end + 1;
-    }
-    return lines;
-}
-
-}  // namespace
 
 std::string make_side_data(const std::string &file_name, const TableState &table) {
     std::string text = "TABLE NAME:  " + file_name + "\r";
@@ -87,7 +87,7 @@ void show_side_data(Window *window) {
     state->kind = DocumentKind::Listing;
     state->directory = from->directory;
     const std::string title = "Lumacart - Side Data - " + shown_name(from->label_state->file_name, longest_title_name);
-    Window *shown = open_document_window(side_data_resource, side_data_eh, std::move(state));
+    Window *shown = open_document_window(side_data_resource, report_window_eh, std::move(state));
     if (!shown || !gui_window_exists(window))
         return;
     gui_set_title(shown, title);

@@ -77,23 +77,6 @@ std::vector<std::string> lines_of(const SummaryInput &input, const ColumnSummary
     return lines;
 }
 
-long summary_eh(Window *window, const Event &event) {
-    switch (event.type) {
-        case EventType::Destroy:
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
-        case EventType::Command:
-            do_LUMCA_MENUBAR(window, event.number);
-            break;
-        default:
-            break;
-    }
-    return 0;
-}
-
 // The browser's window of summaries, opened where it is not there. Null when there is none.
 Window *summary_window(Window *window) {
     if (Window *there = raise_child(window, summary_command))
@@ -104,7 +87,7 @@ Window *summary_window(Window *window) {
     state->directory = from->directory;
     const std::string title =
         "Lumacart - Column Summary - " + shown_name(from->label_state->file_name, longest_title_name);
-    Window *shown = open_document_window(summary_resource, summary_eh, std::move(state));
+    Window *shown = open_document_window(summary_resource, report_window_eh, std::move(state));
     if (!shown || !gui_window_exists(window))
         return nullptr;
     gui_set_title(shown, title);
