@@ -1,5 +1,6 @@
 #include "app/opener_table.h"
 
+#include "qubes/qubes.h"
 #include "tables/tables.h"
 
 #include <array>
@@ -7,6 +8,8 @@
 namespace {
 
 constexpr std::array rows = {
+    ProductOpener{"QUBE", nullptr, open_qube, nullptr},
+    ProductOpener{"*QUBE", nullptr, open_qube, nullptr},
     ProductOpener{"*IMAGE", has_several_bands, open_bands, nullptr},
     ProductOpener{"IMAGE", nullptr, open_image, nullptr},
     ProductOpener{"*IMAGE", nullptr, open_image, nullptr},

@@ -18,13 +18,13 @@ bool fits(CommandScope scope, const Window *window) {
         return false;
     if (scope == CommandScope::Bands)
         return state->bands != nullptr;
+    if (scope == CommandScope::Qube)
+        return state->display_state && state->display_state->is_qube_band;
     switch (state->kind) {
         case DocumentKind::Image:
             return scope == CommandScope::Image || scope == CommandScope::Indexed;
         case DocumentKind::Bands:
             return scope == CommandScope::Image;
-        case DocumentKind::Qube:
-            return scope == CommandScope::Qube;
         case DocumentKind::Table:
             return scope == CommandScope::Table;
         case DocumentKind::Label:

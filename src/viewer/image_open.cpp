@@ -122,14 +122,16 @@ void open_image(std::unique_ptr<GenericState> state) {
         open_image_2(std::move(state));
 }
 
-void open_image_2(std::unique_ptr<GenericState> state) {
+Window *open_image_2(std::unique_ptr<GenericState> state) {
     if (!gui_has_definition(image_window_resource)) {
         gui_error("Open Image - unable to find window definition");
-        return;
+        return nullptr;
     }
     ++state->label_state->image_count;
-    if (Window *window = open_document_window(image_window_resource, WIN_IMAGE_eh, std::move(state)))
+    Window *window = open_document_window(image_window_resource, WIN_IMAGE_eh, std::move(state));
+    if (window)
         show_browsed(window);
+    return window && gui_window_exists(window) ? window : nullptr;
 }
 
 void step_up(Window *window) {

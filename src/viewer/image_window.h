@@ -7,8 +7,8 @@
 
 // Opens an image window on the current object of the state's label.
 void open_image(std::unique_ptr<GenericState> state);
-// The same when the characteristics are known and a block is requested.
-void open_image_2(std::unique_ptr<GenericState> state);
+// The same when the characteristics are known, perhaps with a block requested. The window, or null.
+Window *open_image_2(std::unique_ptr<GenericState> state);
 
 // Fills the state's image description and sample source. False after a message.
 bool get_image_characteristics(GenericState *state);

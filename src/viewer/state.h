@@ -75,7 +75,7 @@ struct DisplayState {
 
 // The bands of a product that has several, and which of them the window shows.
 struct BandState {
-    BandSourceMaker maker = nullptr;
+    BandSourceMaker maker;
     int64_t count = 0;
     std::vector<std::string> names;  // of all bands, or none
     BandChoice choice;
@@ -84,7 +84,7 @@ struct BandState {
 };
 
 // Which kind of document a window shows; the command table chooses by it.
-enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Qube = 3, Table = 4, Listing = 5, Histogram = 6 };
+enum class DocumentKind : uint32_t { Label = 0, Image = 1, Bands = 2, Table = 3, Listing = 4, Histogram = 5 };
 
 // What a window with a list of lines begins with.
 struct ListingState {

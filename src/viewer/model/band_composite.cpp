@@ -131,7 +131,7 @@ bool can_be_read(const ImageDescription &description) {
     return description.qube_item || with_samples(nullptr, description, [](const auto *) {});
 }
 
-std::vector<std::unique_ptr<SampleSource>> make_sources(const BandChoice &choice, BandSourceMaker maker,
+std::vector<std::unique_ptr<SampleSource>> make_sources(const BandChoice &choice, const BandSourceMaker &maker,
                                                         const ObjDesc *object) {
     std::vector<std::unique_ptr<SampleSource>> sources;
     for (const ShownBand &shown : choice.bands)
@@ -179,7 +179,7 @@ BandComposite::BandComposite(const BandChoice &choice, std::vector<std::unique_p
         parts_.push_back({choice.bands[i], std::move(sources[i]), {}});
 }
 
-BandComposite::BandComposite(const BandChoice &choice, BandSourceMaker maker, const ObjDesc *object)
+BandComposite::BandComposite(const BandChoice &choice, const BandSourceMaker &maker, const ObjDesc *object)
     : BandComposite(choice, make_sources(choice, maker, object)) {}
 
 std::string BandComposite::describe(ImageDescription *description) {

@@ -4,8 +4,10 @@
 #include "viewer/model/band_choice.h"
 #include "viewer/model/sample_source.h"
 
-// Gives the samples of one band (from 1) of an object: image_band_source, qube_band_source.
-using BandSourceMaker = std::unique_ptr<SampleSource> (*)(const ObjDesc *object, int64_t band);
+#include <functional>
+
+// Gives the samples of one band (from 1) of an object: image_band_source, or one that knows its qube.
+using BandSourceMaker = std::function<std::unique_ptr<SampleSource>(const ObjDesc *object, int64_t band)>;
 
 // Levels of native samples, as the description says how they are stored: 0 at the lower limit, 255 at the upper,
 // linear and rounded to nearest between, the same beyond. Without a number, or where the limits coincide, 0.
@@ -21,7 +23,7 @@ class BandComposite final : public SampleSource {
     // The sources of the choice's bands, in its order, all of one size; none may be null.
     BandComposite(const BandChoice &choice, std::vector<std::unique_ptr<SampleSource>> sources);
     // The same from the bands of one object, which must outlive the source.
-    BandComposite(const BandChoice &choice, BandSourceMaker maker, const ObjDesc *object);
+    BandComposite(const BandChoice &choice, const BandSourceMaker &maker, const ObjDesc *object);
 
     std::string describe(ImageDescription *description) override;  // as the first band is stored
     OaObjectPtr read_block(const SampleBlock &block) override;     // the first band

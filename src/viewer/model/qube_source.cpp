@@ -19,41 +19,68 @@ OaQubeItem physical_item() {
     return item;
 }
 
-class QubeBandSource : public SampleSource {
+// "0x00FF"
+std::string stored_bits(const void *native_sample, int64_t bytes) {
+    uint64_t bits = 0;
+    const auto *sample = static_cast<const uint8_t *>(native_sample);
+    for (int64_t i = 0; i < bytes; ++i) {
+        const int64_t place = std::endian::native == std::endian::little ? i : bytes - 1 - i;
+        bits |= uint64_t{sample[i]} << (8 * place);
+    }
+    return util_format("0x%0*llX", static_cast<int>(2 * bytes), static_cast<unsigned long long>(bits));
+}
+
+class QubePlaneSource : public SampleSource {
   public:
-    QubeBandSource(const ObjDesc *node, int64_t band) : qube_(OaOpenQube(node)), plane_{OA_BAND_AXIS, band, false} {
-        if (qube_)
-            for (const std::string &remark : keywords().remarks)
-                util_notice(NoticeKind::Warning, remark);
-        else
-            failure_ = error_string;
+    QubePlaneSource(std::shared_ptr<OaQube> qube, const OaQubePlane &plane, QubeClick click)
+        : qube_(std::move(qube)), plane_(plane), click_(std::move(click)) {
+        if (!plane.is_suffix)
+            item_ = keywords().core;
+        else if (const OaQubeItem *item = OaItemOfPlane(qube_.get(), plane))
+            item_ = *item;
     }
 
     std::string describe(ImageDescription *description) override;
     OaObjectPtr read_block(const SampleBlock &block) override;
     std::string value_text(int64_t line, int64_t sample, bool hexadecimal) override;
-    bool click(int64_t, int64_t) override { return false; }
+    bool click(int64_t line, int64_t sample) override { return click_ && click_(line, sample); }
 
   private:
     const OaQubeKeywords &keywords() const { return OaKeywordsOfQube(qube_.get()); }
     bool gives_stored_values() const {
-        const OaQubeItem &core = keywords().core;
-        return !core.is_scaled() && (OaQubeNumberKind(core) != OaNumberKind::Real || core.bytes == sizeof(float));
+        return !item_.is_scaled() && (OaQubeNumberKind(item_) != OaNumberKind::Real || item_.bytes == sizeof(float));
     }
+    std::string plane_text() const;
 
-    OaQubePtr qube_;
+    std::shared_ptr<OaQube> qube_;
     OaQubePlane plane_;
-    std::string failure_;  // why there is no qube
+    OaQubeItem item_;  // of no number kind where there is no such suffix plane
+    QubeClick click_;
 };
 
-std::string QubeBandSource::describe(ImageDescription *description) {
-    if (!qube_)
-        return failure_;
-    const OaQubeExtent extent = OaQubePlaneExtent(keywords(), OA_BAND_AXIS);
-    const OaQubeItem item = gives_stored_values() ? keywords().core : physical_item();
+// In place of a qube that cannot be opened.
+class NoQubeSource : public SampleSource {
+  public:
+    explicit NoQubeSource(std::string failure) : failure_(std::move(failure)) {}
+
+    std::string describe(ImageDescription *) override { return failure_; }
+    OaObjectPtr read_block(const SampleBlock &) override { return nullptr; }
+    std::string value_text(int64_t, int64_t, bool) override { return ""; }
+    bool click(int64_t, int64_t) override { return false; }
+
+  private:
+    std::string failure_;
+};
+
+std::string QubePlaneSource::describe(ImageDescription *description) {
+    if (OaQubeNumberKind(item_) == OaNumberKind::None)
+        return util_format("Open Qube failed\n%s: items of type %s and %lld bytes cannot be shown.",
+                           plane_text().c_str(), item_.type.c_str(), static_cast<long long>(item_.bytes));
+    const OaQubeExtent extent = OaQubePlaneExtent(keywords(), plane_.axis);
+    const OaQubeItem item = gives_stored_values() ? item_ : physical_item();
     description->lines = extent.lines;
     description->line_samples = extent.samples;
-    description->bands = keywords().core_items[OA_BAND_AXIS];
+    description->bands = plane_.is_suffix ? 1 : keywords().core_items[plane_.axis];
     description->sample_bits = item.bytes * 8;
     description->sample_type = item.type;
     description->is_signed = OaQubeNumberKind(item) != OaNumberKind::Unsigned;
@@ -62,9 +89,7 @@ std::string QubeBandSource::describe(ImageDescription *description) {
     return "";
 }
 
-OaObjectPtr QubeBandSource::read_block(const SampleBlock &block) {
-    if (!qube_)
-        return nullptr;
+OaObjectPtr QubePlaneSource::read_block(const SampleBlock &block) {
     OaObjectPtr stored(
         OaReadQubePart(qube_.get(), plane_, block.first_line, block.last_line, block.first_sample, block.last_sample));
     if (!stored || gives_stored_values())
@@ -76,7 +101,7 @@ OaObjectPtr QubeBandSource::read_block(const SampleBlock &block) {
         OaReportFailure(720, "%s: no memory for %lld bytes of samples.", __func__, static_cast<long long>(bytes));
         return nullptr;
     }
-    OaQubePhysicalValues(keywords().core, stored->data, count, values.get());
+    OaQubePhysicalValues(item_, stored->data, count, values.get());
     OaLongtoKwdValue("SAMPLE_BITS", stored->odl, 8 * int64_t{sizeof(float)});
     OaStrtoKwdValue("SAMPLE_TYPE", stored->odl, native_real);
     OaFree(stored->data);
@@ -85,22 +110,41 @@ OaObjectPtr QubeBandSource::read_block(const SampleBlock &block) {
     return stored;
 }
 
-std::string QubeBandSource::value_text(int64_t line, int64_t sample, bool) {
-    const OaObjectPtr stored(qube_ ? OaReadQubePart(qube_.get(), plane_, line, line, sample, sample) : nullptr);
+// "band 3", or the name of a suffix plane.
+std::string QubePlaneSource::plane_text() const {
+    if (plane_.is_suffix && !item_.name.empty())
+        return item_.name;
+    return util_lower(OaQubeAxisName(plane_.axis)) + (plane_.is_suffix ? " suffix " : " ") +
+           std::to_string(plane_.number);
+}
+
+std::string QubePlaneSource::value_text(int64_t line, int64_t sample, bool hexadecimal) {
+    const OaObjectPtr stored(OaReadQubePart(qube_.get(), plane_, line, line, sample, sample));
     if (!stored)
         return "";
-    const OaQubeItem &core = keywords().core;
-    const OaQubeValue value = OaQubeValueOf(core, stored->data);
-    const std::string text = value.state == OA_QUBE_VALID
-                                 ? util_format("%.9g", value.physical) + (core.unit.empty() ? "" : " " + core.unit)
-                                 : OaQubeStateName(value.state);
-    return util_format("band %lld: ", static_cast<long long>(plane_.number)) + text;
+    const OaQubeValue value = OaQubeValueOf(item_, stored->data);
+    std::string text = value.state == OA_QUBE_VALID
+                           ? util_format("%.9g", value.physical) + (item_.unit.empty() ? "" : " " + item_.unit)
+                           : OaQubeStateName(value.state);
+    if (hexadecimal && OaQubeNumberKind(item_) != OaNumberKind::Real)
+        text += " (" + stored_bits(stored->data, item_.bytes) + ")";
+    return plane_text() + ": " + text;
 }
 
 }  // namespace
 
-std::unique_ptr<SampleSource> qube_band_source(const ObjDesc *qube, int64_t band) {
-    return std::make_unique<QubeBandSource>(qube, band);
+std::unique_ptr<SampleSource> qube_plane_source(std::shared_ptr<OaQube> qube, const OaQubePlane &plane,
+                                                QubeClick click) {
+    return std::make_unique<QubePlaneSource>(std::move(qube), plane, std::move(click));
+}
+
+std::unique_ptr<SampleSource> qube_band_source(const ObjDesc *node, int64_t band) {
+    OaQubePtr qube(OaOpenQube(node));
+    if (!qube)
+        return std::make_unique<NoQubeSource>(error_string);
+    for (const std::string &remark : OaKeywordsOfQube(qube.get()).remarks)
+        util_notice(NoticeKind::Warning, remark);
+    return qube_plane_source(std::move(qube), {OA_BAND_AXIS, band, false});
 }
 
 void map_qube_samples(const void *samples, const OaQubeItem &item, RealRange range, int64_t count, uint8_t *display) {

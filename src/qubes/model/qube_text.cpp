@@ -1,0 +1,181 @@
+#include "qubes/model/qube_text.h"
+
+#include "base/text.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr std::array axes = {OA_SAMPLE_AXIS, OA_LINE_AXIS, OA_BAND_AXIS};
+
+long long shown(int64_t number) {
+    return number;
+}
+
+// "4 x 3 x 2", in the file's order; as far as the label has axes.
+template <typename Sizes>
+std::string sizes_text(const OaQubeKeywords &qube, Sizes size_of) {
+    std::string text;
+    for (int place = 0; place < qube.axes; ++place)
+        text += (place > 0 ? " x " : "") + std::to_string(size_of(qube.order[static_cast<size_t>(place)]));
+    return text;
+}
+
+// "MSB_INTEGER, 2 bytes, physical = 0.5 + 2 x stored, unit K"
+std::string item_text(const OaQubeItem &item) {
+    std::string text = util_format("%s, %lld byte%s", item.type.c_str(), shown(item.bytes), item.bytes == 1 ? "" : "s");
+    if (item.is_scaled())
+        text += util_format(", physical = %.9g + %.9g x stored", item.base, item.multiplier);
+    return item.unit.empty() ? text : text + ", unit " + item.unit;
+}
+
+// A value of the item as it is stored: "-32768"; of reals with their bits: "-3.40282266e+38 (16#FF7FFFFB#)".
+std::string stored_text(const OaQubeItem &item, uint64_t bits) {
+    OaQubeItem plain;
+    plain.type = item.type;
+    plain.bytes = item.bytes;
+    if (OaQubeNumberKind(item) == OaNumberKind::Real) {
+        const OaQubeValue value = OaQubeValueOf(plain, &bits);
+        const std::string number = value.state == OA_QUBE_VALID ? util_format("%.9g", value.physical) : "not a number";
+        return number + util_format(" (native 16#%0*llX#)", static_cast<int>(2 * item.bytes),
+                                    static_cast<unsigned long long>(bits));
+    }
+    if (OaQubeNumberKind(item) == OaNumberKind::Unsigned)
+        return std::to_string(bits);
+    const int unused = static_cast<int>(64 - 8 * item.bytes);
+    return std::to_string(static_cast<int64_t>(bits << unused) >> unused);
+}
+
+void describe_specials(const OaQubeItem &core, std::vector<std::string> *lines) {
+    for (size_t i = 0; i < core.specials.size(); ++i)
+        if (core.specials[i])
+            lines->push_back(std::string("  ") + OaQubeStateName(static_cast<OaQubeState>(i)) + ": " +
+                             stored_text(core, *core.specials[i]));
+    if (core.valid_minimum)
+        lines->push_back("  valid from " + stored_text(core, *core.valid_minimum));
+}
+
+void describe_suffixes(const OaQubeKeywords &qube, std::vector<std::string> *lines) {
+    constexpr int64_t most_listed = 100;
+    const int64_t count = suffix_plane_count(qube);
+    if (count == 0) {
+        lines->push_back("Suffix: none");
+        return;
+    }
+    lines->push_back("Suffix: " + sizes_text(qube, [&](OaQubeAxis axis) { return qube.suffixes[axis].items; }) +
+                     util_format(" items of %lld bytes", shown(qube.suffix_bytes)));
+    for (int64_t number = 1; number <= std::min(count, most_listed); ++number) {
+        const OaQubePlane plane = suffix_plane(qube, number);
+        lines->push_back("  " + suffix_plane_name(qube, plane) + ": " + suffix_plane_kind(plane.axis) + ", " +
+                         item_text(OaQubeSuffixItem(qube, plane.axis, plane.number - 1)));
+    }
+    if (count > most_listed)
+        lines->push_back(util_format("  and %lld more", shown(count - most_listed)));
+}
+
+void describe_centers(const OaQubeKeywords &qube, std::vector<std::string> *lines) {
+    const int64_t bands = qube.core_items[OA_BAND_AXIS];
+    const std::string first = band_center_text(qube, 1);
+    const std::string last = band_center_text(qube, bands);
+    if (first.empty() && last.empty())
+        return;
+    const std::string &unit = qube.band_bins.unit;
+    lines->push_back("Band centres: " + (bands == 1 ? first : first + " to " + last) +
+                     (unit.empty() ? "" : " " + unit));
+}
+
+}  // namespace
+
+double band_center(const OaQubeKeywords &qube, int64_t band) {
+    const auto &centers = qube.band_bins.centers;
+    return band >= 1 && band <= static_cast<int64_t>(centers.size()) ? centers[static_cast<size_t>(band - 1)]
+                                                                     : std::numeric_limits<double>::quiet_NaN();
+}
+
+std::string band_center_text(const OaQubeKeywords &qube, int64_t band) {
+    const double center = band_center(qube, band);
+    return std::isfinite(center) ? util_format("%.9g", center) : "";
+}
+
+std::string qube_band_text(const OaQubeKeywords &qube, int64_t band) {
+    const std::string center = band_center_text(qube, band);
+    const std::string &unit = qube.band_bins.unit;
+    return std::to_string(band) + (center.empty() ? "" : ": " + center + (unit.empty() ? "" : " " + unit));
+}
+
+// The items of all axes together are fewer than the bytes of the qube, which are counted in 63 bits.
+int64_t suffix_plane_count(const OaQubeKeywords &qube) {
+    int64_t count = 0;
+    for (const OaQubeAxis axis : axes)
+        count += qube.suffixes[axis].items;
+    return count;
+}
+
+OaQubePlane suffix_plane(const OaQubeKeywords &qube, int64_t number) {
+    for (const OaQubeAxis axis : axes) {
+        if (number <= qube.suffixes[axis].items)
+            return {axis, number, true};
+        number -= qube.suffixes[axis].items;
+    }
+    return {OA_BAND_AXIS, 0, true};
+}
+
+std::string suffix_plane_name(const OaQubeKeywords &qube, const OaQubePlane &plane) {
+    const OaQubeSuffix &suffix = qube.suffixes[plane.axis];
+    const std::string &name = OaQubeSuffixItem(qube, plane.axis, plane.number - 1).name;
+    if (name.empty())
+        return util_format("%s suffix %lld", OaQubeAxisName(plane.axis), shown(plane.number));
+    // A name for all items that have none of their own.
+    const bool is_shared = plane.number > static_cast<int64_t>(suffix.described.size()) && suffix.items > 1;
+    return is_shared ? util_format("%s %lld", name.c_str(), shown(plane.number)) : name;
+}
+
+const char *suffix_plane_kind(OaQubeAxis axis) {
+    constexpr std::array<const char *, oa_qube_axes> kinds = {
+        "side plane (lines x bands)", "bottom plane (samples x bands)", "back plane (samples x lines)"};
+    return kinds[axis];
+}
+
+std::optional<OaQubePlane> find_suffix_plane(const OaQubeKeywords &qube, const std::string &name) {
+    const std::string wanted = util_upper(util_trim(name));
+    for (const OaQubeAxis axis : axes) {
+        const OaQubeSuffix &suffix = qube.suffixes[axis];
+        const int64_t listed = std::min(static_cast<int64_t>(suffix.described.size()), suffix.items);
+        for (int64_t number = 1; number <= listed; ++number)
+            if (util_upper(util_trim(suffix_plane_name(qube, {axis, number, true}))) == wanted)
+                return OaQubePlane{axis, number, true};
+    }
+    // Names that end in their number; items may be too many to try each.
+    const size_t space = wanted.rfind(' ');
+    int64_t number = 0;
+    const char *end = wanted.data() + wanted.size();
+    if (space != std::string::npos &&
+        std::from_chars(wanted.data() + space + 1, end, number) == std::from_chars_result{end, std::errc()})
+        for (const OaQubeAxis axis : axes)
+            if (number >= 1 && number <= qube.suffixes[axis].items &&
+                util_upper(util_trim(suffix_plane_name(qube, {axis, number, true}))) == wanted)
+                return OaQubePlane{axis, number, true};
+    for (const OaQubeAxis axis : axes)  // the only one of its axis
+        if (qube.suffixes[axis].items == 1 && util_upper(util_trim(suffix_plane_name(qube, {axis, 1, true}))) == wanted)
+            return OaQubePlane{axis, 1, true};
+    return std::nullopt;
+}
+
+std::vector<std::string> describe_qube(const OaQubeKeywords &qube) {
+    std::vector<std::string> lines;
+    std::string order;
+    for (int place = 0; place < qube.axes; ++place)
+        order += (place > 0 ? ", " : "") + std::string(OaQubeAxisName(qube.order[static_cast<size_t>(place)]));
+    lines.push_back("Axes: " + order + " (the first varies fastest)");
+    lines.push_back("Core: " + sizes_text(qube, [&](OaQubeAxis axis) { return qube.core_items[axis]; }) + " items, " +
+                    item_text(qube.core));
+    if (!qube.core.name.empty())
+        lines.push_back("  " + qube.core.name);
+    describe_specials(qube.core, &lines);
+    describe_suffixes(qube, &lines);
+    describe_centers(qube, &lines);
+    return lines;
+}

@@ -1,0 +1,13 @@
+// Qubes: what other modules use of them. An image window shows a band or a suffix plane of a qube through a sample
+// source; the control window steps it through the bands; a click on it shows the spectrum there. What is shown without
+// a window comes from oa/qube.h and the model (spectrum.h, qube_text.h).
+#pragma once
+
+#include "qubes/model/qube_text.h"
+#include "qubes/model/spectrum.h"
+#include "viewer/viewer.h"
+
+#include <memory>
+
+// Opens the first band of the state's current object, a qube, in an image window.
+void open_qube(std::unique_ptr<GenericState> state);
