@@ -92,12 +92,12 @@ TEST(Hierarchy, OpensTheChosenTwinUnlessTheLabelChanged) {
 }
 
 TEST(Hierarchy, SaysWhatCannotBeShown) {
-    run_lists_test(object("COLLECTION", "") + object("HISTOGRAM", "") + object("TEXT", ""), [](Lists &lists) {
+    run_lists_test(object("COLLECTION", "") + object("HEADER", "") + object("TEXT", ""), [](Lists &lists) {
         for (int line = 2; line <= 4; ++line)
             double_click_line(lists.hierarchy, list, line);
         EXPECT_EQ(lists.responder.shown,
                   (std::vector<std::string>{"note: COLLECTION objects are not supported by Lumacart at this time",
-                                            "note: Lumacart has no window for HISTOGRAM objects yet."}));
+                                            "note: HEADER objects may not be selected for display."}));
         EXPECT_EQ(gui_windows().size(), 2u);
     });
 }
