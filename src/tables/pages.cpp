@@ -30,7 +30,7 @@ std::string page_text(int64_t page, int64_t pages) {
 // The number of pages as it is shown, told once when it is cut.
 int64_t shown_page_count(TableState *table, int64_t pages, const char *what, bool *told) {
     if (pages <= page_number_limit)
-        return pages;
+        return std::max<int64_t>(pages, 1);
     if (!std::exchange(*told, true))
         table->remarks.push_back(
             util_format("This table contains %lld pages of %s.  Will display only trailing digits of this number.",

@@ -67,11 +67,15 @@ bool ask_about_high_levels(const Window *image_window, LevelHistogram *histogram
 
 // --- Texts and marks ----------------------------------------------------------------------------------------------
 
+std::string pixels_text(int64_t count) {
+    return util_format("%lld pixel%s", static_cast<long long>(count), count == 1 ? "" : "s");
+}
+
 void show_bars(Window *window, const HistogramState &histogram) {
     const DisplayControl &control = control_of(histogram);
     gui_set_text(window, bars_text,
-                 util_format("Black point %d   White point %d   Shift %+d   %lld pixels", control.lbarh, control.rbarh,
-                             control.mbarh - control.maxpix, static_cast<long long>(histogram.histogram.pixels)));
+                 util_format("Black point %d   White point %d   Shift %+d   %s", control.lbarh, control.rbarh,
+                             control.mbarh - control.maxpix, pixels_text(histogram.histogram.pixels).c_str()));
     for (const BarRow &row : bars)
         gui_check_command(window, row.command, row.bar == histogram.bar);
     gui_check_command(window, invert_command, control.inverted);
@@ -85,8 +89,8 @@ void show_level(Window *window, const HistogramState &histogram) {
         return;
     }
     gui_set_text(window, level_text,
-                 util_format("Level %d: %lld pixels (%.3g %%), shown as %d", level,
-                             static_cast<long long>(histogram.histogram.counts[static_cast<size_t>(level)]),
+                 util_format("Level %d: %s (%.3g %%), shown as %d", level,
+                             pixels_text(histogram.histogram.counts[static_cast<size_t>(level)]).c_str(),
                              histogram_share(histogram.histogram, level),
                              control_levels(control_of(histogram))[static_cast<size_t>(level)]));
 }

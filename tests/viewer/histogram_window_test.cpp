@@ -134,7 +134,7 @@ TEST(HistogramWindow, KeysChooseAndMoveTheBars) {
         EXPECT_EQ(opened.control(), DisplayControl());
 
         mouse_move(opened.histogram, opened.place(70));
-        EXPECT_EQ(gui_text(opened.histogram, 3), "Level 70: 1 pixels (0.391 %), shown as 70");
+        EXPECT_EQ(gui_text(opened.histogram, 3), "Level 70: 1 pixel (0.391 %), shown as 70");
         mouse_leave(opened.histogram);
         EXPECT_EQ(gui_text(opened.histogram, 3), "");
     });
