@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cfloat>
+#include <cmath>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -75,6 +78,20 @@ std::string util_format(const char *format, ...) {
         vsnprintf(text.data(), text.size() + 1, format, again);
     va_end(again);
     return text;
+}
+
+std::string util_number_text(double value) {
+    constexpr int float_digits = 9;
+    constexpr int double_digits = 15;
+    std::string text;
+    for (const int digits : {float_digits, double_digits}) {
+        text = util_format("%.*g", digits, value);
+        if (strtod(text.c_str(), nullptr) == value)
+            return text;
+    }
+    const bool is_float =
+        std::fabs(value) <= static_cast<double>(FLT_MAX) && static_cast<double>(static_cast<float>(value)) == value;
+    return is_float ? util_format("%.*g", float_digits, value) : text;
 }
 
 std::string_view util_trim(std::string_view text, std::string_view unwanted) {

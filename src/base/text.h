@@ -7,6 +7,9 @@
 // printf into a string of any length.
 [[gnu::format(printf, 1, 2)]] std::string util_format(const char *format, ...);
 
+// A number for people: in full where at most 15 digits do, else with the 9 that tell one float from the next, or 15.
+std::string util_number_text(double value);
+
 // `text` without the bytes of `unwanted` at both ends. The view points into `text`.
 std::string_view util_trim(std::string_view text, std::string_view unwanted = " ");
 

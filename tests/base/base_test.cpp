@@ -112,6 +112,15 @@ TEST(Text, TrimmingAndCaseAreOfBytes) {
     EXPECT_EQ(util_trim("\"\"x\"", "\""), "x");
     EXPECT_EQ(util_trim("   "), "");
     EXPECT_EQ(util_upper("aZ\xe9_1"), "AZ\xe9_1");
+    for (const auto &[value, text] :
+         std::initializer_list<std::pair<double, const char *>>{{2147483647, "2147483647"},
+                                                                {123456789012345, "123456789012345"},
+                                                                {0.1F, "0.100000001"},
+                                                                {0.1 + 0.2, "0.3"},
+                                                                {1234567.875, "1234567.875"},
+                                                                {2.0 / 3, "0.666666666666667"},
+                                                                {1e300, "1e+300"}})
+        EXPECT_EQ(util_number_text(value), text);
     EXPECT_EQ(util_format("%s %d", std::string(5000, 'x').c_str(), 7).size(), 5002u);
 }
 
