@@ -208,7 +208,7 @@ class SuffixLists {
         return longest;
     }
     // `index` behind the lists: what holds for all items.
-    OaQubeItem item(size_t index) const {
+    OaQubeItem item(size_t index) {
         OaQubeItem item;
         item.type = qube_.core.type;
         item.bytes = qube_.suffix_bytes;
@@ -245,6 +245,7 @@ class SuffixLists {
                                                              "MULTIPLIER", "NULL",      "UNIT"};
     struct List {
         bool is_list = false;
+        bool is_told = false;  // that an element does not count
         std::vector<std::string> elements;
     };
 
@@ -271,11 +272,12 @@ class SuffixLists {
         return place < list.elements.size() ? list.elements[place] : "";
     }
 
-    void remark(Keyword keyword, const std::string &given) const {
-        const std::string text =
-            util_format("%s%s = %s does not count.", prefix_.c_str(), keywords[keyword], given.c_str());
-        if (remarks_->empty() || remarks_->back() != text)
-            remarks_->push_back(text);
+    // Once for each keyword: lists may be long.
+    void remark(Keyword keyword, const std::string &given) {
+        if (!lists_[keyword].is_told)
+            remarks_->push_back(
+                util_format("%s%s = %s does not count.", prefix_.c_str(), keywords[keyword], given.c_str()));
+        lists_[keyword].is_told = true;
     }
 
     std::string prefix_;
@@ -291,7 +293,7 @@ int read_suffixes(const ObjDesc *node, OaQubeKeywords *out) {
         OaQubeSuffix &suffix = out->suffixes[axis];
         if (suffix.items == 0)
             continue;
-        const SuffixLists lists(node, axis, *out, &out->remarks);
+        SuffixLists lists(node, axis, *out, &out->remarks);
         for (size_t i = 0; i < lists.longest(); ++i)
             suffix.described.push_back(lists.item(i));
         suffix.others = lists.item(suffix.described.size());
