@@ -15,6 +15,20 @@ long long shown(int64_t number) {
     return number;
 }
 
+// Names and units are data: nothing in them ends a line or moves a cursor.
+std::string cleaned(const std::string &text) {
+    return std::string(util_trim(util_clean_up_string(text)));
+}
+
+std::string unit_behind(const std::string &unit) {
+    const std::string text = cleaned(unit);
+    return text.empty() ? "" : " " + text;
+}
+
+std::string bytes_text(int64_t bytes) {
+    return util_format("%lld byte%s", shown(bytes), bytes == 1 ? "" : "s");
+}
+
 // "4 x 3 x 2", in the file's order; as far as the label has axes.
 template <typename Sizes>
 std::string sizes_text(const OaQubeKeywords &qube, Sizes size_of) {
@@ -26,20 +40,22 @@ std::string sizes_text(const OaQubeKeywords &qube, Sizes size_of) {
 
 // "MSB_INTEGER, 2 bytes, physical = 0.5 + 2 x stored, unit K"
 std::string item_text(const OaQubeItem &item) {
-    std::string text = util_format("%s, %lld byte%s", item.type.c_str(), shown(item.bytes), item.bytes == 1 ? "" : "s");
+    std::string text = cleaned(item.type) + ", " + bytes_text(item.bytes);
     if (item.is_scaled())
-        text += util_format(", physical = %.9g + %.9g x stored", item.base, item.multiplier);
-    return item.unit.empty() ? text : text + ", unit " + item.unit;
+        text += ", physical = " + util_number_text(item.base) + " + " + util_number_text(item.multiplier) + " x stored";
+    const std::string unit = unit_behind(item.unit);
+    return unit.empty() ? text : text + ", unit" + unit;
 }
 
-// A value of the item as it is stored: "-32768"; of reals with their bits: "-3.40282266e+38 (16#FF7FFFFB#)".
+// A value of the item as it is stored: "-32768"; of reals with their bits in memory, which are those of the label but
+// for VAX forms: "-3.40282266e+38 (native 16#FF7FFFFB#)".
 std::string stored_text(const OaQubeItem &item, uint64_t bits) {
     OaQubeItem plain;
     plain.type = item.type;
     plain.bytes = item.bytes;
     if (OaQubeNumberKind(item) == OaNumberKind::Real) {
         const OaQubeValue value = OaQubeValueOf(plain, &bits);
-        const std::string number = value.state == OA_QUBE_VALID ? util_format("%.9g", value.physical) : "not a number";
+        const std::string number = value.state == OA_QUBE_VALID ? util_number_text(value.physical) : "not a number";
         return number + util_format(" (native 16#%0*llX#)", static_cast<int>(2 * item.bytes),
                                     static_cast<unsigned long long>(bits));
     }
@@ -66,7 +82,7 @@ void describe_suffixes(const OaQubeKeywords &qube, std::vector<std::string> *lin
         return;
     }
     lines->push_back("Suffix: " + sizes_text(qube, [&](OaQubeAxis axis) { return qube.suffixes[axis].items; }) +
-                     util_format(" items of %lld bytes", shown(qube.suffix_bytes)));
+                     " items of " + bytes_text(qube.suffix_bytes));
     for (int64_t number = 1; number <= std::min(count, most_listed); ++number) {
         const OaQubePlane plane = suffix_plane(qube, number);
         lines->push_back("  " + suffix_plane_name(qube, plane) + ": " + suffix_plane_kind(plane.axis) + ", " +
@@ -80,11 +96,24 @@ void describe_centers(const OaQubeKeywords &qube, std::vector<std::string> *line
     const int64_t bands = qube.core_items[OA_BAND_AXIS];
     const std::string first = band_center_text(qube, 1);
     const std::string last = band_center_text(qube, bands);
-    if (first.empty() && last.empty())
-        return;
-    const std::string &unit = qube.band_bins.unit;
-    lines->push_back("Band centres: " + (bands == 1 ? first : first + " to " + last) +
-                     (unit.empty() ? "" : " " + unit));
+    if (!first.empty() && !last.empty())
+        lines->push_back("Band centres: " + (bands == 1 ? first : first + " to " + last) +
+                         unit_behind(qube.band_bins.unit));
+}
+
+// What every suffix plane is called where it has no name: "SAMPLE suffix 2".
+std::string place_name(OaQubeAxis axis, int64_t number) {
+    return util_format("%s suffix %lld", OaQubeAxisName(axis), shown(number));
+}
+
+// The number that the text ends with, behind a blank; 0 when there is none.
+int64_t number_at_end(const std::string &text) {
+    const size_t blank = text.rfind(' ');
+    int64_t number = 0;
+    const char *end = text.data() + text.size();
+    const bool is_number = blank != std::string::npos &&
+                           std::from_chars(text.data() + blank + 1, end, number) == std::from_chars_result{end, {}};
+    return is_number ? number : 0;
 }
 
 }  // namespace
@@ -97,13 +126,12 @@ double band_center(const OaQubeKeywords &qube, int64_t band) {
 
 std::string band_center_text(const OaQubeKeywords &qube, int64_t band) {
     const double center = band_center(qube, band);
-    return std::isfinite(center) ? util_format("%.9g", center) : "";
+    return std::isfinite(center) ? util_number_text(center) : "";
 }
 
 std::string qube_band_text(const OaQubeKeywords &qube, int64_t band) {
     const std::string center = band_center_text(qube, band);
-    const std::string &unit = qube.band_bins.unit;
-    return std::to_string(band) + (center.empty() ? "" : ": " + center + (unit.empty() ? "" : " " + unit));
+    return std::to_string(band) + (center.empty() ? "" : ": " + center + unit_behind(qube.band_bins.unit));
 }
 
 // The items of all axes together are fewer than the bytes of the qube, which are counted in 63 bits.
@@ -125,12 +153,11 @@ OaQubePlane suffix_plane(const OaQubeKeywords &qube, int64_t number) {
 
 std::string suffix_plane_name(const OaQubeKeywords &qube, const OaQubePlane &plane) {
     const OaQubeSuffix &suffix = qube.suffixes[plane.axis];
-    const std::string &name = OaQubeSuffixItem(qube, plane.axis, plane.number - 1).name;
+    const std::string name = cleaned(OaQubeSuffixItem(qube, plane.axis, plane.number - 1).name);
     if (name.empty())
-        return util_format("%s suffix %lld", OaQubeAxisName(plane.axis), shown(plane.number));
-    // A name for all items that have none of their own.
-    const bool is_shared = plane.number > static_cast<int64_t>(suffix.described.size()) && suffix.items > 1;
-    return is_shared ? util_format("%s %lld", name.c_str(), shown(plane.number)) : name;
+        return place_name(plane.axis, plane.number);
+    const bool is_of_all = suffix.items > 1 && name == cleaned(suffix.others.name);
+    return is_of_all ? util_format("%s %lld", name.c_str(), shown(plane.number)) : name;
 }
 
 const char *suffix_plane_kind(OaQubeAxis axis) {
@@ -141,26 +168,23 @@ const char *suffix_plane_kind(OaQubeAxis axis) {
 
 std::optional<OaQubePlane> find_suffix_plane(const OaQubeKeywords &qube, const std::string &name) {
     const std::string wanted = util_upper(util_trim(name));
-    for (const OaQubeAxis axis : axes) {
-        const OaQubeSuffix &suffix = qube.suffixes[axis];
-        const int64_t listed = std::min(static_cast<int64_t>(suffix.described.size()), suffix.items);
-        for (int64_t number = 1; number <= listed; ++number)
-            if (util_upper(util_trim(suffix_plane_name(qube, {axis, number, true}))) == wanted)
+    const auto is_wanted = [&](OaQubeAxis axis, int64_t number) {
+        return number >= 1 && number <= qube.suffixes[axis].items &&
+               util_upper(suffix_plane_name(qube, {axis, number, true})) == wanted;
+    };
+    for (const OaQubeAxis axis : axes)
+        for (size_t i = 0; i < qube.suffixes[axis].described.size(); ++i)
+            if (const auto number = static_cast<int64_t>(i) + 1; is_wanted(axis, number))
                 return OaQubePlane{axis, number, true};
-    }
-    // Names that end in their number; items may be too many to try each.
-    const size_t space = wanted.rfind(' ');
-    int64_t number = 0;
-    const char *end = wanted.data() + wanted.size();
-    if (space != std::string::npos &&
-        std::from_chars(wanted.data() + space + 1, end, number) == std::from_chars_result{end, std::errc()})
+    // The others may be too many to try each: their names end in their number, unless there is only one.
+    const int64_t ending = number_at_end(wanted);
+    for (const int64_t number : {ending, int64_t{1}})
         for (const OaQubeAxis axis : axes)
-            if (number >= 1 && number <= qube.suffixes[axis].items &&
-                util_upper(util_trim(suffix_plane_name(qube, {axis, number, true}))) == wanted)
+            if (is_wanted(axis, number))
                 return OaQubePlane{axis, number, true};
-    for (const OaQubeAxis axis : axes)  // the only one of its axis
-        if (qube.suffixes[axis].items == 1 && util_upper(util_trim(suffix_plane_name(qube, {axis, 1, true}))) == wanted)
-            return OaQubePlane{axis, 1, true};
+    for (const OaQubeAxis axis : axes)
+        if (ending >= 1 && ending <= qube.suffixes[axis].items && util_upper(place_name(axis, ending)) == wanted)
+            return OaQubePlane{axis, ending, true};
     return std::nullopt;
 }
 
@@ -172,8 +196,8 @@ std::vector<std::string> describe_qube(const OaQubeKeywords &qube) {
     lines.push_back("Axes: " + order + " (the first varies fastest)");
     lines.push_back("Core: " + sizes_text(qube, [&](OaQubeAxis axis) { return qube.core_items[axis]; }) + " items, " +
                     item_text(qube.core));
-    if (!qube.core.name.empty())
-        lines.push_back("  " + qube.core.name);
+    if (const std::string name = cleaned(qube.core.name); !name.empty())
+        lines.push_back("  " + name);
     describe_specials(qube.core, &lines);
     describe_suffixes(qube, &lines);
     describe_centers(qube, &lines);

@@ -7,27 +7,30 @@
 
 namespace {
 
-// Running means of the valid values of each band.
+// Means of the valid values of each band.
 class BoxMean {
   public:
-    explicit BoxMean(int64_t bands) : sums_(static_cast<size_t>(bands)), counts_(static_cast<size_t>(bands)) {}
+    explicit BoxMean(size_t bands) : bands_(bands) {}
 
     void add(const std::vector<OaQubeValue> &values) {
         for (size_t band = 0; band < values.size(); ++band)
             if (values[band].state == OA_QUBE_VALID) {
-                // Term by term, so that the sum of large values does not overflow.
-                sums_[band] += (values[band].physical - sums_[band]) / static_cast<double>(++counts_[band]);
+                bands_[band].sum += values[band].physical;
+                ++bands_[band].count;
             }
     }
     void put_into(std::vector<OaQubeValue> *values) const {
         for (size_t band = 0; band < values->size(); ++band)
-            if (counts_[band] > 0)
-                (*values)[band] = {OA_QUBE_VALID, sums_[band]};
+            if (const Band &mean = bands_[band]; mean.count > 0)
+                (*values)[band] = {OA_QUBE_VALID, static_cast<double>(mean.sum / static_cast<long double>(mean.count))};
     }
 
   private:
-    std::vector<double> sums_;
-    std::vector<int64_t> counts_;
+    struct Band {
+        long double sum = 0;  // not beyond its range, whatever doubles are added
+        int64_t count = 0;
+    };
+    std::vector<Band> bands_;
 };
 
 bool read_values(OaQube *qube, int64_t line, int64_t sample, std::vector<OaQubeValue> *values) {
@@ -37,6 +40,7 @@ bool read_values(OaQube *qube, int64_t line, int64_t sample, std::vector<OaQubeV
     const OaQubeItem &core = OaKeywordsOfQube(qube).core;
     const auto *samples = static_cast<const uint8_t *>(spectrum->data);
     values->clear();
+    values->reserve(static_cast<size_t>(spectrum->size / core.bytes));
     for (int64_t at = 0; at + core.bytes <= spectrum->size; at += core.bytes)
         values->push_back(OaQubeValueOf(core, samples + at));
     return true;
@@ -51,13 +55,18 @@ bool read_spectrum(OaQube *qube, int64_t line, int64_t sample, int64_t box, Qube
                         static_cast<long long>(box), static_cast<long long>(largest_box));
         return false;
     }
+    const auto &items = OaKeywordsOfQube(qube).core_items;
+    if (items[OA_BAND_AXIS] > most_spectrum_bands) {
+        OaReportFailure(720, "%s: spectra have at most %lld bands here, not %lld.", __func__,
+                        static_cast<long long>(most_spectrum_bands), static_cast<long long>(items[OA_BAND_AXIS]));
+        return false;
+    }
     QubeSpectrum spectrum{line, sample, box, {}};
     if (!read_values(qube, line, sample, &spectrum.values))
         return false;
     if (box > 1) {
-        const auto &items = OaKeywordsOfQube(qube).core_items;
         const int64_t reach = box / 2;
-        BoxMean mean(static_cast<int64_t>(spectrum.values.size()));
+        BoxMean mean(spectrum.values.size());
         std::vector<OaQubeValue> values;
         for (int64_t l = std::max<int64_t>(1, line - reach); l <= std::min(items[OA_LINE_AXIS], line + reach); ++l)
             for (int64_t s = std::max<int64_t>(1, sample - reach); s <= std::min(items[OA_SAMPLE_AXIS], sample + reach);
@@ -73,7 +82,7 @@ bool read_spectrum(OaQube *qube, int64_t line, int64_t sample, int64_t box, Qube
 }
 
 std::string spectrum_value_text(const OaQubeValue &value) {
-    return value.state == OA_QUBE_VALID ? util_format("%.9g", value.physical) : OaQubeStateName(value.state);
+    return value.state == OA_QUBE_VALID ? util_number_text(value.physical) : OaQubeStateName(value.state);
 }
 
 bool write_spectrum_csv(const OaQubeKeywords &qube, const QubeSpectrum &spectrum, FILE *file) {

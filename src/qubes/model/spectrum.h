@@ -15,9 +15,11 @@ struct QubeSpectrum {
     std::vector<OaQubeValue> values;  // by band
 };
 
+inline constexpr int64_t most_spectrum_bands = int64_t{1} << 24;
+
 // At each band the mean of the valid values in a box of box x box items around the place, cut at the image's edges;
-// where none is valid, what the item in the middle says. False after reporting: 502 for a place or a box that is not in
-// the qube, what OaReadQubeSpectrum reports.
+// where none is valid, what the item in the middle says. False after reporting what OaReadQubeSpectrum reports, 502 for
+// a box that is not an odd number up to 99, 720 for more bands than most_spectrum_bands.
 bool read_spectrum(OaQube *qube, int64_t line, int64_t sample, int64_t box, QubeSpectrum *out);
 
 // "0.25", or the name of what stands in place of data: "NULL".
