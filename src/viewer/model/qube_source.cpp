@@ -3,10 +3,7 @@
 #include "base/notice.h"
 #include "base/text.h"
 
-#include <algorithm>
-#include <array>
 #include <bit>
-#include <cmath>
 
 namespace {
 
@@ -124,7 +121,7 @@ std::string QubePlaneSource::value_text(int64_t line, int64_t sample, bool hexad
         return "";
     const OaQubeValue value = OaQubeValueOf(item_, stored->data);
     std::string text = value.state == OA_QUBE_VALID
-                           ? util_format("%.9g", value.physical) + (item_.unit.empty() ? "" : " " + item_.unit)
+                           ? util_number_text(value.physical) + (item_.unit.empty() ? "" : " " + item_.unit)
                            : OaQubeStateName(value.state);
     if (hexadecimal && OaQubeNumberKind(item_) != OaNumberKind::Real)
         text += " (" + stored_bits(stored->data, item_.bytes) + ")";
@@ -145,24 +142,4 @@ std::unique_ptr<SampleSource> qube_band_source(const ObjDesc *node, int64_t band
     for (const std::string &remark : OaKeywordsOfQube(qube.get()).remarks)
         util_notice(NoticeKind::Warning, remark);
     return qube_plane_source(std::move(qube), {OA_BAND_AXIS, band, false});
-}
-
-void map_qube_samples(const void *samples, const OaQubeItem &item, RealRange range, int64_t count, uint8_t *display) {
-    constexpr int64_t piece = 4096;
-    constexpr float levels = 256;
-    std::array<float, piece> values;
-    const auto *bytes = static_cast<const uint8_t *>(samples);
-    const double span = range.maximum - range.minimum;
-    const float scale = span > 0 ? static_cast<float>(levels / span) : 0;
-    const auto minimum = static_cast<float>(range.minimum);
-    for (int64_t done = 0; done < count; done += piece) {
-        const int64_t some = std::min(piece, count - done);
-        OaQubePhysicalValues(item, bytes + done * item.bytes, some, values.data());
-        for (int64_t i = 0; i < some; ++i) {
-            const float value = values[static_cast<size_t>(i)];
-            const float level = item.bytes == 1 ? static_cast<float>(bytes[done + i]) : (value - minimum) * scale;
-            // A comparison with NaN is false: no data become 0.
-            display[done + i] = value == value && level > 0 ? static_cast<uint8_t>(std::min(level, levels - 1)) : 0;
-        }
-    }
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "oa/qube.h"
-#include "viewer/model/sample_range.h"
 #include "viewer/model/sample_source.h"
 
 #include <functional>
@@ -16,6 +15,3 @@ std::unique_ptr<SampleSource> qube_plane_source(std::shared_ptr<OaQube> qube, co
                                                 QubeClick click = nullptr);
 // One band (from 1) of a QUBE node, which is opened for it; what its label says wrongly is told. The node is not kept.
 std::unique_ptr<SampleSource> qube_band_source(const ObjDesc *qube, int64_t band);
-
-// Maps native samples linearly onto display bytes, clamped to the range; 8-bit ones as they are. No data become 0.
-void map_qube_samples(const void *samples, const OaQubeItem &item, RealRange range, int64_t count, uint8_t *display);

@@ -1,7 +1,7 @@
 #include "viewer/model/stretch.h"
 
 #include "base/text.h"
-#include "viewer/model/qube_source.h"
+#include "viewer/model/sample_value.h"
 #include "viewer/model/vectorise.h"
 
 #include <algorithm>
@@ -117,8 +117,11 @@ void StretchRangeFinder::store(ImageDescription *description) const {
 
 bool map_samples(const void *samples, const ImageDescription &description, int64_t count, uint8_t *display) {
     if (description.qube_item) {
-        map_qube_samples(samples, *description.qube_item, {description.real_minimum, description.real_maximum}, count,
-                         display);
+        constexpr RealRange levels = {0, 256};
+        const bool as_they_are = description.sample_bits == 8 && !description.is_signed;
+        map_clamped(samples, description,
+                    as_they_are ? levels : RealRange{description.real_minimum, description.real_maximum}, count,
+                    display);
         return true;
     }
     switch (description.sample_bits) {

@@ -35,8 +35,8 @@ class StretchRangeFinder {
 
 // Maps native samples of 16, 32 or 64 bits linearly onto the bytes of `display`, between the description's minimum and
 // maximum as they stand (the real pair for reals without a range in the label). Values outside wrap around. False for
-// any other sample size; the display then stays as it is. Samples of qubes: as map_qube_samples says, between the real
-// pair.
+// any other sample size; the display then stays as it is. Samples of qubes: as map_clamped says, between the real pair;
+// unsigned bytes that are data as they are.
 bool map_samples(const void *samples, const ImageDescription &description, int64_t count, uint8_t *display);
 
 // Both in turn, for lines x line_samples samples lying row after row; finds nothing when the label gives the range.
