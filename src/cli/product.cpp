@@ -64,6 +64,25 @@ OdlTree read_label(const std::string &label, const char *message_file) {
     return root;
 }
 
+const ObjDesc *find_object_of(ObjDesc *root, std::initializer_list<const char *> classes) {
+    const ObjDesc *found = nullptr;
+    for (const char *pattern : classes)
+        if (!found)
+            found = OdlFindObjDesc(root, pattern, nullptr, nullptr, 1, SCOPE_TO_END);
+    return found;
+}
+
+const ObjDesc *find_object(ObjDesc *root, const std::string &pattern) {
+    for (ObjDesc *node = root->first_child; node; node = OdlTraverseTree(node, root->level)) {
+        const Kwd *name = OdlFindKwd(node, "NAME", nullptr, 1, SCOPE_THIS_OBJECT);
+        const char *value = name ? OdlGetKwdValue(name) : nullptr;
+        if ((node->class_name && OdlWildCardCompare(pattern.c_str(), node->class_name)) ||
+            (value && OdlWildCardCompare(pattern.c_str(), util_without(value, '"').c_str())))
+            return node;
+    }
+    return nullptr;
+}
+
 void show_notices() {
     util_set_notice_hook([](NoticeKind, const std::string &text) {
         if (notices.insert(without_digits(text)).second)
