@@ -13,6 +13,7 @@ enum ExitStatus {
 // `arguments`: the words behind the command's name.
 int run_label(std::span<char *const> arguments);
 int run_image(std::span<char *const> arguments);
+int run_qube(std::span<char *const> arguments);
 int run_table(std::span<char *const> arguments);
 int run_fits_label(std::span<char *const> arguments);
 

@@ -13,6 +13,7 @@ constexpr const char *general_help =
     "\n"
     "  label FILE   check the label of a product and list its objects\n"
     "  image FILE   describe an image or a band of a qube, write its samples or its picture\n"
+    "  qube FILE    describe a qube, write its bands, suffix planes and spectra\n"
     "  table FILE   describe the tables of a product, write rows as CSV, sum up a column\n"
     "  fits-label FILE\n"
     "               make the label that a simple FITS file lacks\n"
@@ -53,6 +54,32 @@ constexpr const char *image_help =
     "  --samples A:B   samples A to B of each line, from 1 (default: all)\n"
     "  --raw OUT       write the samples as they are in memory, row after row\n"
     "  --png OUT       write the picture that the viewer shows, turned as the label directs\n"
+    "\n"
+    "Exit status: 0 done, 1 done with messages (such as a file that ends early), 2 failed; OUT is then as it was.\n";
+
+constexpr const char *qube_help =
+    "usage: lumacart-cli qube FILE [OPTION...]\n"
+    "\n"
+    "Describes the qube of the product whose label is in FILE, or beside it under the same name with the extension lbl "
+    "or\n"
+    "LBL: axes, core and special values, the planes that stand behind the core along each axis, and the bands with "
+    "their\n"
+    "centres as far as the label tells them. Otherwise it writes one band, suffix plane or spectrum:\n"
+    "\n"
+    "  --band N        band, from 1\n"
+    "  --suffix NAME   suffix plane, by the name in the description, letter case aside, or as 'SAMPLE suffix 2'\n"
+    "  --raw OUT       write its samples as they are in memory, row after row\n"
+    "  --png OUT       write its picture\n"
+    "  --spectrum SAMPLE,LINE[,BOX]\n"
+    "                  all bands at a sample and line, from 1; of a BOX of 3 or 5 the means of the valid values\n"
+    "  --csv OUT       write the spectrum as BAND,CENTER,VALUE, lines ended by CR LF; - is standard output\n"
+    "  --object NAME   the first object of that class or NAME; * stands for any text (default: the first of class QUBE "
+    "or\n"
+    "                  one that ends so)\n"
+    "\n"
+    "Bands and suffix planes are told, written and scaled as by lumacart-cli image. Where there is no data a spectrum "
+    "has\n"
+    "the name of what stands there, such as NULL.\n"
     "\n"
     "Exit status: 0 done, 1 done with messages (such as a file that ends early), 2 failed; OUT is then as it was.\n";
 
@@ -97,6 +124,7 @@ struct Command {
 constexpr Command commands[] = {
     {"label", run_label, label_help},
     {"image", run_image, image_help},
+    {"qube", run_qube, qube_help},
     {"table", run_table, table_help},
     {"fits-label", run_fits_label, fits_label_help},
 };
