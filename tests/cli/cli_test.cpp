@@ -4,7 +4,6 @@
 #include "support/gif.h"
 #include "support/jpeg2000.h"
 #include "support/product.h"
-#include "support/qube_product.h"
 
 #include <gtest/gtest.h>
 #include <png.h>
@@ -238,51 +237,6 @@ TEST(CliImage, EachComponentOfAJpeg2000FileIsReadInItsOwnSize) {
     std::ofstream(path, std::ios::binary | std::ios::app) << "behind its end";
     fs::resize_file(path, fs::file_size(path) - 30);
     expect_run({"image", path}, 1, "5 7 8 UNSIGNED_INTEGER 0 41\n", "damaged or end early");
-}
-
-TEST(CliImage, ShowsABandOfAQube) {
-    const ScratchFolder scratch;
-    const std::string raw = scratch.file("band.raw");
-    const std::string png = scratch.file("band.png");
-    const QubeProduct::Sizes suffix = {1, 0, 1};
-    struct {
-        QubeProduct product;
-        const char *line;
-        std::vector<uint8_t> levels;  // of the first image line
-    } const cases[] = {
-        {{.suffix = suffix, .more = "CORE_NULL = 73\nCORE_VALID_MINIMUM = 75\n"},
-         "3 4 16 LSB_INTEGER 75 92\n",
-         {0, 0, 0, 256 / 17}},
-        {{.order = {OA_BAND_AXIS, OA_SAMPLE_AXIS, OA_LINE_AXIS},
-          .suffix = suffix,
-          .more = "CORE_HIGH_REPR_SATURATION = 16#4C#\nCORE_BASE = 0.5\nCORE_MULTIPLIER = 0.25\n"},
-         "3 4 32 PC_REAL 18.75 23.5\n",
-         {0, 256 / 19, 2 * 256 / 19, 0}},
-        {{.type = "IEEE_REAL", .bytes = 8}, "3 4 32 PC_REAL 73 92\n", {0, 256 / 19, 2 * 256 / 19, 3 * 256 / 19}},
-        {{.type = "UNSIGNED_INTEGER", .bytes = 1, .more = "CORE_NULL = 74\n"},
-         "3 4 8 LSB_UNSIGNED_INTEGER 73 92\n",
-         {73, 0, 75, 76}},
-        {{.type = "IEEE_REAL", .bytes = 4, .more = "CORE_VALID_MINIMUM = 1000\n"},
-         "3 4 32 PC_REAL - -\n",
-         {0, 0, 0, 0}},
-    };
-    for (const auto &c : cases) {
-        const std::string label = write_qube(scratch, "Q", c.product);
-        expect_run({"image", label, "--band", "2", "--raw", raw, "--png", png}, 0, c.line, "");
-        std::vector<uint8_t> levels = read_png(png).levels;
-        levels.resize(4);
-        EXPECT_EQ(levels, c.levels) << c.line;
-    }
-    write_qube(scratch, "Q", cases[1].product);
-    run_cli({"image", scratch.file("Q.LBL"), "--band", "2", "--lines", "1:1", "--raw", raw});
-    float values[4] = {};
-    ASSERT_EQ(read_file(raw).copy(reinterpret_cast<char *>(values), 100), sizeof values);
-    EXPECT_EQ(values[1], 0.5F + 0.25F * 74);
-    EXPECT_NE(values[3], values[3]);  // saturated
-
-    expect_run({"image", scratch.file("Q.LBL"), "--band", "3"}, 2, "", "BANDS is 2");
-    fs::resize_file(scratch.file("Q.QUB"), 10);
-    expect_run({"image", scratch.file("Q.LBL"), "--png", png}, 2, "", "holds 10 from");
 }
 
 // More samples than are held at a time: 7000 lines of 6000, all 0 but for two.

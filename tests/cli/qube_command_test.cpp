@@ -59,11 +59,15 @@ TEST(QubeCommand, WritesBandsSuffixPlanesAndSpectra) {
     const std::string label = write_qube(folder, "Q", product);
     const std::string raw = folder.file("out.raw");
     const std::string png = folder.file("out.png");
-    expect_run({"image", label, "--band", "2", "--raw", raw, "--png", png}, 0, "3 4 32 PC_REAL 36.5 46\n", "");
+    const std::string line = "3 4 32 PC_REAL 20.5 30\n";
+    expect_run({"image", label, "--raw", raw, "--png", png}, 0, line, "");
     const std::string band = read_file(raw);
     const std::string picture = read_file(png);
-    EXPECT_EQ(band.size(), 48u);
-    expect_qube({label, "--band", "2", "--raw", raw, "--png", png}, 0, "3 4 32 PC_REAL 36.5 46\n", "");
+    float values[12] = {};
+    ASSERT_EQ(band.copy(reinterpret_cast<char *>(values), 100), sizeof values);
+    EXPECT_EQ(values[5], 25);
+    EXPECT_NE(values[6], values[6]);  // null
+    expect_qube({label, "--band", "1", "--raw", raw, "--png", png}, 0, line, "");
     EXPECT_EQ(read_file(raw), band);
     EXPECT_EQ(read_file(png), picture);
 
@@ -122,6 +126,9 @@ TEST(QubeCommand, RefusesWhatItCannotDo) {
     for (const auto &c : cases)
         expect_qube(c.words, 2, "", c.reason);
     EXPECT_EQ(read_file(folder.file("Q.QUB")), data);
+    fs::resize_file(folder.file("Q.QUB"), 10);
+    expect_qube({label, "--band", "1"}, 2, "", "holds 10 from its byte 1");
+    expect_qube({label, "--spectrum", "1,1", "--csv", "-"}, 2, "", "holds 10 from its byte 1");
 }
 
 }  // namespace

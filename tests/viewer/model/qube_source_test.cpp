@@ -53,6 +53,7 @@ TEST(QubeSource, ShowsWhatIsDataBetweenItsExtremes) {
          band,
          {41, 0, 49, 50},
          "band 1: NULL (0x2A)"},
+        {{.core = core, .more = "CORE_VALID_MINIMUM = 1000\n"}, band, {0, 0, 0, 0}, "band 1: BELOW_MINIMUM (0x002A)"},
         {{.core = core, .type = "VAX_REAL", .bytes = 8, .more = "CORE_VALID_MINIMUM = 43\n"},
          band,
          {0, 0, 0, 255},
