@@ -191,13 +191,14 @@ GuiSize gui_client_size_without_bars(const Window *window);  // what it were if 
 // Gives the client area this size, scroll bars excluded, or as much of it as the screen has less 64 pixels. The bars
 // that the content needs then are added to the window, so set the content's size first.
 void gui_set_client_size(Window *window, GuiSize size);
-GuiSize gui_screen_size(const Window *window);  // without task bars
+GuiRect gui_screen_place(const Window *window);  // of the screen that the window is on, without task bars
 // Outer frame on the screen. Some desktops do not tell (0, 0) and place windows as they like.
 GuiRect gui_window_place(const Window *window);
 // Puts the top left corner of the frame there and gives the window, frame excluded, this size, all as far as the
 // screen has room for it. In the Create event, before the frame is known, too.
 void gui_place_window(Window *window, GuiRect place);
-void gui_invalidate(Window *window);  // asks for an Update of the whole client area
+GuiRect gui_own_place(const Window *window);  // that puts another window where this one is
+void gui_invalidate(Window *window);          // asks for an Update of the whole client area
 
 // Runs a modal dialog from a definition until gui_end_dialog or its closing (0). -1 when there is no such definition or
 // the handler refused it.

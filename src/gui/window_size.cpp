@@ -76,13 +76,19 @@ void gui_set_client_size(Window *window, GuiSize size) {
         keep_on_screen(frame);
 }
 
-GuiSize gui_screen_size(const Window *window) {
-    return size_of(window->frame->screen()->availableGeometry().size());
+GuiRect gui_screen_place(const Window *window) {
+    const QRect place = window->frame->screen()->availableGeometry();
+    return {place.x(), place.y(), place.width(), place.height()};
 }
 
 GuiRect gui_window_place(const Window *window) {
     const QRect place = window->frame->frameGeometry();
     return {place.x(), place.y(), place.width(), place.height()};
+}
+
+GuiRect gui_own_place(const Window *window) {
+    const QWidget &frame = *window->frame;
+    return {frame.frameGeometry().x(), frame.frameGeometry().y(), frame.width(), frame.height()};
 }
 
 void gui_place_window(Window *window, GuiRect place) {

@@ -247,8 +247,7 @@ void win_histogram_e_command(Window *window, HistogramState *histogram, int numb
 }  // namespace
 
 Window *histogram_of(const GenericState &image) {
-    const auto found = image.children.find(histogram_command);
-    return found == image.children.end() ? nullptr : found->second;
+    return child_of(&image, histogram_command);
 }
 
 bool histogram_is_open(const GenericState &image) {

@@ -31,13 +31,16 @@ void keep_child(Window *window, int command, Window *child) {
     child_state->opened_from = window;
 }
 
-Window *raise_child(const Window *window, int command) {
-    const GenericState *state = window_state(window);
+Window *child_of(const GenericState *state, int command) {
     const auto found = state ? state->children.find(command) : std::map<int, Window *>::const_iterator();
-    if (!state || found == state->children.end())
-        return nullptr;
-    gui_raise(found->second);
-    return found->second;
+    return state && found != state->children.end() ? found->second : nullptr;
+}
+
+Window *raise_child(const Window *window, int command) {
+    Window *child = child_of(window_state(window), command);
+    if (child)
+        gui_raise(child);
+    return child;
 }
 
 void leave_opener(Window *window) {

@@ -134,7 +134,9 @@ Window *open_document_window(int resource, EventHandler handler, std::unique_ptr
 // may outlive the window it was opened from.
 void keep_child(Window *window, int command, Window *child);  // a null child is ignored
 void leave_opener(Window *window);                            // it is no longer the one that was asked for
-// The window that the command opened from this one, brought to the front; null when there is none.
+// The window that the command opened from this one; null when there is none.
+Window *child_of(const GenericState *state, int command);
+// The same, brought to the front.
 Window *raise_child(const Window *window, int command);
 
 // For the window's Destroy event: ends its state, unless the window was still being made.

@@ -127,7 +127,7 @@ TEST(MultiLineText, LeavesDroppedFilesToTheTaskWindow) {
 
 TEST(WindowPlace, StaysOnTheScreen) {
     with_text_window([](Window *window) {
-        const GuiSize screen = gui_screen_size(window);
+        const GuiRect screen = gui_screen_place(window);
         gui_place_window(window, {30, 40, 200, 100});
         EXPECT_EQ(gui_window_place(window).left, 30);
         EXPECT_EQ(gui_window_place(window).top, 40);

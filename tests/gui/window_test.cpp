@@ -348,7 +348,7 @@ TEST_F(Windows, ClientAreasGetTheirSizeWhereTheScreenAllows) {
         EXPECT_EQ(size_of(window), std::pair(200, 100));
         EXPECT_TRUE(has_scroll_bars(window));
 
-        const GuiSize screen = gui_screen_size(window);
+        const GuiRect screen = gui_screen_place(window);
         gui_set_content_size(window, {40000, 30}, 16);
         gui_set_client_size(window, {40000, 30});
         settle();
