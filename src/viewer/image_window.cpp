@@ -205,6 +205,12 @@ void win_image_e_update(Window *window, const GenericState &state, const Event &
     draw_cursor(window, display, event.canvas);
 }
 
+// Whether something was made of a click on a pixel. The window may be gone afterwards.
+bool click_pixel(const GenericState &state, const PixelPosition &pixel) {
+    const ImagePosition position = image_position_at(*state.image_info, pixel.column, pixel.row);
+    return state.display_state->source->click(position.line, position.sample);
+}
+
 // 1 when the key was used.
 long win_image_e_key(Window *window, GenericState *state, const Event &event) {
     const int far = event.modifiers & GUI_SHIFT ? far_cursor_step : 1;
@@ -224,6 +230,10 @@ long win_image_e_key(Window *window, GenericState *state, const Event &event) {
         case GuiKey::Escape:
             hide_read_out(window, state->display_state.get());
             return 1;
+        case GuiKey::Enter: {
+            const PixelPosition cursor = state->display_state->cursor;
+            return cursor.is_somewhere() && click_pixel(*state, cursor) ? 1 : 0;
+        }
         case GuiKey::Character:
             break;
         default:
@@ -251,10 +261,8 @@ long win_image_e_key(Window *window, GenericState *state, const Event &event) {
 
 void win_image_e_mouse_down(const Window *window, GenericState *state, const Event &event) {
     PixelPosition pixel;
-    if (event.button != 1 || !pixel_at(window, *state, event.position, &pixel))
-        return;
-    const ImagePosition position = image_position_at(*state->image_info, pixel.column, pixel.row);
-    state->display_state->source->click(position.line, position.sample);
+    if (event.button == 1 && pixel_at(window, *state, event.position, &pixel))
+        click_pixel(*state, pixel);
 }
 
 }  // namespace
