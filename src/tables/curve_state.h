@@ -16,6 +16,7 @@ struct CurveReadOut {
 struct CurveState : ModuleState {
     CurvePlot plot;
     CurveLook look;
+    std::shared_ptr<GuiRect> place;        // to be remembered; null: not
     std::optional<CurveScene> scene;       // as last drawn
     std::optional<CurveReadOut> read_out;  // the point that is told
 };

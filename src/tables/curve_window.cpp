@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int curve_window_resource = 261;
 constexpr int read_out_label = 2;
 constexpr int lines_command = 2062;
 constexpr int points_command = 2063;
@@ -70,8 +69,9 @@ void show_read_out(Window *window) {
         const size_t point = state.read_out->point;
         text = util_format("%s = %.10g   %s = %.10g   (point %zu of %zu)", state.plot.x_title.c_str(), curve.x[point],
                            curve.name.c_str(), curve.y[point], point + 1, curve.size());
-    } else if (state.scene && state.scene->lines_left_out) {
-        text = "Too many lines to be told apart: points are shown.";
+    } else {
+        text = state.scene && state.scene->lines_left_out ? "Too many lines to be told apart: points are shown."
+                                                          : state.plot.remark;
     }
     gui_set_text(window, read_out_label, text);
     gui_invalidate(window);
@@ -181,6 +181,9 @@ void draw(Window *window, const Event &event) {
 }
 
 long create_curve_window(Window *window) {
+    const std::shared_ptr<GuiRect> &place = curve_state(window)->place;
+    if (place && place->width > 0)
+        gui_place_window(window, *place);
     gui_set_title(window, curve_state(window)->plot.title);
     enable_known_commands(window, CommandDispatcher::Label);
     show_marks_of_look(window);
@@ -197,6 +200,8 @@ long curve_window_eh(Window *window, const Event &event) {
         case EventType::Create:
             return create_curve_window(window);
         case EventType::Destroy:
+            if (const CurveState *state = curve_state(window); state && state->place)
+                *state->place = gui_own_place(window);
             free_window_state(window);
             break;
         case EventType::Close:
@@ -243,14 +248,33 @@ CurveState *curve_state(const Window *window) {
     return state ? dynamic_cast<CurveState *>(state->module.get()) : nullptr;
 }
 
-Window *open_curve_plot(CurvePlot plot) {
+Window *open_curve_plot(CurvePlot plot, const CurveOptions &options) {
     auto curves = std::make_unique<CurveState>();
     curves->plot = std::move(plot);
+    curves->place = options.place;
     auto state = std::make_unique<GenericState>();
     state->kind = DocumentKind::Listing;
     state->directory = curves->plot.directory;
     state->module = std::move(curves);
-    return open_document_window(curve_window_resource, curve_window_eh, std::move(state));
+    return open_document_window(options.resource, curve_window_eh, std::move(state), options.owner);
+}
+
+bool replace_curves(Window *window, CurvePlot plot) {
+    CurveState *state = curve_state(window);
+    if (!state)
+        return false;
+    state->plot = std::move(plot);
+    state->scene.reset();
+    // The point of the same number goes on being told.
+    const auto &at = state->read_out;
+    const auto &curves = state->plot.curves;
+    if (at &&
+        !(at->curve < curves.size() && at->point < curves[at->curve].size() && is_shown(curves[at->curve], at->point)))
+        state->read_out.reset();
+    gui_set_title(window, state->plot.title);
+    present_scene(window, state);
+    show_read_out(window);
+    return true;
 }
 
 void toggle_curve_lines(Window *window) {

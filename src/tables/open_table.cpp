@@ -47,7 +47,7 @@ bool read_row_bytes(const ObjDesc *root, TableInfo *table) {
 }
 
 // Fills the table's records from the label; false after a message.
-bool set_up(GenericState *state, TableState *table, const TableOptions &options) {
+bool set_up_table(GenericState *state, TableState *table) {
     const LabelState &label = *state->label_state;
     table->product = tb_read_product(label.root.get());
     const ObjDesc *object = find_shown_table(label, table->product);
@@ -63,12 +63,11 @@ bool set_up(GenericState *state, TableState *table, const TableOptions &options)
     table->page = create_substate(PageState());
     if (!table->page)
         return false;
-    table->page->is_spectrum = options.is_spectrum;
     if (!read_table_size(label.root.get(), table, table->page.get()))
         return false;
     if (!table->view->remark().empty())
         table_warning(table->view->remark());
-    if (!options.is_spectrum && !with_memory([&] { table->side_data = make_side_data(label.file_name, *table); })) {
+    if (!with_memory([&] { table->side_data = make_side_data(label.file_name, *table); })) {
         table_error("Open Table - unable to allocate side data memory");
         return false;
     }
@@ -77,6 +76,18 @@ bool set_up(GenericState *state, TableState *table, const TableOptions &options)
     if (!table->reader)
         table_error("Open Table - unable to create window\n" + error_string);
     return table->reader != nullptr;
+}
+
+bool set_up_spectrum(TableState *table, const TableOptions &options) {
+    table->page = create_substate(PageState());
+    if (!table->page)
+        return false;
+    table->spectrum = options.spectrum;
+    table->place = options.place;
+    table->page->is_spectrum = true;
+    table->page->rows = options.spectrum->rows;
+    table->page->columns = table->page->last_column = static_cast<int64_t>(options.spectrum->columns.size());
+    return true;
 }
 
 void warn_of_large_page_count(TableState *table) {
@@ -98,8 +109,8 @@ long create_table_window(Window *window) {
     enable_known_commands(window, CommandDispatcher::Application);
     gui_enable_command(window, side_data_command, !table.side_data.empty());
     enable_page_commands(*table.page);
-    if (table.page->is_spectrum && table.placement.width > 0)
-        gui_place_window(window, table.placement);
+    if (table.place && table.place->width > 0)
+        gui_place_window(window, *table.place);
     if (!rebuild_table(&table, *table.page)) {
         table_error("Open Table - unable to create window");
         return 1;
@@ -109,18 +120,13 @@ long create_table_window(Window *window) {
     return 0;
 }
 
-// Makes the whole window, frame included, as large as it was remembered. Before it is shown nobody knows the frame.
-void fit_frame(Window *window, GuiRect outer) {
-    const GuiRect now = gui_window_place(window);
-    if (outer.width > 0 && (now.width != outer.width || now.height != outer.height))
-        gui_place_window(window, {outer.left, outer.top, 2 * outer.width - now.width, 2 * outer.height - now.height});
-}
-
 long table_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Create:
             return create_table_window(window);
         case EventType::Destroy:
+            if (const TableState *table = table_state(window); table && table->place)
+                *table->place = gui_own_place(window);
             free_window_state(window);
             break;
         case EventType::Close:
@@ -222,10 +228,8 @@ Window *open_table(std::unique_ptr<GenericState> state, const TableOptions &opti
     TableState *table = made.get();
     state->kind = DocumentKind::Table;
     state->module = std::move(made);
-    if (!set_up(state.get(), table, options))
+    if (options.spectrum ? !set_up_spectrum(table, options) : !set_up_table(state.get(), table))
         return nullptr;
-    if (options.placement)
-        table->placement = *options.placement;
     warn_of_large_page_count(table);
     if (!gui_has_definition(table_resource)) {
         table_error("Open Table - unable to find window definition");
@@ -234,16 +238,24 @@ Window *open_table(std::unique_ptr<GenericState> state, const TableOptions &opti
     const bool is_paged =
         !session().unattended && (table->page->rows >= paging_threshold || table->page->columns > columns_per_page);
     table->page->last_row = std::min(table->page->rows, rows_per_page);
-    Window *window = open_document_window(table_resource, table_eh, std::move(state));
+    Window *window = open_document_window(table_resource, table_eh, std::move(state), options.owner);
     if (window && is_paged && !open_paging_dialog(window, table)) {
         gui_destroy_window(window);
         return nullptr;
     }
-    if (window && options.is_spectrum && options.placement) {
-        fit_frame(window, *options.placement);
-        *options.placement = gui_window_place(window);
-    }
     if (window)
         tell_remarks(table);
     return gui_window_exists(window) ? window : nullptr;
+}
+
+bool replace_spectrum(Window *window, GuiGrid spectrum) {
+    TableState *table = table_state(window);
+    if (!table || !table->spectrum || table->spectrum->rows != spectrum.rows)
+        return false;
+    const GuiCell cell = gui_grid_current(window, table_grid);
+    table->spectrum = std::move(spectrum);
+    if (!rebuild_table(table, *table->page))
+        return false;
+    gui_set_grid_current(window, table_grid, cell);
+    return true;
 }

@@ -11,7 +11,6 @@
 
 constexpr int64_t rows_per_page = 100;
 constexpr int64_t columns_per_page = 30;
-constexpr int64_t paging_threshold = 100;  // rows from which on a table is paged
 constexpr size_t side_data_limit = 20000;  // characters
 constexpr int64_t page_number_limit = 10'000'000;
 constexpr size_t longest_title_name = 60;
@@ -42,7 +41,8 @@ struct TableState : ModuleState {
     std::unique_ptr<PageState> page;
     int64_t announced_pages = 1;
     std::string side_data;
-    GuiRect placement;                 // of a spectrum; no width: the definition's
+    std::optional<GuiGrid> spectrum;   // in place of all of the above but the page
+    std::shared_ptr<GuiRect> place;    // of a spectrum
     std::vector<std::string> remarks;  // to be told when all is done: a message may outlive the window
     bool column_page_remark = false;   // what is told once a window has been told
     bool row_page_remark = false;

@@ -18,6 +18,7 @@ constexpr int next_columns_command = 2023;
 constexpr int previous_columns_command = 2024;
 constexpr int go_to_row_command = 2025;
 constexpr int paging_dialog_command = 2026;
+constexpr int plot_columns_command = 2060;
 
 int64_t pages_of(int64_t count, int64_t per_page) {
     return count / per_page + (count % per_page != 0 ? 1 : 0);
@@ -143,11 +144,12 @@ long paging_eh(Window *dialog, const Event &event) {
     return 0;
 }
 
-// Beside the window, where the screen has room for it.
-void place_beside(Window *dialog, const Window *window) {
+// Beside the window, where the screen has room for it; below that of a spectrum, which is narrow.
+void place_beside(Window *dialog, const Window *window, bool below) {
     const GuiRect frame = gui_window_place(window);
     const GuiSize size = gui_client_size(dialog);
-    gui_place_window(dialog, {frame.left + frame.width, frame.top, size.width, size.height});
+    gui_place_window(dialog, {frame.left + (below ? 0 : frame.width), frame.top + (below ? frame.height : 0),
+                              size.width, size.height});
 }
 
 bool create_dialog(Window *window, TableState *table) {
@@ -159,7 +161,7 @@ bool create_dialog(Window *window, TableState *table) {
         table_error("Open Table - can't open paging dialog");
         return false;
     }
-    place_beside(dialog, window);
+    place_beside(dialog, window, table->page->is_spectrum);
     return table_get_title(window_state(window), window);
 }
 
@@ -209,6 +211,16 @@ void drop_empty_units(std::vector<GuiGridColumn> *heads) {
         if (none)
             head.remarks.erase(head.remarks.begin());
     }
+}
+
+GuiGrid spectrum_page(const GuiGrid &spectrum, const PageState &page) {
+    GuiGrid grid = spectrum;
+    grid.rows = std::max<int64_t>(0, page.last_row - page.first_row + 1);
+    grid.first_row = page.first_row;
+    grid.text = [text = spectrum.text, first = page.first_row - 1](int64_t row, int column) {
+        return text(first + row, column);
+    };
+    return grid;
 }
 
 struct RowQuestion {
@@ -324,6 +336,8 @@ const PageState *col_page_turn(TableState *table, int direction) {
 }
 
 bool rebuild_table(TableState *table, const PageState &page) {
+    if (table->spectrum)
+        return gui_set_grid(page.window, table_grid, spectrum_page(*table->spectrum, page));
     const BusyCursor busy;
     const int64_t rows = std::max<int64_t>(0, page.last_row - page.first_row + 1);
     const int64_t columns = std::max<int64_t>(0, page.last_column - page.first_column + 1);
@@ -359,7 +373,8 @@ void enable_page_commands(const PageState &page) {
     gui_enable_command(page.window, previous_columns_command, columns);
     gui_enable_command(page.window, go_to_row_command, page.rows > 0);
     gui_enable_command(page.window, paging_dialog_command, is_paged);
-    gui_enable_command(page.window, browse_columns_command, !page.is_spectrum);  // which no file has
+    for (const int of_files : {browse_columns_command, plot_columns_command})
+        gui_enable_command(page.window, of_files, !page.is_spectrum);
 }
 
 // --- Commands -----------------------------------------------------------------------------------------------------

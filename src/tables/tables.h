@@ -28,6 +28,7 @@
 #include "viewer/viewer.h"
 
 #include <memory>
+#include <optional>
 
 // Shows the tables of a product: the current object when the user chose it; else the product's only table at once, of
 // several the list of them. Of a product that has none of the listed kinds the current object is opened as it is. While
@@ -37,14 +38,18 @@ void open_tables(std::unique_ptr<GenericState> state);
 // --- The table by pages -------------------------------------------------------------------------------------------
 
 struct TableOptions {
-    bool is_spectrum = false;      // the table is a spectrum from a qube
-    GuiRect *placement = nullptr;  // of a spectrum: where the window is put once it has a width; set on return
+    std::optional<GuiGrid> spectrum;  // from a qube: all its rows, in place of those of a table in the label
+    std::shared_ptr<GuiRect> place;   // of a spectrum: where the window is put once it has a width; set when it goes
+    Window *owner = nullptr;          // that the window goes with
 };
 // Opens the window of a table: the state's current object when it is one, else the first of its label. The window, or
 // null after a message.
 Window *open_table(std::unique_ptr<GenericState> state, const TableOptions &options = {});
+// Shows other rows in a window on a spectrum, as many as before; the page stays. False when it is no such window.
+bool replace_spectrum(Window *window, GuiGrid spectrum);
 
-constexpr int table_grid = 1;  // of the table window
+constexpr int64_t paging_threshold = 100;  // rows from which on a table is paged, in a dialog
+constexpr int table_grid = 1;              // of the table window
 constexpr int side_data_command = 2020;
 
 // Commands of table windows.
@@ -114,8 +119,16 @@ void open_table_list(std::unique_ptr<GenericState> state);
 
 // Opens the dialog that sets up a plot of two columns of the state's current object.
 void plot_set_up(std::unique_ptr<GenericState> state);
+constexpr int curve_window_resource = 261;
+struct CurveOptions {
+    int resource = curve_window_resource;  // or another definition with its controls
+    std::shared_ptr<GuiRect> place;        // where the window is put once it has a width; set when the window goes
+    Window *owner = nullptr;               // that the window goes with
+};
 // Opens a window that draws the curves, with axes, read-out and saving. The window, or null.
-Window *open_curve_plot(CurvePlot plot);
+Window *open_curve_plot(CurvePlot plot, const CurveOptions &options = {});
+// Draws other curves in such a window. False when it is none.
+bool replace_curves(Window *window, CurvePlot plot);
 
 // Commands of plot windows; of a table window the first.
 void plot_table_columns(Window *window);

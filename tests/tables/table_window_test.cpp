@@ -149,41 +149,6 @@ TEST(TableWindow, TurnsPagesAndGoesToRows) {
     });
 }
 
-TEST(TableWindow, ASpectrumKeepsItsPlaceAndItsColumns) {
-    run_table_test([](TableTest &test) {
-        GuiRect place;
-        const std::string label = test.label({{.rows = 120, .columns = 31}});
-        const auto open = [&] {
-            auto state = new_product_state(0);
-            state->directory = test.folder.path().string();
-            EXPECT_TRUE(setup_open_object_2("test", &state, "T.LBL"));
-            Window *window = open_table(std::move(state), {.is_spectrum = true, .placement = &place});
-            settle();
-            return window;
-        };
-        Window *window = open();
-        EXPECT_EQ(gui_title(window), "Lumacart - Spectrum from QUBE - T.LBL");
-        Window *dialog = find_window("T.LBL");
-        ASSERT_TRUE(dialog);
-        EXPECT_EQ(gui_text(dialog, column_label), "Page 1 of 1");
-        EXPECT_FALSE(use_control(dialog, next_columns));
-        EXPECT_TRUE(use_control(dialog, next_rows));
-        EXPECT_FALSE(choose_command(window, 2020)) << "it has no side data";
-        close_window(window);
-        place = {30, 40, 400, 300};
-        const GuiRect wanted = place;
-        for (int again = 0; again < 2; ++again) {
-            window = open();
-            const GuiRect found = place_on_screen(window);
-            EXPECT_EQ(found.left, wanted.left);
-            EXPECT_EQ(found.width, wanted.width);
-            EXPECT_EQ(found.height, wanted.height);
-            EXPECT_EQ(place.height, wanted.height);
-            close_window(window);
-        }
-    });
-}
-
 TEST(TableWindow, PagesColumnsOfShortTables) {
     run_table_test([](TableTest &test) {
         Window *window = test.open({{.rows = 50, .columns = 60}});

@@ -15,13 +15,18 @@ constexpr double room = 0.02;  // of the range, on both sides
 CurveRange range_of(const CurvePlot &plot, std::vector<double> Curve::*values) {
     double low = std::numeric_limits<double>::infinity();
     double high = -low;
-    for (const Curve &curve : plot.curves) {
-        for (size_t i = 0; i < curve.size(); ++i) {
-            if (!std::isfinite(curve.x[i]) || !std::isfinite(curve.y[i]))
-                continue;
-            low = std::min(low, (curve.*values)[i]);
-            high = std::max(high, (curve.*values)[i]);
+    for (const bool of_points : {true, false}) {
+        for (const Curve &curve : plot.curves) {
+            for (size_t i = 0; i < curve.size(); ++i) {
+                const double value = (curve.*values)[i];
+                if (!std::isfinite(value) || (of_points && !(std::isfinite(curve.x[i]) && std::isfinite(curve.y[i]))))
+                    continue;
+                low = std::min(low, value);
+                high = std::max(high, value);
+            }
         }
+        if (low <= high)
+            break;
     }
     if (low > high)
         return {};

@@ -23,6 +23,8 @@ struct CurvePlot {
     std::vector<Curve> curves;
     std::string directory = {};  // where to save, and the name to propose for that, without extension
     std::string file_stem = "plot";
+    std::string remark = {};  // while no point is told; in the picture where it has none
+    bool names_one = false;   // a single curve has its name in the picture, too
 };
 
 struct CurveLook {
@@ -39,7 +41,8 @@ struct CurveRange {
     double low = 0;
     double high = 1;
 };
-// The least range that shows all points, with a little room on both sides; of equal values a range around them.
+// The least range that shows all points, with a little room on both sides; of equal values a range around them. Where
+// there is no point, of the values alone.
 CurveRange curve_x_range(const CurvePlot &plot);
 CurveRange curve_y_range(const CurvePlot &plot);
 

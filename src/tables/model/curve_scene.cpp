@@ -155,7 +155,7 @@ class Legend {
   public:
     Legend(const CurvePlot &plot, const CurveFont &font, double width) : plot_(plot), font_(font) {
         constexpr size_t most_names = 24;
-        if (plot.curves.size() < 2)
+        if (plot.curves.size() < (plot.names_one ? 1 : 2))
             return;
         const double room_beside = width - font.width(plot.y_title) - 2 * gap;
         double left = 0;
@@ -250,12 +250,20 @@ CurveScene curve_scene(const CurvePlot &plot, CurveLook look, int width, int hei
     const Scale y = {scene.y, scene.frame_bottom, scene.frame_top};
     add_ticks(x_ticks, y_ticks, x, y, look.grid, font, &scene);
     add_frame(&scene);
+    const size_t before = scene.lines.size();
     for (size_t i = 0; i < plot.curves.size(); ++i) {
         const bool drawn = look.lines && add_lines(plot.curves[i], i, x, y, &scene);
         scene.lines_left_out = scene.lines_left_out || (look.lines && !drawn);
         if (look.points || !drawn)
             add_marks(plot.curves[i], i, x, y, &scene);
     }
+    const bool is_empty =
+        scene.lines.size() == before &&
+        std::all_of(scene.marks.begin(), scene.marks.end(), [](const auto &marks) { return marks.places.empty(); });
+    if (is_empty)
+        scene.texts.push_back({{(scene.frame_left + scene.frame_right) / 2, (scene.frame_top + scene.frame_bottom) / 2},
+                               plot.remark,
+                               CurveTextAlign::Centre});
     legend.add(&scene);
     const double title_middle = margin + font.height / 2.0;
     scene.texts.push_back({{scene.frame_left, title_middle}, plot.y_title, CurveTextAlign::Left});

@@ -182,6 +182,22 @@ TEST(CurvePlot, DrawsAMillionPointsByTheirExtremesAndBreaksLinesAtGaps) {
         EXPECT_FALSE(curve_scene(plot, {false, true, true}, size, 1, font()).texts.empty()) << size;
 }
 
+TEST(CurvePlot, OfNoPointSaysSoAndKeepsTheRangeOfX) {
+    CurvePlot plot = {"", "X", "Y", {{"A", {10, 30}, {nan, nan}}}};
+    plot.remark = "Nothing";
+    const auto has_text = [&](const std::string &wanted) {
+        const CurveScene scene = curve_scene(plot, {}, 640, 400, font());
+        return std::ranges::any_of(scene.texts, [&](const CurveText &text) { return text.text == wanted; });
+    };
+    EXPECT_TRUE(has_text("Nothing"));
+    EXPECT_NEAR(curve_x_range(plot).low, 9.6, 1e-9);
+    EXPECT_FALSE(has_text("A"));
+    plot.names_one = true;
+    EXPECT_TRUE(has_text("A"));
+    plot.curves[0].y[1] = 5;
+    EXPECT_FALSE(has_text("Nothing"));
+}
+
 TEST(CurvePlot, NamesOfManyCurvesKeepClearOfEachOther) {
     for (const size_t count : {2u, 3u, 20u}) {
         CurvePlot plot = {"", "X", "Y TITLE", {}};
