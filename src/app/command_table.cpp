@@ -1,6 +1,7 @@
 #include "app/command_table.h"
 
 #include "browse/browse.h"
+#include "qubes/qubes.h"
 #include "tables/tables.h"
 
 #include <array>
@@ -128,6 +129,10 @@ constexpr std::array rows = {
     CommandRow{2065, label, Any, save_curves_as_png},
     CommandRow{2066, label, Any, save_curves_as_svg},
     CommandRow{2067, label, Any, save_curves_as_csv},
+    CommandRow{2080, application, Qube, keep_spectrum},
+    CommandRow{2080, label, Any, keep_spectrum},
+    CommandRow{2081, application, Qube, remove_kept_spectra},
+    CommandRow{2081, label, Any, remove_kept_spectra},
     CommandRow{2090, application, Any, show_window_help},
     CommandRow{2090, label, Any, show_window_help},
     CommandRow{2091, application, Any, show_keyboard_help},

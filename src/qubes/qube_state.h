@@ -2,6 +2,7 @@
 #pragma once
 
 #include "qubes/qubes.h"
+#include "qubes/spectrum_state.h"
 
 #include <cstdint>
 #include <memory>
@@ -11,7 +12,8 @@ struct QubeState : ModuleState {
     std::shared_ptr<OaQube> qube;
     OaQubePlane plane;  // shown; while several bands are, the last that was shown alone
     bool spectrum_on_click = true;
-    int64_t box = 1;                 // of spectra: lines and samples taken together
+    int64_t box = 1;  // of spectra: lines and samples taken together
+    SpectrumState spectra;
     Window *image_window = nullptr;  // null until it is there
 };
 

@@ -11,3 +11,8 @@
 
 // Opens the first band of the state's current object, a qube, in an image window.
 void open_qube(std::unique_ptr<GenericState> state);
+
+// Commands of the image window and of the plot of its spectra: the spectrum shown stays in the plot when another comes,
+// or those that stayed go.
+void keep_spectrum(Window *window);
+void remove_kept_spectra(Window *window);

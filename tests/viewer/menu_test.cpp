@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int APPLICATION_MENU = 1, LABEL_MENU = 2, HISTOGRAM_MENU = 201, TABLE_MENU = 220, BROWSER_MENU = 230;
-constexpr int PLOT_MENU = 260, CURVE_MENU = 261;
+constexpr int PLOT_MENU = 260, SPECTRUM_MENU = 250, CURVE_MENU = 261;
 constexpr int part_of_image_heading = 1055;
 
 bool has_command(const std::vector<MenuItem> &items, int number) {
@@ -42,6 +42,7 @@ TEST(Menus, ReachEveryCommandByDistinctKeys) {
             {CommandDispatcher::Application, menu_items(BROWSER_MENU)},
             {CommandDispatcher::Label, menu_items(LABEL_MENU)},
             {CommandDispatcher::Label, menu_items(PLOT_MENU)},
+            {CommandDispatcher::Label, menu_items(SPECTRUM_MENU)},
             {CommandDispatcher::Label, menu_items(CURVE_MENU)}};
         for (const auto &[dispatcher, items] : bars) {
             ASSERT_FALSE(items.empty());
@@ -70,7 +71,7 @@ TEST(Menus, FollowTheDesktopsKeys) {
         const std::map<int, std::string> keys = {
             {1002, "Ctrl+O"}, {1007, "Ctrl+O"}, {1003, "Ctrl+W"}, {1008, "Ctrl+W"},       {1011, "Ctrl+Q"},
             {1026, "Ctrl+Q"}, {1023, "Ctrl+Z"}, {1004, "Ctrl+S"}, {1005, "Ctrl+Shift+S"}, {2090, "F1"}};
-        for (const int bar : {APPLICATION_MENU, LABEL_MENU, TABLE_MENU, PLOT_MENU, CURVE_MENU}) {
+        for (const int bar : {APPLICATION_MENU, LABEL_MENU, TABLE_MENU, PLOT_MENU, SPECTRUM_MENU, CURVE_MENU}) {
             for (const MenuItem &item : menu_items(bar)) {
                 const auto key = keys.find(item.command);
                 EXPECT_TRUE(key == keys.end() || key->second == item.shortcut) << item.text << ": " << item.shortcut;
