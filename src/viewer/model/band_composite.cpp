@@ -281,12 +281,14 @@ std::string BandComposite::value_text(int64_t line, int64_t sample, bool hexadec
     std::string text;
     for (Part &part : parts_) {
         std::string value = part.source->value_text(line, sample, hexadecimal);
+        const char *gap = "\n";  // what a source says may be long
         if (value.empty()) {
+            gap = "  ";
             const OaObjectPtr found = part.source->read_block({line, line, sample, sample});
             value = util_format("band %lld: ", static_cast<long long>(part.shown.band)) +
                     (found ? sample_text(found->data, 0, part.description, hexadecimal) : "-");
         }
-        text += (text.empty() ? "" : "  ") + value;
+        text += (text.empty() ? "" : gap) + value;
     }
     return text;
 }

@@ -4,6 +4,7 @@
 #include "base/text.h"
 
 #include <bit>
+#include <cmath>
 
 namespace {
 
@@ -48,6 +49,7 @@ class QubePlaneSource : public SampleSource {
         return !item_.is_scaled() && (OaQubeNumberKind(item_) != OaNumberKind::Real || item_.bytes == sizeof(float));
     }
     std::string plane_text() const;
+    std::string place_text(int64_t line, int64_t sample) const;
 
     std::shared_ptr<OaQube> qube_;
     OaQubePlane plane_;
@@ -107,12 +109,25 @@ OaObjectPtr QubePlaneSource::read_block(const SampleBlock &block) {
     return stored;
 }
 
-// "band 3", or the name of a suffix plane.
+// "band 3 (1.25 MICROMETER)", or the name of a suffix plane.
 std::string QubePlaneSource::plane_text() const {
     if (plane_.is_suffix && !item_.name.empty())
         return item_.name;
-    return util_lower(OaQubeAxisName(plane_.axis)) + (plane_.is_suffix ? " suffix " : " ") +
-           std::to_string(plane_.number);
+    std::string text =
+        util_lower(OaQubeAxisName(plane_.axis)) + (plane_.is_suffix ? " suffix " : " ") + std::to_string(plane_.number);
+    const auto &[centers, widths, unit] = keywords().band_bins;
+    const auto index = static_cast<size_t>(plane_.number - 1);
+    if (plane_.axis == OA_BAND_AXIS && !plane_.is_suffix && index < centers.size() && std::isfinite(centers[index]))
+        text += " (" + util_number_text(centers[index]) + (unit.empty() ? "" : " " + unit) + ")";
+    return text;
+}
+
+// Of planes whose lines and samples run along other axes of the qube: " at line 2, band 3".
+std::string QubePlaneSource::place_text(int64_t line, int64_t sample) const {
+    if (plane_.axis == OA_BAND_AXIS)
+        return "";
+    return util_format(" at %s %lld, band %lld", plane_.axis == OA_SAMPLE_AXIS ? "line" : "sample",
+                       static_cast<long long>(sample), static_cast<long long>(line));
 }
 
 std::string QubePlaneSource::value_text(int64_t line, int64_t sample, bool hexadecimal) {
@@ -125,7 +140,7 @@ std::string QubePlaneSource::value_text(int64_t line, int64_t sample, bool hexad
                            : OaQubeStateName(value.state);
     if (hexadecimal && OaQubeNumberKind(item_) != OaNumberKind::Real)
         text += " (" + stored_bits(stored->data, item_.bytes) + ")";
-    return plane_text() + ": " + text;
+    return plane_text() + place_text(line, sample) + ": " + text;
 }
 
 }  // namespace
