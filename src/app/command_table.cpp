@@ -37,7 +37,6 @@ constexpr auto application = CommandDispatcher::Application;
 constexpr auto label = CommandDispatcher::Label;
 using enum CommandScope;
 
-// A command without a function is in the menu, disabled: what it shows is not there yet.
 constexpr std::array rows = {
     CommandRow{1002, label, Any, open_product},
     CommandRow{1003, label, Any, close_text_window},
@@ -64,9 +63,9 @@ constexpr std::array rows = {
     CommandRow{1050, application, Indexed, show_histogram},
     CommandRow{1051, application, Image, open_full_label},
     CommandRow{1051, application, Table, open_full_label},
-    CommandRow{1052, application, Qube, nullptr},  // side data
+    CommandRow{1052, application, Qube, nullptr},
     CommandRow{1053, application, Bands, choose_bands},
-    CommandRow{1054, application, Qube, nullptr},  // qube control
+    CommandRow{1054, application, Qube, show_qube_control},
     CommandRow{1056, application, Bands, choose_band_limits},
     CommandRow{1057, application, Image, toggle_hexadecimal},
     CommandRow{1059, label, Label, toggle_line_end_marks},
@@ -129,6 +128,8 @@ constexpr std::array rows = {
     CommandRow{2065, label, Any, save_curves_as_png},
     CommandRow{2066, label, Any, save_curves_as_svg},
     CommandRow{2067, label, Any, save_curves_as_csv},
+    CommandRow{2070, application, Qube, show_next_band},
+    CommandRow{2071, application, Qube, show_previous_band},
     CommandRow{2080, application, Qube, keep_spectrum},
     CommandRow{2080, label, Any, keep_spectrum},
     CommandRow{2081, application, Qube, remove_kept_spectra},

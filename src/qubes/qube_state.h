@@ -7,15 +7,30 @@
 #include <cstdint>
 #include <memory>
 
-// Of an image window that shows a band or a suffix plane.
+// Of an image window that shows bands or a suffix plane.
 struct QubeState : ModuleState {
+    QubeState(std::shared_ptr<OaQube> open_qube, const OaQubePlane &shown) : qube(std::move(open_qube)), plane(shown) {}
+
     std::shared_ptr<OaQube> qube;
     OaQubePlane plane;  // shown; while several bands are, the last that was shown alone
     bool spectrum_on_click = true;
     int64_t box = 1;  // of spectra: lines and samples taken together
     SpectrumState spectra;
-    Window *image_window = nullptr;  // null until it is there
+
+    // Of another window on the same qube, with the same settings.
+    std::unique_ptr<QubeState> of_plane(const OaQubePlane &shown) const;
+
+    bool offers(int command) const override;
+    std::unique_ptr<ModuleState> twin() const override;
+    std::unique_ptr<SampleSource> prepare_image(GenericState *state) override;
+    void follow_bands(Window *window) override;
+
+  private:
+    std::unique_ptr<SampleSource> source_of(const OaQubePlane &shown);
 };
 
 // Null for windows that show no part of a qube.
 QubeState *qube_state(const Window *image_window);
+int64_t band_count(const QubeState &state);
+// Whether the window shows the plane, not several bands together.
+bool shows_plane(const Window *image_window);

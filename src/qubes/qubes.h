@@ -9,8 +9,14 @@
 
 #include <memory>
 
-// Opens the first band of the state's current object, a qube, in an image window.
+// Opens the first band of the state's current object, a qube, in an image window, and its control window unless
+// unattended.
 void open_qube(std::unique_ptr<GenericState> state);
+
+// Commands on image windows of a qube's bands.
+void show_qube_control(Window *image_window);  // or brings it to the front
+void show_next_band(Window *image_window);
+void show_previous_band(Window *image_window);
 
 // Commands of the image window and of the plot of its spectra: the spectrum shown stays in the plot when another comes,
 // or those that stayed go.

@@ -82,23 +82,21 @@ Row row_of(const ShownBand &shown, const RealRange *limits) {
     return row;
 }
 
-std::vector<Row> rows_of(const BandState &bands) {
-    const std::vector<RealRange> found = bands.composite ? bands.composite->limits() : std::vector<RealRange>();
+// The limits are those found, of the first bands.
+std::vector<Row> rows_of(const BandChoice &choice, const std::vector<RealRange> &found) {
     std::vector<Row> rows;
-    for (const ShownBand &shown : bands.choice.bands)
+    for (const ShownBand &shown : choice.bands)
         rows.push_back(row_of(shown, rows.size() < found.size() ? &found[rows.size()] : nullptr));
     return rows;
 }
 
 BandDialog dialog_of(const BandState &bands) {
     BandDialog dialog{bands.names, bands.count, bands.choice.is_grey, {}, {}, {}};
-    dialog.rows() = rows_of(bands);
-    if (dialog.is_grey) {
-        for (const ShownBand &shown : default_bands(bands.names, bands.count).bands)
-            dialog.colours.push_back(row_of(shown, nullptr));
-    } else {
+    dialog.rows() = rows_of(bands.choice, bands.composite ? bands.composite->limits() : std::vector<RealRange>());
+    if (dialog.is_grey)
+        dialog.colours = rows_of(bands.colours, {});
+    else
         dialog.grey.push_back(dialog.colours.empty() ? Row() : dialog.colours.front());
-    }
     return dialog;
 }
 
@@ -338,8 +336,7 @@ long bands_dialog_eh(Window *window, const Event &event) {
     return 0;
 }
 
-bool run_dialog(int resource, Window *owner, const BandState &bands, BandChoice *choice) {
-    BandDialog dialog = dialog_of(bands);
+bool run_dialog(int resource, Window *owner, BandDialog dialog, BandChoice *choice) {
     const int answer = gui_run_dialog(resource, owner, bands_dialog_eh, &dialog);
     if (answer < 0)
         gui_error("Can't open dialog");
@@ -351,9 +348,12 @@ bool run_dialog(int resource, Window *owner, const BandState &bands, BandChoice 
 }  // namespace
 
 bool ask_bands(Window *owner, const BandState &bands, BandChoice *choice) {
-    return run_dialog(bands_resource, owner, bands, choice);
+    BandDialog dialog = dialog_of(bands);
+    if (!bands.composite)  // whoever leaves a plain band, or has none yet, wants colours
+        dialog.is_grey = bands.colours.is_grey;
+    return run_dialog(bands_resource, owner, std::move(dialog), choice);
 }
 
 bool ask_band_limits(Window *owner, const BandState &bands, BandChoice *choice) {
-    return run_dialog(limits_resource, owner, bands, choice);
+    return run_dialog(limits_resource, owner, dialog_of(bands), choice);
 }

@@ -7,6 +7,7 @@
 #include "viewer/histogram_window.h"
 #include "viewer/image_window.h"
 #include "viewer/model/rotate.h"
+#include "viewer/model/stretch.h"
 #include "viewer/palette_commands.h"
 #include "viewer/session.h"
 
@@ -15,30 +16,71 @@
 
 namespace {
 
-// The picture of a choice in the window's block, turned; null after a message, or when the window has gone meanwhile.
-std::unique_ptr<PixelImage> make_picture(Window *window, BandComposite *composite) {
+// What a window is to show: a source, and what it gave of the window's block.
+struct Picture {
+    std::unique_ptr<SampleSource> source;
+    const BandComposite *composite = nullptr;  // the source, where it is one
+    ImageDescription description;              // with the display image, turned
+    OaObjectPtr samples;                       // of a plain band
+};
+
+bool is_plain(const BandState &bands, const BandChoice &choice) {
+    return bands.greys_are_plain && choice.is_grey && !choice.bands.front().minimum && !choice.bands.front().maximum;
+}
+
+std::unique_ptr<BandComposite> new_composite(const GenericState &state, const BandChoice &choice) {
+    return std::make_unique<BandComposite>(choice, state.bands->maker, state.label_state->current_object);
+}
+
+Picture new_picture(const GenericState &state, const BandChoice &choice) {
+    Picture picture;
+    if (is_plain(*state.bands, choice)) {
+        picture.source = state.bands->maker(state.label_state->current_object, choice.bands.front().band);
+    } else {
+        auto composite = new_composite(state, choice);
+        picture.composite = composite.get();
+        picture.source = std::move(composite);
+    }
+    return picture;
+}
+
+// False after a message, or when the window has gone meanwhile.
+bool read_picture(Window *window, Picture *picture) {
     const BusyCursor busy;
-    const ImageDescription &shown = *window_state(window)->image_info;
-    ImageDescription described;
-    const std::string fault = composite->describe(&described);
+    ImageDescription &image = picture->description;
+    std::string fault = picture->source->describe(&image);
     if (!fault.empty()) {
         gui_error(fault);
-        return nullptr;
+        return false;
     }
-    std::unique_ptr<PixelImage> image = composite->read_picture(shown.block);
+    image.block = window_state(window)->image_info->block;
+    if (picture->composite) {
+        image.display_image = picture->source->read_picture(image.block);
+    } else {
+        picture->samples = picture->source->read_block(image.block);
+        if (picture->samples)
+            fault = build_display_image(picture->samples->data, &image, image.block.lines(), image.block.samples());
+    }
     if (!gui_window_exists(window))
-        return nullptr;
-    if (!image) {
-        gui_error("Image Create - could not find partial image\n" + error_string);
-        return nullptr;
+        return false;
+    if (!image.display_image) {
+        if (fault.empty())
+            fault =
+                (picture->composite ? "Image Create - could not find partial image\n" : "The band cannot be read\n") +
+                error_string;
+        gui_error(fault);
+        return false;
     }
     // What is wrong with the directions was told when the window was opened.
-    RotatedImage turned = rotate_image(*image, shown.line_display_direction, shown.sample_display_direction);
+    RotatedImage turned =
+        rotate_image(*image.display_image, image.line_display_direction, image.sample_display_direction);
     if (turned.out_of_memory) {
         fatal_out_of_memory("Rotate image");
-        return nullptr;
+        return false;
     }
-    return turned.image ? std::move(turned.image) : std::move(image);
+    if (turned.image)
+        image.display_image = std::move(turned.image);
+    return true;
 }
 
 // Which commands a window has depends on whether it shows a colour table. Its place in a large image stays.
@@ -52,34 +94,44 @@ void enable_commands_anew(Window *window) {
         gui_enable_command(window, block_commands[i], enabled[i]);
 }
 
-void take_composite(GenericState *state, std::unique_ptr<BandComposite> composite) {
-    state->bands->composite = composite.get();
-    state->display_state->source = std::move(composite);
+void take_source(GenericState *state, std::unique_ptr<SampleSource> source, const BandComposite *composite) {
+    state->bands->composite = composite;
+    state->display_state->source = std::move(source);
     state->kind = state->bands->choice.is_grey ? DocumentKind::Image : DocumentKind::Bands;
 }
 
-std::unique_ptr<BandComposite> new_composite(const GenericState &state, const BandChoice &choice) {
-    return std::make_unique<BandComposite>(choice, state.bands->maker, state.label_state->current_object);
-}
+enum class Colours { Anew, Kept };
 
 // Shows another choice in the same window; false after a message, when the window stays as it is or is gone.
-bool show_choice(Window *window, const BandChoice &choice) {
+bool show_choice(Window *window, const BandChoice &choice, Colours colours = Colours::Anew) {
     restore_profile();
-    auto composite = new_composite(*window_state(window), choice);
-    auto image = make_picture(window, composite.get());
-    if (!image)
+    Picture picture = new_picture(*window_state(window), choice);
+    if (!read_picture(window, &picture))
         return false;
     GenericState *state = window_state(window);
+    const bool keeps_colours = colours == Colours::Kept && has_colour_table(state);
+    if (keeps_colours) {
+        picture.description.display_image->colours = state->image_info->display_image->colours;
+        picture.description.palette_number = state->image_info->palette_number;
+    } else {
+        state->display_state->control = DisplayControl();
+    }
     state->bands->choice = choice;
     state->bands->unstretched.reset();
-    take_composite(state, std::move(composite));
-    state->image_info->display_image = std::move(image);
-    state->image_info->palette_number = grey_palette;
-    state->display_state->control = DisplayControl();
-    enable_commands_anew(window);
-    prepare_palettes(window);
+    if (!choice.is_grey)
+        state->bands->colours = choice;
+    *state->image_info = std::move(picture.description);
+    state->label_state->image_data = std::move(picture.samples);
+    state->display_state->stretched.reset();
+    take_source(state, std::move(picture.source), picture.composite);
+    if (!keeps_colours) {
+        enable_commands_anew(window);
+        prepare_palettes(window);
+    }
     if (!has_colour_table(state))
         gui_destroy_window(histogram_of(*state));
+    if (state->module)
+        state->module->follow_bands(window);
     pixels_changed(window);
     return gui_window_exists(window);
 }
@@ -118,7 +170,8 @@ void open_bands(std::unique_ptr<GenericState> state) {
 
 void open_band_choice(std::unique_ptr<GenericState> state) {
     BandState &bands = *state->bands;
-    bands.choice = default_bands(bands.names, bands.count);
+    bands.colours = default_bands(bands.names, bands.count);
+    bands.choice = bands.colours;
     if (!session().unattended && !ask_bands(gui_task_window(), bands, &bands.choice))
         return;
     if (make_composite(state.get()))
@@ -133,7 +186,8 @@ bool make_composite(GenericState *state) {
             gui_error(fault);
         return false;
     }
-    take_composite(state, std::move(composite));
+    const BandComposite *made = composite.get();
+    take_source(state, std::move(composite), made);
     return true;
 }
 
@@ -142,7 +196,15 @@ void choose_bands(Window *window) {
 }
 
 void choose_band_limits(Window *window) {
-    change_choice(window, ask_band_limits);
+    const GenericState *state = window_state(window);
+    if (state && state->bands && state->bands->greys_are_plain && state->bands->choice.is_grey)
+        stretch_band(window);
+    else
+        change_choice(window, ask_band_limits);
+}
+
+bool show_band(Window *window, int64_t band) {
+    return show_choice(window, {true, {{band, {255, 255, 255}, {}, {}}}}, Colours::Kept);
 }
 
 void stretch_band(Window *window) {

@@ -16,6 +16,10 @@ void open_band_choice(std::unique_ptr<GenericState> state);
 // Makes the source that shows the state's choice of bands. False after a message.
 bool make_composite(GenericState *state);
 
+// Shows one band (from 1) as grey in a window on several. What is set of the colour table, zoom and scroll position
+// stay. False after a message, when the window stays as it is or is gone.
+bool show_band(Window *window, int64_t band);
+
 // Commands on such a window; they show it anew.
 void choose_bands(Window *window);
 void choose_band_limits(Window *window);

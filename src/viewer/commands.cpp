@@ -10,7 +10,8 @@ constexpr std::array product_commands = {1008, 1042, 1027, 1023, 1028, 1050, 105
 constexpr int first_standard_item = 32041;
 constexpr int last_standard_item = 32047;
 
-bool fits(CommandScope scope, const Window *window) {
+bool fits(const CommandRow &row, const Window *window) {
+    const CommandScope scope = row.scope;
     if (scope == CommandScope::Any)
         return true;
     const GenericState *state = window_state(window);
@@ -19,7 +20,7 @@ bool fits(CommandScope scope, const Window *window) {
     if (scope == CommandScope::Bands)
         return state->bands != nullptr;
     if (scope == CommandScope::Qube)
-        return state->display_state && state->display_state->is_qube_band;
+        return state->module && state->module->offers(row.number);
     switch (state->kind) {
         case DocumentKind::Image:
             return scope == CommandScope::Image || scope == CommandScope::Indexed;
@@ -52,7 +53,7 @@ void set_command_table(std::span<const CommandRow> rows) {
 
 const CommandRow *find_command(int number, CommandDispatcher dispatcher, const Window *window) {
     for (const CommandRow &row : table) {
-        if (row.number == number && row.dispatcher == dispatcher && row.run && fits(row.scope, window))
+        if (row.number == number && row.dispatcher == dispatcher && row.run && fits(row, window))
             return &row;
     }
     return nullptr;

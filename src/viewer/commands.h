@@ -11,7 +11,8 @@ enum class CommandDispatcher {
 };
 
 // On which windows a row is used. Image: images of every kind; Indexed: those shown through a colour table; Bands:
-// those of products of several bands, whether shown in colours or one as grey; Qube: images of qubes.
+// those of products of several bands, whether shown in colours or one as grey; Qube: images of qubes whose module
+// offers the command.
 enum class CommandScope { Any, Image, Indexed, Bands, Qube, Table, Label };
 
 struct CommandRow {

@@ -7,6 +7,7 @@
 #include "viewer/unattended.h"
 
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -83,14 +84,18 @@ bool get_user_image_ranges(Window *window, const ImageDescription &image, Sample
 // Opens a window of its own on another block of the same image.
 void open_block(const GenericState &from, const SampleBlock &block) {
     auto state = std::make_unique<GenericState>();
+    // `from` may go while a message is shown.
     if (from.bands)
         state->bands = std::make_unique<BandState>(*from.bands);
-    const bool hexadecimal = from.display_state->integers_as_hexadecimal;  // `from` may go while a message is shown
+    const bool is_composite = state->bands && std::exchange(state->bands->composite, nullptr);
+    if (from.module)
+        state->module = from.module->twin();
+    const bool hexadecimal = from.display_state->integers_as_hexadecimal;
     if (!reopen_label(from, state.get()))
         return;
     state->label_state->requested_block = block;
     restore_profile();
-    if (!get_image_characteristics(state.get()) || (state->bands && !make_composite(state.get())))
+    if (!get_image_characteristics(state.get()) || (is_composite && !make_composite(state.get())))
         return;
     state->display_state->integers_as_hexadecimal = hexadecimal;
     open_image_2(std::move(state));
@@ -109,7 +114,8 @@ bool get_image_characteristics(GenericState *state) {
     state->kind = DocumentKind::Image;
     state->image_info = std::make_unique<ImageDescription>();
     state->display_state = std::make_unique<DisplayState>();
-    state->display_state->source = image_band_source(state->label_state->current_object, 1);
+    state->display_state->source =
+        state->module ? state->module->prepare_image(state) : image_band_source(state->label_state->current_object, 1);
     const std::string fault = state->display_state->source->describe(state->image_info.get());
     if (!fault.empty())
         tell_error(fault);

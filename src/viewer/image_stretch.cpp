@@ -123,7 +123,7 @@ bool rebuild_display_image(GenericState *state, std::optional<RealRange> range) 
 
 void menu2_stretch_image(Window *window) {
     GenericState *state = window_state(window);
-    if (state && state->bands) {  // whose limits are part of the choice of bands
+    if (state && state->bands && state->bands->composite) {  // whose limits are part of the choice of bands
         stretch_band(window);
         return;
     }

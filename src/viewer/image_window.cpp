@@ -106,10 +106,11 @@ long win_image_e_create(Window *window) {
         return 1;
     }
     set_error_window(window);
-    const char *kind = state->display_state->is_qube_band ? "Lumacart - Image from QUBE - " : "Lumacart - Image - ";
+    const char *kind = state->display_state->is_of_qube ? "Lumacart - Image from QUBE - " : "Lumacart - Image - ";
     const std::string &path = state->label_state->file_name;
     const std::string name = shown_name(path.substr(path.rfind('/') + 1), longest_title_name);
-    gui_set_title(window, kind + name + state->browser_tag);
+    const std::string part = shown_name(state->display_state->part_name, longest_title_name);
+    gui_set_title(window, kind + name + (part.empty() ? "" : " - " + part) + state->browser_tag);
     prepare_read_out(window, *state);
 
     enable_known_commands(window, CommandDispatcher::Application);

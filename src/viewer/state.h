@@ -62,7 +62,8 @@ struct DisplayState {
     int shrink = 1;  // image pixels a screen pixel; one of the two is 1
     DisplayControl control;
     std::optional<ColourTable> file_colours;  // that the product brings along
-    bool is_qube_band = false;
+    bool is_of_qube = false;
+    std::string part_name;               // of what the image shows of its product, for the title; may be empty
     bool keeps_fitting = false;          // the zoom follows the window's size until the user zooms
     std::optional<RealRange> stretched;  // samples between black and white; none: as opened
     bool integers_as_hexadecimal = false;
@@ -78,9 +79,11 @@ struct BandState {
     BandSourceMaker maker;
     int64_t count = 0;
     std::vector<std::string> names;  // of all bands, or none
-    BandChoice choice;
+    bool greys_are_plain = false;    // one band as grey without limits is shown by its own source, not as a composite
+    BandChoice choice;               // shown
+    BandChoice colours;              // that the dialog proposes: those shown last, else the usual ones
     std::optional<BandChoice> unstretched;     // what undoing goes back to after a stretch, which typed other limits
-    const BandComposite *composite = nullptr;  // the display state's source, once it is made
+    const BandComposite *composite = nullptr;  // the display state's source, where it is one
 };
 
 // Which kind of document a window shows; the command table chooses by it.
@@ -93,9 +96,21 @@ struct ListingState {
     bool of_table = false;  // else of an image
 };
 
+struct GenericState;
+
 // What a module besides this one keeps for its windows.
 struct ModuleState {
     virtual ~ModuleState() = default;
+
+    // Whether its window has a command of CommandScope::Qube.
+    virtual bool offers(int /*command*/) const { return false; }
+
+    // Of image windows. What a window on another block of the same image begins with.
+    virtual std::unique_ptr<ModuleState> twin() const { return nullptr; }
+    // The source of such a window. It may fill in the display state and the bands.
+    virtual std::unique_ptr<SampleSource> prepare_image(GenericState *) { return nullptr; }
+    // The window shows another choice of bands.
+    virtual void follow_bands(Window *) {}
 };
 
 // What a histogram window shows of the image window that owns it.

@@ -20,12 +20,18 @@ struct SpectrumTest {
     ScriptedResponder responder;
     Window *image = nullptr;
 
+    void open_label(const std::string &label) {
+        Window *control = open_in_viewer(label);
+        ASSERT_TRUE(control);
+        image = window_state(control)->opened_from;
+        close_window(control);
+    }
     // Four samples, three lines.
     void open(int64_t bands, const std::string &more = "") {
         QubeProduct product;
         product.core = {4, 3, bands};
         product.more = more;
-        image = open_in_viewer(write_qube(folder, "Q", product));
+        open_label(write_qube(folder, "Q", product));
         ASSERT_TRUE(image);
         ASSERT_EQ(gui_title(image), "Lumacart - Image from QUBE - Q.LBL");
         ASSERT_TRUE(choose_command(image, zoom_in_command));
@@ -222,7 +228,7 @@ TEST(Spectrum, TellsOnceWhatItCannotRead) {
             "1099511627776)\n"
             " CORE_ITEM_BYTES = 1\n CORE_ITEM_TYPE = UNSIGNED_INTEGER\nEND_OBJECT = QUBE\nEND\n";
         test.folder.write("Q.QUB", "Twelve bytes");
-        test.image = open_in_viewer(test.folder.write("Q.LBL", label));
+        test.open_label(test.folder.write("Q.LBL", label));
         ASSERT_TRUE(test.image);
         test.click(1, 1);
         EXPECT_EQ(test.responder.shown,
