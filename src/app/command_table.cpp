@@ -63,7 +63,7 @@ constexpr std::array rows = {
     CommandRow{1050, application, Indexed, show_histogram},
     CommandRow{1051, application, Image, open_full_label},
     CommandRow{1051, application, Table, open_full_label},
-    CommandRow{1052, application, Qube, nullptr},
+    CommandRow{1052, application, Qube, show_suffix_list},
     CommandRow{1053, application, Bands, choose_bands},
     CommandRow{1054, application, Qube, show_qube_control},
     CommandRow{1056, application, Bands, choose_band_limits},

@@ -15,6 +15,7 @@ void open_qube(std::unique_ptr<GenericState> state);
 
 // Commands on image windows of a qube's bands.
 void show_qube_control(Window *image_window);  // or brings it to the front
+void show_suffix_list(Window *image_window);   // or brings it to the front
 void show_next_band(Window *image_window);
 void show_previous_band(Window *image_window);
 

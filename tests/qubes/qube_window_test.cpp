@@ -11,6 +11,7 @@ namespace {
 constexpr int band_field = 1, previous = 3, next = 4, shown = 5, band_list = 6, on_click = 7, as_plot = 8, box3 = 12,
               description = 20;
 constexpr int show = 1, shown_bands = 12, as_grey = 21, minimum = 51, maximum = 52, computed = 53;
+constexpr int plane_list = 1, open_plane = 2, plane_remark = 4;
 
 const std::string centers =
     " GROUP = BAND_BIN\n BAND_BIN_CENTER = (0.5, 1.25, 2)\n BAND_BIN_UNIT = MICROMETER\n"
@@ -285,6 +286,52 @@ TEST(QubeWindow, BlocksAreOnTheSameQube) {
     });
 }
 
+TEST(QubeWindow, SuffixPlanesAreImages) {
+    run_viewer([] {
+        const ScratchFolder folder;
+        QubeProduct product = three_bands();
+        product.suffix = {1, 1, 2};
+        product.more += " BAND_SUFFIX_NAME = (LATITUDE, LONGITUDE)\n BAND_SUFFIX_UNIT = (DEGREE, DEGREE)\n";
+        const OpenQube qube(write_qube(folder, "Q", product));
+        ASSERT_TRUE(qube.control && qube.image);
+        ASSERT_TRUE(choose_command(qube.image, 1052));
+        Window *list = find_window("Lumacart - Qube Side Data - Q.LBL");
+        ASSERT_TRUE(list);
+        EXPECT_EQ(grid_size(list, plane_list), (GuiCell{4, 5}));
+        EXPECT_EQ(cell_on_screen(list, plane_list, {1, 1}), "bottom plane (samples x bands)");
+        EXPECT_EQ(cell_on_screen(list, plane_list, {2, 0}), "LATITUDE");
+        EXPECT_FALSE(gui_control_shown(list, plane_remark));
+        const auto opened = [&](int64_t row) {
+            gui_set_grid_current(list, plane_list, {row, 0});
+            use_control(list, open_plane);
+            settle();
+            OpenQube plane = qube;
+            plane.image = gui_windows().back();
+            return plane;
+        };
+        const OpenQube side = opened(0);
+        EXPECT_EQ(gui_title(side.image), "Lumacart - Image from QUBE - Q.LBL - SAMPLE suffix 1");
+        EXPECT_EQ(side.value(), "value: sample suffix 1 at line 1, band 1: 10031");
+        EXPECT_EQ(opened(1).value(), "value: line suffix 1 at sample 1, band 1: 19031");
+        mouse_click(side.image, {1, 1});
+        double_click_cell(list, plane_list, {3, 0});
+        OpenQube back = qube;
+        back.image = find_window("Lumacart - Image from QUBE - Q.LBL - LONGITUDE");
+        ASSERT_TRUE(back.image);
+        EXPECT_EQ(back.value(), "value: LONGITUDE: 29031 DEGREE");
+        for (const int command : {1052, 1053, 1054, 1056, 2070, 2071})
+            EXPECT_FALSE(gui_command_enabled(back.image, command)) << command;
+        const size_t windows = gui_windows().size();
+        mouse_click(back.image, {1, 1});
+        settle();
+        EXPECT_GT(gui_windows().size(), windows) << "the spectrum there";
+        close_window(qube.image);
+        settle();
+        EXPECT_FALSE(is_open("Lumacart - Qube Side Data - Q.LBL"));
+        EXPECT_EQ(back.value(), "value: LONGITUDE: 29031 DEGREE") << "the qube stays open";
+    });
+}
+
 TEST(QubeWindow, ListsOfAnyLength) {
     run_viewer([] {
         const ScratchFolder folder;
@@ -305,6 +352,8 @@ END
         type_text(qube.control, band_field, "1099511627776");
         press_key(qube.control, GuiKey::Enter);
         EXPECT_EQ(responder.shown.size(), 1u);
+        ASSERT_TRUE(choose_command(qube.image, 1052));
+        EXPECT_EQ(gui_text(gui_windows().back(), plane_remark), "The first 1000000 of 1000000000000 planes.");
     });
 }
 
