@@ -223,12 +223,6 @@ long control_eh(Window *window, const Event &event) {
         case EventType::Create:
             create_control(window);
             break;
-        case EventType::Destroy:
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
         case EventType::Control:
             use_control(window, event);
             break;
@@ -239,6 +233,7 @@ long control_eh(Window *window, const Event &event) {
             run_command(window, event.number);
             break;
         default:
+            handle_common_event(window, event, CommandDispatcher::Application);
             break;
     }
     return 0;

@@ -89,22 +89,14 @@ long suffix_list_eh(Window *window, const Event &event) {
         case EventType::Create:
             create_list(window);
             break;
-        case EventType::Destroy:
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
         case EventType::Control:
             if (event.number == close_button)
                 gui_destroy_window(window);
             else if (event.number == open_button || event.use == ControlUse::Activated)
                 open_selected(window);
             break;
-        case EventType::Command:
-            do_LUMCA_MENUBAR(window, event.number);
-            break;
         default:
+            handle_common_event(window, event, CommandDispatcher::Label);
             break;
     }
     return 0;

@@ -320,21 +320,13 @@ long browser_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Create:
             return create_browser(window);
-        case EventType::Destroy:
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
         case EventType::Control:
             use_control(window, event);
             break;
         case EventType::Key:
             return use_key(window, event);
-        case EventType::Command:
-            do_WIN_MENUBAR(window, event.number);
-            break;
         default:
+            handle_common_event(window, event, CommandDispatcher::Application);
             break;
     }
     return 0;

@@ -199,14 +199,6 @@ long curve_window_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Create:
             return create_curve_window(window);
-        case EventType::Destroy:
-            if (const CurveState *state = curve_state(window); state && state->place)
-                *state->place = gui_own_place(window);
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
         case EventType::Size:
             place_read_out(window);
             break;
@@ -218,10 +210,12 @@ long curve_window_eh(Window *window, const Event &event) {
             break;
         case EventType::Key:
             return follow_key(window, event) ? 1 : 0;
-        case EventType::Command:
-            do_LUMCA_MENUBAR(window, event.number);
-            break;
+        case EventType::Destroy:
+            if (const CurveState *state = curve_state(window); state && state->place)
+                *state->place = gui_own_place(window);
+            [[fallthrough]];
         default:
+            handle_common_event(window, event, CommandDispatcher::Label);
             break;
     }
     return 0;

@@ -127,15 +127,9 @@ long table_eh(Window *window, const Event &event) {
         case EventType::Destroy:
             if (const TableState *table = table_state(window); table && table->place)
                 *table->place = gui_own_place(window);
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
-        case EventType::Command:
-            do_WIN_MENUBAR(window, event.number);
-            break;
+            [[fallthrough]];
         default:
+            handle_common_event(window, event, CommandDispatcher::Application);
             break;
     }
     return 0;

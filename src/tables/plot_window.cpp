@@ -63,19 +63,11 @@ long plot_window_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Create:
             return create_plot_window(window);
-        case EventType::Destroy:
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
         case EventType::Update:
             build_plot(window, event);
             break;
-        case EventType::Command:
-            do_LUMCA_MENUBAR(window, event.number);
-            break;
         default:
+            handle_common_event(window, event, CommandDispatcher::Label);
             break;
     }
     return 0;

@@ -42,19 +42,7 @@ std::vector<std::string> lines_of(const std::string &text) {
 }  // namespace
 
 long report_window_eh(Window *window, const Event &event) {
-    switch (event.type) {
-        case EventType::Destroy:
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
-        case EventType::Command:
-            do_LUMCA_MENUBAR(window, event.number);
-            break;
-        default:
-            break;
-    }
+    handle_common_event(window, event, CommandDispatcher::Label);
     return 0;
 }
 

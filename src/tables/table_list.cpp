@@ -103,23 +103,17 @@ long table_list_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Create:
             return create_list(window);
-        case EventType::Destroy:
-            gui_set_grid(window, table_list_grid, {});  // its cells are the state's
-            free_window_state(window);
-            break;
-        case EventType::Close:
-            gui_destroy_window(window);
-            break;
         case EventType::Control:
             if (event.number != table_list_grid)
                 press_button(window, event.number);
             else if (event.use == ControlUse::Activated)
                 open_selected(window, open_pages);
             break;
-        case EventType::Command:
-            do_LUMCA_MENUBAR(window, event.number);
-            break;
+        case EventType::Destroy:
+            gui_set_grid(window, table_list_grid, {});  // its cells are the state's
+            [[fallthrough]];
         default:
+            handle_common_event(window, event, CommandDispatcher::Label);
             break;
     }
     return 0;

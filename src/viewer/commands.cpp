@@ -71,6 +71,23 @@ void do_LUMCA_MENUBAR(Window *window, int number) {
         do_WIN_MENUBAR(gui_task_window(), number);
 }
 
+void handle_common_event(Window *window, const Event &event, CommandDispatcher dispatcher) {
+    switch (event.type) {
+        case EventType::Destroy:
+            free_window_state(window);
+            break;
+        case EventType::Close:
+            gui_destroy_window(window);
+            break;
+        case EventType::Command:
+            dispatcher == CommandDispatcher::Label ? do_LUMCA_MENUBAR(window, event.number)
+                                                   : do_WIN_MENUBAR(window, event.number);
+            break;
+        default:
+            break;
+    }
+}
+
 void enable_known_commands(Window *window, CommandDispatcher dispatcher) {
     for (const int number : gui_commands(window))
         gui_enable_command(window, number, can_run(number, dispatcher, window));

@@ -32,6 +32,9 @@ const CommandRow *find_command(int number, CommandDispatcher dispatcher, const W
 void do_WIN_MENUBAR(Window *window, int number);
 void do_LUMCA_MENUBAR(Window *window, int number);
 
+// What document windows do alike: on Destroy their state ends, on Close they go, commands are run.
+void handle_common_event(Window *window, const Event &event, CommandDispatcher dispatcher);
+
 // Enables exactly the commands of a window's menu bar that the dispatcher can run from it.
 void enable_known_commands(Window *window, CommandDispatcher dispatcher);
 // The state of a menu bar while no product is open.

@@ -146,16 +146,11 @@ long new_label_eh(Window *window, const Event &event) {
         case EventType::Create:
             create(window);
             break;
-        case EventType::Destroy:
-            free_window_state(window);
-            break;
         case EventType::Close:
             close_text_window(window);
             break;
-        case EventType::Command:
-            do_LUMCA_MENUBAR(window, event.number);
-            break;
         default:
+            handle_common_event(window, event, CommandDispatcher::Label);
             break;
     }
     return 0;

@@ -241,16 +241,11 @@ long WIN_FULLBL_eh(Window *window, const Event &event) {
     switch (event.type) {
         case EventType::Create:
             return create_text_window(window);
-        case EventType::Destroy:
-            free_window_state(window);
-            break;
         case EventType::Close:
             close_text_window(window);
             break;
-        case EventType::Command:
-            do_LUMCA_MENUBAR(window, event.number);
-            break;
         default:
+            handle_common_event(window, event, CommandDispatcher::Label);
             break;
     }
     return 0;
