@@ -1,15 +1,13 @@
 #include "viewer/model/rotate.h"
 
+#include "base/share.h"
 #include "base/text.h"
+#include "base/transpose.h"
 #include "viewer/model/vectorise.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
-#include <system_error>
-#include <thread>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -59,113 +57,13 @@ constexpr Steps steps_of(Orientation orientation) {
     return {1, 0, 0, 1};
 }
 
-// Fewer bytes than these are turned before another thread has started.
-constexpr int64_t least_shared_bytes = int64_t{4} << 20;
-constexpr int64_t most_threads = 4;
-
-// Has the rows of the turned image made, in large images by several threads, which touch nothing but the pixels.
-template <typename TurnRows>
-void share_rows(const PixelImage &turned, TurnRows turn_rows) {
-    const int64_t rows = turned.height;
-    const bool large = rows * turned.width * turned.bytes_per_pixel >= least_shared_bytes;
-    const int64_t threads = large ? std::clamp<int64_t>(std::thread::hardware_concurrency(), 1, most_threads) : 1;
-    std::vector<std::jthread> helpers;
-    int64_t first = 0;
-    try {
-        helpers.reserve(static_cast<size_t>(threads));
-        for (int64_t i = 1; i < threads; ++i) {
-            const int64_t last = rows * i / threads;
-            helpers.emplace_back(turn_rows, first, last);
-            first = last;
-        }
-    } catch (const std::system_error &) {
-        // No more threads are to be had: the rest is done here.
-    }
-    turn_rows(first, rows);
-}
-
-// Lines become columns. Small squares are turned in vector registers; they are walked in blocks whose rows, read and
-// written, stay in the second-level cache and in the reach of the address translation buffers.
-constexpr int vector_bytes = 16;
+// Lines become columns, in blocks whose rows, read and written, stay in the second-level cache and in the reach of the
+// address translation buffers.
 constexpr int64_t block_row_bytes = 512;
 
-template <typename Pixel>
-constexpr int square_side = vector_bytes / int{sizeof(Pixel)};
-
-template <typename Pixel>
-using PixelVector [[gnu::vector_size(vector_bytes)]] = Pixel;
-
-// From two vectors one of alternating pixels, of their first or second halves.
-template <int first, typename Vector, size_t... i>
-[[gnu::always_inline]] inline Vector interleave(Vector a, Vector b, std::index_sequence<i...>) {
-    constexpr size_t side = sizeof...(i);
-    return __builtin_shufflevector(a, b, static_cast<int>(first + i / 2 + i % 2 * side)...);
+int64_t bytes_of(const PixelImage &image) {
+    return int64_t{image.height} * image.width * image.bytes_per_pixel;
 }
-
-// Deals the rows of the two halves of a square out alternately. As many times as its side has binary digits turn rows
-// into columns.
-template <typename Vector, size_t... i, size_t... row>
-[[gnu::always_inline]] inline void deal(const Vector *rows, Vector *dealt, std::index_sequence<i...> all,
-                                        std::index_sequence<row...>) {
-    constexpr size_t half = sizeof...(row);
-    ((dealt[2 * row] = interleave<0>(rows[row], rows[row + half], all),
-      dealt[2 * row + 1] = interleave<static_cast<int>(half)>(rows[row], rows[row + half], all)),
-     ...);
-}
-
-template <typename Pixel>
-[[gnu::always_inline]] inline void turn_square(const Pixel *source, int64_t source_stride, Pixel *target,
-                                               int64_t target_stride) {
-    constexpr int side = square_side<Pixel>;
-    constexpr auto all = std::make_index_sequence<size_t{side}>();
-    constexpr auto half = std::make_index_sequence<size_t{side} / 2>();
-    using Vector = PixelVector<Pixel>;
-    Vector rows[side];
-    Vector dealt[side];
-    for (int i = 0; i < side; ++i)
-        memcpy(&rows[i], source + i * source_stride, sizeof(Vector));
-    deal(rows, dealt, all, half);
-    deal(dealt, rows, all, half);
-    if constexpr (side == 16) {
-        deal(rows, dealt, all, half);
-        deal(dealt, rows, all, half);
-    }
-    for (int i = 0; i < side; ++i)
-        memcpy(target + i * target_stride, &rows[i], sizeof(Vector));
-}
-
-// What lies where: pixel (line, sample) of the source goes to column `line` of row `sample` of the target, both counted
-// from the end where the stride is negative.
-template <typename Pixel>
-struct Transposition {
-    const Pixel *source;
-    int64_t source_stride;
-    Pixel *target;
-    int64_t target_stride;
-
-    void turn_block(int64_t first_line, int64_t last_line, int64_t first_sample, int64_t last_sample) const {
-        constexpr int64_t side = square_side<Pixel>;
-        constexpr int64_t line_group = 64 / int64_t{sizeof(Pixel)};  // that fill a cache line of the target
-        for (int64_t lines = first_line; lines < last_line; lines += line_group) {
-            const int64_t lines_end = std::min(lines + line_group, last_line);
-            for (int64_t sample = first_sample; sample < last_sample; sample += side) {
-                for (int64_t line = lines; line < lines_end; line += side) {
-                    if (line + side <= lines_end && sample + side <= last_sample)
-                        turn_square(source + line * source_stride + sample, source_stride,
-                                    target + sample * target_stride + line, target_stride);
-                    else
-                        turn_edge(line, std::min(line + side, lines_end), sample, std::min(sample + side, last_sample));
-                }
-            }
-        }
-    }
-    void turn_edge(int64_t first_line, int64_t last_line, int64_t first_sample, int64_t last_sample) const {
-        for (int64_t sample = first_sample; sample < last_sample; ++sample) {
-            for (int64_t line = first_line; line < last_line; ++line)
-                target[sample * target_stride + line] = source[line * source_stride + sample];
-        }
-    }
-};
 
 template <typename Pixel>
 void transpose(const PixelImage &image, bool from_last_line, bool from_last_sample, PixelImage *turned) {
@@ -174,21 +72,22 @@ void transpose(const PixelImage &image, bool from_last_line, bool from_last_samp
     const int64_t width = image.width;
     if (height == 0 || width == 0)
         return;
-    Transposition<Pixel> turn = {reinterpret_cast<const Pixel *>(image.pixels.get()), width,
-                                 reinterpret_cast<Pixel *>(turned->pixels.get()), height};
+    const int64_t line_bytes = width * int64_t{sizeof(Pixel)};
+    const int64_t row_bytes = height * int64_t{sizeof(Pixel)};
+    UtilTransposition<Pixel> turn = {image.pixels.get(), line_bytes, turned->pixels.get(), row_bytes};
     if (from_last_line) {
-        turn.source += (height - 1) * width;
-        turn.source_stride = -width;
+        turn.source += (height - 1) * line_bytes;
+        turn.source_stride = -line_bytes;
     }
     if (from_last_sample) {
-        turn.target += (width - 1) * height;
-        turn.target_stride = -height;
+        turn.target += (width - 1) * row_bytes;
+        turn.target_stride = -row_bytes;
     }
-    share_rows(*turned, [=](int64_t first_sample, int64_t last_sample) {
+    util_share(width, bytes_of(image), [=](int64_t first_sample, int64_t last_sample) {
         for (int64_t sample = first_sample; sample < last_sample; sample += block_side) {
             for (int64_t line = 0; line < height; line += block_side)
-                turn.turn_block(line, std::min(line + block_side, height), sample,
-                                std::min(sample + block_side, last_sample));
+                turn.turn(line, std::min(line + block_side, height), sample,
+                          std::min(sample + block_side, last_sample));
         }
     });
 }
@@ -208,7 +107,7 @@ void mirror(const PixelImage &image, bool from_last_line, bool from_last_sample,
     const int64_t width = image.width;
     const auto *source = reinterpret_cast<const Pixel *>(image.pixels.get());
     auto *target = reinterpret_cast<Pixel *>(turned->pixels.get());
-    share_rows(*turned, [=](int64_t first_row, int64_t last_row) {
+    util_share(height, bytes_of(image), [=](int64_t first_row, int64_t last_row) {
         for (int64_t row = first_row; row < last_row; ++row) {
             const Pixel *line = source + (from_last_line ? height - 1 - row : row) * width;
             if (from_last_sample)
