@@ -14,6 +14,11 @@ struct SampleRectangle {
     int64_t samples = 0;
 
     int64_t area() const { return lines * samples; }
+    bool operator==(const SampleRectangle &) const = default;
+    bool contains(const SampleRectangle &part) const {
+        return part.line >= line && part.line + part.lines <= line + lines && part.sample >= sample &&
+               part.sample + part.samples <= sample + samples;
+    }
 };
 
 // How far a read came when the file ended before it: bytes from the rectangle's first sample on, and the first sample

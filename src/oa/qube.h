@@ -117,8 +117,8 @@ struct OaQubeExtent {
 };
 OaQubeExtent OaQubePlaneExtent(const OaQubeKeywords &qube, OaQubeAxis axis);
 
-// An open qube. It keeps its file open and serves any part; of bands that lie item by item within each other it keeps
-// some in memory once neighbours are asked for in turn (256 MiB at most).
+// An open qube. It keeps its file open and serves any part; of bands that lie within each other it keeps some in memory
+// (64 MiB at most, or 256 MiB once neighbours are asked for in turn).
 struct OaQube;
 
 // Null after reporting what OaGetQubeKeywords and OaGetFileKeywords report, and 520 for files of variable-length

@@ -1,5 +1,6 @@
 // Planes and spectra of qubes.
 #include "base/file.h"
+#include "base/transpose.h"
 #include "oa/binrep.h"
 #include "oa/qube.h"
 #include "oa/qube_bands.h"
@@ -7,7 +8,6 @@
 #include "oa/strided_reader.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 
 namespace {
@@ -120,32 +120,6 @@ ItemReader *reader_of(OaQube *qube, const OaQubeItem &item, bool is_suffix) {
     return &qube->readers.emplace_back(std::move(reader));
 }
 
-template <typename T>
-void transpose_as(const uint8_t *src, int64_t rows, int64_t columns, uint8_t *dst) {
-    constexpr int64_t tile = 32;
-    const auto *from = reinterpret_cast<const T *>(src);
-    auto *to = reinterpret_cast<T *>(dst);
-    for (int64_t row = 0; row < rows; row += tile)
-        for (int64_t column = 0; column < columns; column += tile)
-            for (int64_t c = column; c < std::min(columns, column + tile); ++c)
-                for (int64_t r = row; r < std::min(rows, row + tile); ++r)
-                    to[c * rows + r] = from[r * columns + c];
-}
-
-// Blocks of OaMalloc are aligned for any sample.
-void transpose(const uint8_t *src, int64_t rows, int64_t columns, int64_t sample_bytes, uint8_t *dst) {
-    switch (sample_bytes) {
-        case 1:
-            return transpose_as<uint8_t>(src, rows, columns, dst);
-        case 2:
-            return transpose_as<uint16_t>(src, rows, columns, dst);
-        case 4:
-            return transpose_as<uint32_t>(src, rows, columns, dst);
-        default:
-            return transpose_as<uint64_t>(src, rows, columns, dst);
-    }
-}
-
 OaPtr<uint8_t> new_samples(int64_t bytes) {
     OaPtr<uint8_t> samples(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(bytes))));
     if (!samples)
@@ -164,43 +138,88 @@ bool read_into(StridedReader *reader, const SampleLayout &layout, const SampleRe
     return false;
 }
 
-// The rectangle's samples, read in the order of the file. Null after reporting.
-OaPtr<uint8_t> read_samples(StridedReader *reader, const SampleLayout &layout, const SampleRectangle &rectangle) {
-    const int64_t bytes = rectangle.area() * reader->sample_size();
-    OaPtr<uint8_t> samples = new_samples(bytes);
-    const bool across = rectangle.lines > 1 && rectangle.samples > 1 && layout.sample_stride > layout.line_stride;
-    if (!across)
-        return samples && read_into(reader, layout, rectangle, samples.get()) ? std::move(samples) : nullptr;
-    const OaPtr<uint8_t> turned = samples ? new_samples(bytes) : nullptr;
-    const SampleLayout file_order = {layout.first, layout.sample_stride, layout.line_stride, layout.sample_bytes};
-    const SampleRectangle file_part = {rectangle.sample, rectangle.samples, rectangle.line, rectangle.lines};
-    if (!turned || !read_into(reader, file_order, file_part, turned.get()))
+// Part of a plane, its lines and samples in the order of the file.
+struct FilePart {
+    SampleLayout layout;
+    SampleRectangle rectangle;
+    bool is_turned = false;  // lines and samples of the image are exchanged
+};
+
+FilePart in_file_order(const SampleLayout &layout, const SampleRectangle &part) {
+    if (part.lines == 1 || part.samples == 1 || layout.sample_stride <= layout.line_stride)
+        return {layout, part, false};
+    return {{layout.first, layout.sample_stride, layout.line_stride, layout.sample_bytes},
+            {part.sample, part.samples, part.line, part.lines},
+            true};
+}
+
+// Whether a part of a core band is at hand among its neighbours.
+bool prepare_neighbours(OaQube *qube, const OaQubePlane &plane, const StridedReader &reader, const FilePart &part) {
+    const int band_place = qube->place_of(OA_BAND_AXIS);
+    if (plane.axis != OA_BAND_AXIS || plane.is_suffix || band_place == 2)
+        return false;
+    const int64_t stride = band_place == 0 ? qube->layout.core_bytes : qube->layout.core_line;
+    const int64_t band = plane.number - 1;
+    const SampleRectangle &rectangle = part.rectangle;
+    const int64_t end =
+        part.layout.position(rectangle.line + rectangle.lines - 1, rectangle.sample + rectangle.samples - 1) +
+        part.layout.sample_bytes;
+    const int64_t behind = (qube->start + qube->bytes_held - end) / stride;
+    QubeBandLayout layout = {part.layout, stride, std::min(qube->keywords.core_items[OA_BAND_AXIS], band + 1 + behind),
+                             band_place == 0};
+    layout.band_0.first -= band * stride;
+    return qube->bands.prepare(reader, layout, rectangle, band);
+}
+
+template <typename T>
+void turn_rows(const uint8_t *rows, const SampleRectangle &read, uint8_t *out, int64_t out_stride) {
+    constexpr int64_t block = 512 / int64_t{sizeof(T)};  // samples, whose rows stay in the first caches
+    const UtilTransposition<T> turn = {rows, read.samples * int64_t{sizeof(T)}, out, out_stride};
+    for (int64_t line = 0; line < read.lines; line += block)
+        for (int64_t sample = 0; sample < read.samples; sample += block)
+            turn.turn(line, std::min(line + block, read.lines), sample, std::min(sample + block, read.samples));
+}
+
+// The part's samples as the image has them; `give` reads some of the lines in the order of the file. Null after
+// reporting.
+template <typename Give>
+OaPtr<uint8_t> collect_samples(const FilePart &part, int64_t sample_size, Give give) {
+    constexpr int64_t strip_bytes = int64_t{1} << 19;
+    constexpr int64_t least_lines = 64;
+    const SampleRectangle &rectangle = part.rectangle;
+    OaPtr<uint8_t> samples = new_samples(rectangle.area() * sample_size);
+    if (!part.is_turned)
+        return samples && give(rectangle, samples.get()) ? std::move(samples) : nullptr;
+    const int64_t line_bytes = rectangle.samples * sample_size;
+    const int64_t lines = std::min(rectangle.lines, std::max(least_lines, strip_bytes / line_bytes));
+    const OaPtr<uint8_t> strip = samples ? new_samples(lines * line_bytes) : nullptr;
+    if (!strip)
         return nullptr;
-    transpose(turned.get(), rectangle.samples, rectangle.lines, reader->sample_size(), samples.get());
+    const auto turn = sample_size == 1   ? turn_rows<uint8_t>
+                      : sample_size == 2 ? turn_rows<uint16_t>
+                      : sample_size == 4 ? turn_rows<uint32_t>
+                                         : turn_rows<uint64_t>;
+    for (int64_t line = 0; line < rectangle.lines; line += lines) {
+        const SampleRectangle read = {rectangle.line + line, std::min(lines, rectangle.lines - line), rectangle.sample,
+                                      rectangle.samples};
+        if (!give(read, strip.get()))
+            return nullptr;
+        turn(strip.get(), read, samples.get() + line * sample_size, rectangle.lines * sample_size);
+    }
     return samples;
 }
 
-// A whole band, with its neighbours at hand once they are asked for in turn; null when it must be read by itself.
-OaPtr<uint8_t> band_of_group(OaQube *qube, const OaQubePlane &plane, StridedReader *reader,
-                             const SampleRectangle &rectangle) {
-    constexpr int64_t largest_gap = 4096;  // of bytes that are read for nothing
-    const OaQubeExtent extent = OaQubePlaneExtent(qube->keywords, OA_BAND_AXIS);
-    const int band_place = qube->place_of(OA_BAND_AXIS);
-    if (plane.axis != OA_BAND_AXIS || plane.is_suffix || band_place == 2 || qube->place_of(OA_LINE_AXIS) != 2 ||
-        rectangle.area() != extent.lines * extent.samples)
-        return nullptr;
-    QubeBandLayout layout = {layout_of(*qube, {OA_BAND_AXIS, 1, false}, qube->keywords.core.bytes),
-                             band_place == 0 ? qube->layout.core_bytes : qube->layout.core_line,
-                             qube->keywords.core_items[OA_BAND_AXIS]};
-    layout.band_0.first += qube->start;
-    // With one sample or band the two kinds look alike.
-    const bool by_line = layout.band_0.sample_stride == layout.band_0.sample_bytes;
-    if (by_line != (band_place == 1) ||
-        (by_line && layout.band_stride - layout.band_0.span(extent.samples) > largest_gap))
-        return nullptr;
-    OaPtr<uint8_t> samples = new_samples(rectangle.area() * reader->sample_size());
-    const bool given = samples && qube->bands.give(reader, layout, rectangle, plane.number - 1, samples.get());
-    return given ? std::move(samples) : nullptr;
+// Null after reporting.
+OaPtr<uint8_t> read_samples(OaQube *qube, const OaQubePlane &plane, StridedReader *reader, const SampleLayout &layout,
+                            const SampleRectangle &rectangle) {
+    const FilePart part = in_file_order(layout, rectangle);
+    const bool at_hand = prepare_neighbours(qube, plane, *reader, part);
+    return collect_samples(part, reader->sample_size(), [&](const SampleRectangle &lines, uint8_t *out) {
+        if (!at_hand)
+            return read_into(reader, part.layout, lines, out);
+        qube->bands.give(*reader, lines, plane.number - 1, out);
+        return true;
+    });
 }
 
 OaObject *as_object(const ItemReader &reader, const SampleRectangle &part, OaPtr<uint8_t> samples) {
@@ -283,9 +302,7 @@ OaObject *OaReadQubePart(OaQube *qube, const OaQubePlane &plane, int64_t start_l
         return nullptr;
     layout.first += qube->start;
     OalResetBinrepErrors();
-    OaPtr<uint8_t> samples = band_of_group(qube, plane, reader->reader.get(), part);
-    if (!samples)
-        samples = read_samples(reader->reader.get(), layout, part);
+    OaPtr<uint8_t> samples = read_samples(qube, plane, reader->reader.get(), layout, part);
     if (!samples)
         return nullptr;
     OalReportBinrepErrors(__func__);

@@ -31,12 +31,11 @@ class StridedReader {
     // stay 0 and are told in `missing`. False after reporting.
     bool read(const SampleLayout &layout, const SampleRectangle &rectangle, uint8_t *out, ShortRead *missing);
 
-    // The stored bytes of neighbours: `out[i]` receives the rectangle's samples of the layout that begins i x
-    // `neighbour_stride` bytes later. Neighbours lie item by item or line by line within each other, in one run of
-    // bytes for each piece of the rectangle. False when reading fails or the file ends.
-    bool fetch_neighbours(const SampleLayout &layout, int64_t neighbour_stride, const SampleRectangle &rectangle,
-                          const std::vector<uint8_t *> &out);
-    void convert(const uint8_t *stored, uint8_t *out, int64_t samples) {
+    // Reads bytes from a place of the file as they are. Returns their number, fewer at the end of the file, or -1
+    // without a report; errno then tells why. Several threads may do so at once.
+    int64_t read_stored(int64_t position, int64_t count, uint8_t *into) const;
+    // Stored samples, lying one behind the other, into native ones.
+    void convert(const uint8_t *stored, uint8_t *out, int64_t samples) const {
         OalConvertRun(&plan_.item, stored, out, samples * plan_.items_per_sample);
     }
 
@@ -57,9 +56,6 @@ class StridedReader {
     }
     Piece largest_piece(const Piece &all) const;
     int64_t read_piece(const Piece &piece, int64_t position, uint8_t *out, int64_t *bytes_held);
-    bool fetch_items(const SampleRectangle &all, const std::vector<uint8_t *> &out);
-    bool fetch_lines(int64_t neighbour_stride, const SampleRectangle &rectangle, const std::vector<uint8_t *> &out);
-    bool read_bytes(int64_t position, int64_t count, uint8_t *into, int64_t *bytes_read);
     int64_t convert_piece(const Piece &piece, const uint8_t *stored, int64_t bytes_held, uint8_t *out);
     void convert_line(const uint8_t *stored, uint8_t *out, int64_t samples);
 
