@@ -1,5 +1,6 @@
-// The input is a QUBE object in label language, a zero byte, and the bytes of the data file. Planes, parts of them and
-// spectra are read; they must agree.
+// The input is a QUBE object in label language, a zero byte, and the bytes of the data file, behind which the file goes
+// on with many zeros if their number is odd: bands that are large enough are read several at a time. Planes, parts of
+// them and spectra are read; they must agree.
 #include "base/notice.h"
 #include "base/text.h"
 #include "data_file.h"
@@ -13,6 +14,8 @@
 #include <string_view>
 
 namespace {
+
+constexpr int64_t more_bytes = int64_t{1} << 19;
 
 // The plane's last line, read by itself, and the value of its last sample.
 void compare(OaQube *qube, const OaQubePlane &plane, const OaObject *whole) {
@@ -59,7 +62,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     util_set_notice_hook([](NoticeKind, const std::string &) {});
     const std::string_view input(reinterpret_cast<const char *>(data), size);
     const size_t label_end = std::min(input.find('\0'), input.size());
-    const DataFile file(input.substr(std::min(label_end + 1, input.size())));
+    const std::string_view bytes = input.substr(std::min(label_end + 1, input.size()));
+    const DataFile file(bytes);
+    if (bytes.size() % 2 == 1)
+        require(truncate(file.path().c_str(), more_bytes) == 0);
     const std::string label =
         util_format("^QUBE = (\"%s\", 1)\n", file.path().c_str()) + std::string(input.substr(0, label_end)) + "\nEND\n";
     const OdlTree tree(OdlParseLabelString(label.c_str(), nullptr, 0, 1));

@@ -46,7 +46,7 @@ int fail_as_size(const std::string &keyword, const std::string &text) {
     return 1;
 }
 
-// 0, or 1 after reporting. An absent keyword leaves `out` as it is, where it may be absent.
+// 0, or 1 after reporting. Where the keyword may be absent, one that is, or says nothing, leaves `out` as it is.
 int read_size(const ObjDesc *node, const char *keyword, bool required, int64_t *out) {
     std::vector<std::string> elements;
     if (!elements_of(node, keyword, &elements)) {
@@ -56,6 +56,8 @@ int read_size(const ObjDesc *node, const char *keyword, bool required, int64_t *
         return 1;
     }
     const std::string text = elements.empty() ? "" : elements[0];
+    if (!required && elements.size() <= 1 && says_nothing(text))
+        return 0;
     return elements.size() == 1 && OalParseInteger(text, out) && *out >= 1 ? 0 : fail_as_size(keyword, text);
 }
 
@@ -130,7 +132,7 @@ int read_extents(const ObjDesc *node, OaQubeKeywords *out) {
     if (read_sizes("CORE_ITEMS", elements, *out, 1, &out->core_items) != 0)
         return 1;
     std::array<int64_t, oa_qube_axes> suffix_items = {};
-    if (elements_of(node, "SUFFIX_ITEMS", &elements) &&
+    if (elements_of(node, "SUFFIX_ITEMS", &elements) && !(elements.size() == 1 && says_nothing(elements[0])) &&
         read_sizes("SUFFIX_ITEMS", elements, *out, 0, &suffix_items) != 0)
         return 1;
     for (size_t axis = 0; axis < oa_qube_axes; ++axis)
@@ -287,7 +289,9 @@ class SuffixLists {
 };
 
 int read_suffixes(const ObjDesc *node, OaQubeKeywords *out) {
-    if (read_size(node, "SUFFIX_BYTES", false, &out->suffix_bytes) != 0)
+    const bool has_suffixes = std::any_of(out->suffixes.begin(), out->suffixes.end(),
+                                          [](const OaQubeSuffix &suffix) { return suffix.items > 0; });
+    if (has_suffixes && read_size(node, "SUFFIX_BYTES", false, &out->suffix_bytes) != 0)
         return 1;
     for (const OaQubeAxis axis : {OA_SAMPLE_AXIS, OA_LINE_AXIS, OA_BAND_AXIS}) {
         OaQubeSuffix &suffix = out->suffixes[axis];
@@ -303,7 +307,7 @@ int read_suffixes(const ObjDesc *node, OaQubeKeywords *out) {
 
 // --- Bands ----------------------------------------------------------------------------------------------------------
 
-// The numbers of a keyword on the qube or on a group within it.
+// NaN where an element is none; empty when the keyword is absent.
 std::vector<double> numbers_of(const ObjDesc *node, const char *keyword) {
     std::vector<std::string> elements;
     if (!elements_of(node, keyword, &elements))
@@ -316,6 +320,7 @@ std::vector<double> numbers_of(const ObjDesc *node, const char *keyword) {
     return numbers;
 }
 
+// On the qube or a group in it; failing that, on a group beside it or what holds it.
 void read_band_bins(const ObjDesc *node, OaBandBins *out) {
     const auto read_from = [out](const ObjDesc *holder) {
         if (out->centers.empty())
@@ -328,6 +333,12 @@ void read_band_bins(const ObjDesc *node, OaBandBins *out) {
     read_from(node);
     for (const ObjDesc *child = node->first_child; child; child = child->right_sibling)
         read_from(child);
+    if (!node->parent)
+        return;
+    for (const ObjDesc *beside = node->parent->first_child; beside; beside = beside->right_sibling)
+        if (beside->is_a_group)
+            read_from(beside);
+    read_from(node->parent);
 }
 
 }  // namespace

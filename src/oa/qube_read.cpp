@@ -184,7 +184,7 @@ void turn_rows(const uint8_t *rows, const SampleRectangle &read, uint8_t *out, i
 // reporting.
 template <typename Give>
 OaPtr<uint8_t> collect_samples(const FilePart &part, int64_t sample_size, Give give) {
-    constexpr int64_t strip_bytes = int64_t{1} << 19;
+    constexpr int64_t strip_bytes = int64_t{1} << 16;
     constexpr int64_t least_lines = 64;
     const SampleRectangle &rectangle = part.rectangle;
     OaPtr<uint8_t> samples = new_samples(rectangle.area() * sample_size);

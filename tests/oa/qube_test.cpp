@@ -117,24 +117,41 @@ TEST_F(Qube, FindsEachItemInEveryOrderOfAxes) {
 }
 
 TEST_F(Qube, ReadsEveryTypeOfCoreItems) {
-    const std::vector<int64_t> whole = {1, 2, 4, 8}, real = {4, 8}, vax = {2, 4}, one = {1}, eight = {8};
-    const std::pair<const char *, std::vector<int64_t>> cases[] = {
-        {"MSB_INTEGER", whole}, {"\"UNSIGNED_INTEGER\"", whole},
-        {"LSB_INTEGER", whole}, {"PC_UNSIGNED_INTEGER", whole},
-        {"IBM_INTEGER", vax},   {"VAX_INTEGER", vax},
-        {"BOOLEAN", one},       {"IEEE_REAL", real},
-        {"REAL", real},         {"PC_REAL", real},
-        {"VAX_REAL", real},     {"VAX_DOUBLE", eight},
-        {"VAXG_REAL", eight}};
+    const std::vector<int64_t> whole = {1, 2, 4, 8}, real = {4, 8}, one = {1}, eight = {8};
+    const std::pair<const char *, std::vector<int64_t>> cases[] = {{"MSB_INTEGER", whole},
+                                                                   {"\"UNSIGNED_INTEGER\"", whole},
+                                                                   {"LSB_INTEGER", whole},
+                                                                   {"PC_INTEGER", whole},
+                                                                   {"PC_UNSIGNED_INTEGER", whole},
+                                                                   {"LSB_UNSIGNED_INTEGER", whole},
+                                                                   {"IBM_INTEGER", whole},
+                                                                   {"IBM_UNSIGNED_INTEGER", whole},
+                                                                   {"VAX_INTEGER", whole},
+                                                                   {"INTEGER", whole},
+                                                                   {"VAX_UNSIGNED_INTEGER", whole},
+                                                                   {"MAC_UNSIGNED_INTEGER", whole},
+                                                                   {"SUN_INTEGER", whole},
+                                                                   {"MSB_UNSIGNED_INTEGER", whole},
+                                                                   {"BOOLEAN", one},
+                                                                   {"IEEE_REAL", real},
+                                                                   {"FLOAT", real},
+                                                                   {"SUN_REAL", real},
+                                                                   {"REAL", real},
+                                                                   {"MAC_REAL", real},
+                                                                   {"PC_REAL", real},
+                                                                   {"VAX_REAL", real},
+                                                                   {"VAX_DOUBLE", eight},
+                                                                   {"VAXG_REAL", eight}};
     for (const auto &[type, sizes] : cases)
         for (const int64_t size : sizes)
-            for (const Order &order : orders) {
+            for (const Order &order : {orders[0], orders[4]}) {
                 const QubeProduct product = {
                     .order = order, .core = {4, 3, 3}, .suffix = {1, 0, 0}, .type = type, .bytes = size};
                 SCOPED_TRACE(util_format("%s %d", type, static_cast<int>(size)));
                 expect_qube(open(product).get(), product);
             }
-    for (const char *type : {"CHARACTER", "IBM_REAL", "MSB_BIT_STRING", "COMPLEX", "msb_integer", "N/A"}) {
+    for (const char *type :
+         {"CHARACTER", "IBM_REAL", "MSB_BIT_STRING", "COMPLEX", "BCD", "ASCII_REAL", "msb_integer", "N/A"}) {
         EXPECT_FALSE(open(QubeProduct{.type = type, .bytes = 4}));
         expect_report(520, "CORE_ITEM_TYPE = ");
     }
@@ -227,7 +244,8 @@ TEST_F(Qube, RefusesWhatTheFileDoesNotHold) {
 // --- Labels ---------------------------------------------------------------------------------------------------------
 
 // The label's lines of a small qube with some replaced ("KEY = VALUE") or left out ("KEY").
-int read_keywords(const std::vector<std::string> &changes, OaQubeKeywords *out, const char *group = "") {
+int read_keywords(const std::vector<std::string> &changes, OaQubeKeywords *out, const char *group = "",
+                  const char *beside = "") {
     std::vector<std::string> lines = {"AXES = 3",
                                       "AXIS_NAME = (SAMPLE, BAND, LINE)",
                                       "CORE_ITEMS = (4, 2, 3)",
@@ -243,7 +261,7 @@ int read_keywords(const std::vector<std::string> &changes, OaQubeKeywords *out, 
     std::string text = "OBJECT = QUBE\n";
     for (const std::string &line : lines)
         text += line + "\n";
-    text += group + std::string("END_OBJECT = QUBE\nEND\n");
+    text += group + std::string("END_OBJECT = QUBE\n") + beside + "END\n";
     const OdlTree root(OdlParseLabelString(text.c_str(), nullptr, 0, 1));
     return OaGetQubeKeywords(OdlFindObjDesc(root.get(), "QUBE", nullptr, nullptr, 1, SCOPE_TO_END), out);
 }
@@ -255,6 +273,7 @@ TEST_F(Qube, RefusesLabelsThatDescribeNoQube) {
         const char *message;
     } const cases[] = {
         {{"AXES = 0"}, 502, "AXES = 0 is not a size"},
+        {{"AXES = 7"}, 520, "AXES = 7: qubes have 1 to 3 axes"},
         {{"AXES = three"}, 502, "AXES = three"},
         {{"AXES", "CORE_ITEMS = (4, 2, 3, 1)"}, 520, "AXES = 4"},
         {{"AXIS_NAME = (SAMPLE, BAND, SAMPLE)"}, 502, "AXIS_NAME has SAMPLE twice"},
@@ -266,6 +285,8 @@ TEST_F(Qube, RefusesLabelsThatDescribeNoQube) {
         {{"CORE_ITEMS = (4, -1, 3)"}, 502, "CORE_ITEMS = -1"},
         {{"CORE_ITEMS = (1099511627776, 1099511627776, 3)"}, 502, "larger than any file"},
         {{"SUFFIX_ITEMS = (0, 0, 9223372036854775807)"}, 502, "larger than any file"},
+        {{"SUFFIX_ITEMS = (2, 1)"}, 502, "SUFFIX_ITEMS has 2 values, AXES = 3"},
+        {{"SUFFIX_ITEMS = (2, 1, -1)"}, 502, "SUFFIX_ITEMS = -1 is not a size"},
         {{"SUFFIX_BYTES = 0"}, 502, "SUFFIX_BYTES = 0"},
         {{"CORE_ITEM_BYTES"}, 531, "CORE_ITEM_BYTES keyword missing"},
         {{"CORE_ITEM_BYTES = 3"}, 520, "CORE_ITEM_BYTES = 3"},
@@ -284,7 +305,7 @@ TEST_F(Qube, RefusesLabelsThatDescribeNoQube) {
 
 TEST_F(Qube, TakesWhatTheLabelSaysAndDefaults) {
     OaQubeKeywords plain;
-    ASSERT_EQ(read_keywords({"AXES", "AXIS_NAME", "SUFFIX_ITEMS"}, &plain), 0);
+    ASSERT_EQ(read_keywords({"AXES", "AXIS_NAME", "SUFFIX_ITEMS = 'N/A'", "SUFFIX_BYTES = 0"}, &plain), 0);
     EXPECT_EQ(plain.order, (Order{S, L, B}));
     EXPECT_EQ(plain.core_items, (QubeProduct::Sizes{4, 2, 3}));
     EXPECT_FALSE(plain.core.is_scaled());
@@ -293,6 +314,14 @@ TEST_F(Qube, TakesWhatTheLabelSaysAndDefaults) {
     ASSERT_EQ(
         read_keywords({"AXES = 2", "AXIS_NAME = ('band', \"Line\")", "CORE_ITEMS = (5, 6)", "SUFFIX_ITEMS"}, &flat), 0);
     EXPECT_EQ(flat.order, (Order{B, L, S}));
+    OaQubeKeywords beside;
+    ASSERT_EQ(read_keywords({}, &beside, "GROUP = A\n BAND_BIN_UNIT = NM\nEND_GROUP\n",
+                            "GROUP = BAND_BIN\n BAND_BIN_CENTER = (1, 2)\n BAND_BIN_UNIT = UM\nEND_GROUP\n"
+                            "BAND_BIN_WIDTH = (3, 4)\nOBJECT = B\n BAND_BIN_CENTER = 9\nEND_OBJECT\n"),
+              0);
+    EXPECT_EQ(beside.band_bins.centers, (std::vector<double>{1, 2}));
+    EXPECT_EQ(beside.band_bins.widths, (std::vector<double>{3, 4}));
+    EXPECT_EQ(beside.band_bins.unit, "NM");
     EXPECT_EQ(flat.core_items, (QubeProduct::Sizes{1, 6, 5}));
 
     OaQubeKeywords qube;
