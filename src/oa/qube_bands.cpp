@@ -12,7 +12,7 @@ namespace {
 // Parts of bands with fewer bytes are read one by one in no time, and no step.
 constexpr int64_t least_part = int64_t{1} << 16;
 // Bytes of all bands held. Few items until a step shows that more are wanted: a pass over them yields any number.
-constexpr int64_t bytes_of_lines = int64_t{1} << 25;
+constexpr int64_t bytes_of_lines = int64_t{1} << 26;
 constexpr int64_t few_items = int64_t{1} << 26;
 constexpr int64_t most_bytes = int64_t{1} << 28;
 constexpr int64_t least_bands_of_lines = 4;
@@ -129,8 +129,10 @@ bool QubeBandGroup::fetch(const StridedReader &reader, const QubeBandLayout &lay
     const int64_t bytes = tiles_.count * tiles_.bytes;
     if (held_bytes_ < bytes) {
         held_.reset();
-        held_.reset(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(bytes))));
-        held_bytes_ = held_ ? bytes : 0;
+        // As much as all bands may take: what is not touched costs nothing, what was touched is not cleared again.
+        held_bytes_ = std::clamp(bytes / count_ * layout.bands, bytes, most_bytes);
+        held_.reset(static_cast<uint8_t *>(OaMalloc(static_cast<size_t>(held_bytes_))));
+        held_bytes_ = held_ ? held_bytes_ : 0;
     }
     if (!held_)
         return false;
