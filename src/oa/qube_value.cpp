@@ -147,6 +147,30 @@ class ValueReader {
         return std::isfinite(physical) ? OaQubeValue{OA_QUBE_VALID, physical} : OaQubeValue{OA_QUBE_NOT_FINITE, 0};
     }
 
+    // Physical values of `count` samples, NaN where there is no data; the same as of one by one. Loops without
+    // branches, which become vectors.
+    void read_piece(const uint8_t *samples, size_t count, double *out) const {
+        constexpr double no_data = std::numeric_limits<double>::quiet_NaN();
+        std::array<T, piece> stored;
+        memcpy(stored.data(), samples, count * sizeof(T));
+        for (size_t i = 0; i < count; ++i) {
+            const double physical = base_ + multiplier_ * static_cast<double>(stored[i]);
+            out[i] = std::fabs(physical) <= DBL_MAX ? physical : no_data;
+        }
+        for (size_t s = 0; s < count_; ++s) {
+            const T special = specials_[s].value;  // one that is a NaN, only its bits would find: it is no data anyway
+            for (size_t i = 0; i < count; ++i)
+                out[i] = stored[i] == special ? no_data : out[i];
+        }
+        if (!minimum_)
+            return;
+        const T minimum = *minimum_;
+        for (size_t i = 0; i < count; ++i)
+            out[i] = stored[i] < minimum ? no_data : out[i];
+    }
+
+    static constexpr size_t piece = 1024;  // samples at most
+
   private:
     struct Special {
         T value;
@@ -183,11 +207,28 @@ bool with_reader(const OaQubeItem &item, Use use) {
     return true;
 }
 
+// Calls `use` with the physical values of some samples after others, NaN where there is no data; there is room for a
+// whole piece. False when the item holds no numbers.
+template <typename Use>
+bool for_pieces(const OaQubeItem &item, const uint8_t *samples, int64_t count, Use use) {
+    return with_reader(item, [&](const auto &reader) {
+        constexpr size_t piece = std::remove_cvref_t<decltype(reader)>::piece;
+        std::array<double, piece> values;
+        for (int64_t done = 0; done < count;) {
+            const auto some = static_cast<size_t>(std::min<int64_t>(piece, count - done));
+            reader.read_piece(samples + done * item.bytes, some, values.data());
+            use(values.data(), some);
+            done += static_cast<int64_t>(some);
+        }
+    });
+}
+
 // Physical values may lie beyond what a float holds.
 float as_float(double value) {
-    return std::fabs(value) > static_cast<double>(FLT_MAX)
-               ? std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(value < 0 ? -1 : 1))
-               : static_cast<float>(value);
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    constexpr auto limit = static_cast<double>(FLT_MAX);
+    const float rounded = value > limit ? infinity : static_cast<float>(value);
+    return value < -limit ? -infinity : rounded;
 }
 
 }  // namespace
@@ -252,11 +293,10 @@ OaQubeValue OaQubeValueOf(const OaQubeItem &item, const void *native_sample) {
 void OaQubePhysicalValues(const OaQubeItem &item, const void *native_samples, int64_t count, float *out) {
     constexpr float no_data = std::numeric_limits<float>::quiet_NaN();
     const auto *samples = static_cast<const uint8_t *>(native_samples);
-    const bool known = with_reader(item, [&](const auto &reader) {
-        for (int64_t i = 0; i < count; ++i) {
-            const OaQubeValue value = reader.read(samples + i * item.bytes);
-            out[i] = value.state == OA_QUBE_VALID ? as_float(value.physical) : no_data;
-        }
+    const bool known = for_pieces(item, samples, count, [&](const double *values, size_t some) {
+        for (size_t i = 0; i < some; ++i)
+            out[i] = as_float(values[i]);
+        out += some;
     });
     if (!known)
         std::fill(out, out + count, no_data);
@@ -264,14 +304,23 @@ void OaQubePhysicalValues(const OaQubeItem &item, const void *native_samples, in
 
 void OaQubeWidenRange(const OaQubeItem &item, const void *native_samples, int64_t count, double *minimum,
                       double *maximum) {
+    constexpr size_t lanes = 8;  // comparisons that need not wait for each other
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    std::array<double, lanes> least;
+    std::array<double, lanes> greatest;
+    least.fill(infinity);
+    greatest.fill(-infinity);
     const auto *samples = static_cast<const uint8_t *>(native_samples);
-    with_reader(item, [&](const auto &reader) {
-        for (int64_t i = 0; i < count; ++i) {
-            const OaQubeValue value = reader.read(samples + i * item.bytes);
-            if (value.state != OA_QUBE_VALID)
-                continue;
-            *minimum = std::min(*minimum, value.physical);
-            *maximum = std::max(*maximum, value.physical);
-        }
+    for_pieces(item, samples, count, [&](double *values, size_t some) {
+        const size_t whole = (some + lanes - 1) / lanes * lanes;
+        std::fill(values + some, values + whole, std::numeric_limits<double>::quiet_NaN());
+        for (size_t i = 0; i < whole; i += lanes)
+            for (size_t lane = 0; lane < lanes; ++lane) {  // a comparison with NaN is false
+                const double value = values[i + lane];
+                least[lane] = value < least[lane] ? value : least[lane];
+                greatest[lane] = value > greatest[lane] ? value : greatest[lane];
+            }
     });
+    *minimum = std::min(*minimum, *std::min_element(least.begin(), least.end()));
+    *maximum = std::max(*maximum, *std::max_element(greatest.begin(), greatest.end()));
 }

@@ -5,6 +5,7 @@
 #include "support/qube_product.h"
 #include "support/silent_reports.h"
 
+#include <cfloat>
 #include <cmath>
 #include <random>
 
@@ -433,6 +434,54 @@ TEST_F(Qube, KnowsSpecialValuesByTheirStoredBits) {
         float shown = 0;
         OaQubePhysicalValues(core, band->data, 1, &shown);
         EXPECT_TRUE(*c.state ? std::isnan(shown) : shown == static_cast<float>(c.physical)) << shown;
+    }
+}
+
+TEST_F(Qube, GivesManyValuesAsOneByOne) {
+    const struct {
+        const char *type;
+        int64_t bytes;
+        uint64_t null, minimum;
+    } cases[] = {{"UNSIGNED_INTEGER", 1, 7, 3},
+                 {"LSB_INTEGER", 2, 0x8000, 0xC000},
+                 {"LSB_INTEGER", 8, 5, 1},
+                 {"PC_REAL", 4, 0x7FC00001, 0xFF000000},
+                 {"PC_REAL", 8, 0, 0xFFE0000000000000}};
+    std::mt19937_64 random(8);
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.type) + " " + std::to_string(c.bytes));
+        OaQubeItem item;
+        item.type = c.type;
+        item.bytes = c.bytes;
+        item.base = 0.5;
+        item.multiplier = 3;
+        item.specials[OA_QUBE_NULL] = c.null;
+        item.valid_minimum = c.minimum;
+        constexpr int64_t count = 3001;
+        std::vector<uint8_t> samples(static_cast<size_t>(count * c.bytes));
+        for (uint8_t &byte : samples)
+            byte = static_cast<uint8_t>(random());
+        memcpy(samples.data(), &c.null, static_cast<size_t>(c.bytes));
+        std::vector<float> values(static_cast<size_t>(count));
+        OaQubePhysicalValues(item, samples.data(), count, values.data());
+        double minimum = 1e300, maximum = -1e300, least = 1e300, greatest = -1e300;
+        OaQubeWidenRange(item, samples.data(), count, &minimum, &maximum);
+        for (int64_t i = 0; i < count; ++i) {
+            const OaQubeValue value = OaQubeValueOf(item, samples.data() + i * c.bytes);
+            const float shown = values[static_cast<size_t>(i)];
+            if (value.state != OA_QUBE_VALID) {
+                ASSERT_TRUE(std::isnan(shown)) << i;
+                continue;
+            }
+            if (std::fabs(value.physical) <= FLT_MAX)
+                ASSERT_EQ(shown, static_cast<float>(value.physical)) << i;
+            else
+                ASSERT_TRUE(std::isinf(shown) && std::signbit(shown) == (value.physical < 0)) << i;
+            least = std::min(least, value.physical);
+            greatest = std::max(greatest, value.physical);
+        }
+        EXPECT_EQ(minimum, least);
+        EXPECT_EQ(maximum, greatest);
     }
 }
 
