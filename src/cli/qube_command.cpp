@@ -171,13 +171,15 @@ std::string export_part(const Request &request, const ObjDesc *node) {
     if (request.spectrum)
         return export_spectrum(request, node, qube.get());
     OaQubePlane plane = {OA_BAND_AXIS, request.image.band, false};
+    std::string suffix_name;
     if (request.suffix) {
         const auto found = find_suffix_plane(keywords, *request.suffix);
         if (!found)
             return unknown_suffix(keywords, *request.suffix);
         plane = *found;
+        suffix_name = suffix_plane_name(keywords, plane);
     }
-    return export_image(request.image, node, qube_plane_source(qube, plane).get());
+    return export_image(request.image, node, qube_plane_source(qube, plane, suffix_name).get());
 }
 
 }  // namespace

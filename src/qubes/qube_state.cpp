@@ -112,7 +112,8 @@ std::unique_ptr<SampleSource> QubeState::source_of(const OaQubePlane &shown) {
             Window *window = window_of(this);
             return window && spectrum_on_click && show_spectrum(window, line, sample);
         };
-    return qube_plane_source(qube, shown, std::move(click));
+    const std::string name = shown.is_suffix ? suffix_plane_name(OaKeywordsOfQube(qube.get()), shown) : "";
+    return qube_plane_source(qube, shown, name, std::move(click));
 }
 
 void QubeState::follow_bands(Window *window) {

@@ -290,16 +290,18 @@ TEST(QubeWindow, SuffixPlanesAreImages) {
     run_viewer([] {
         const ScratchFolder folder;
         QubeProduct product = three_bands();
-        product.suffix = {1, 1, 2};
-        product.more += " BAND_SUFFIX_NAME = (LATITUDE, LONGITUDE)\n BAND_SUFFIX_UNIT = (DEGREE, DEGREE)\n";
+        product.suffix = {2, 1, 2};
+        product.more +=
+            " SAMPLE_SUFFIX_NAME = PATH\n BAND_SUFFIX_NAME = (LATITUDE, LONGITUDE)\n BAND_SUFFIX_UNIT = (DEGREE, "
+            "DEGREE)\n";
         const OpenQube qube(write_qube(folder, "Q", product));
         ASSERT_TRUE(qube.control && qube.image);
         ASSERT_TRUE(choose_command(qube.image, 1052));
         Window *list = find_window("Lumacart - Qube Side Data - Q.LBL");
         ASSERT_TRUE(list);
-        EXPECT_EQ(grid_size(list, plane_list), (GuiCell{4, 5}));
-        EXPECT_EQ(cell_on_screen(list, plane_list, {1, 1}), "bottom plane (samples x bands)");
-        EXPECT_EQ(cell_on_screen(list, plane_list, {2, 0}), "LATITUDE");
+        EXPECT_EQ(grid_size(list, plane_list), (GuiCell{5, 5}));
+        EXPECT_EQ(cell_on_screen(list, plane_list, {2, 1}), "bottom plane (samples x bands)");
+        EXPECT_EQ(cell_on_screen(list, plane_list, {3, 0}), "LATITUDE");
         EXPECT_FALSE(gui_control_shown(list, plane_remark));
         const auto opened = [&](int64_t row) {
             gui_set_grid_current(list, plane_list, {row, 0});
@@ -309,12 +311,12 @@ TEST(QubeWindow, SuffixPlanesAreImages) {
             plane.image = gui_windows().back();
             return plane;
         };
-        const OpenQube side = opened(0);
-        EXPECT_EQ(gui_title(side.image), "Lumacart - Image from QUBE - Q.LBL - SAMPLE suffix 1");
-        EXPECT_EQ(side.value(), "value: sample suffix 1 at line 1, band 1: 10031");
-        EXPECT_EQ(opened(1).value(), "value: line suffix 1 at sample 1, band 1: 19031");
+        const OpenQube side = opened(1);
+        EXPECT_EQ(gui_title(side.image), "Lumacart - Image from QUBE - Q.LBL - PATH 2");
+        EXPECT_EQ(side.value(), "value: PATH 2 at line 1, band 1: 11031");
+        EXPECT_EQ(opened(2).value(), "value: LINE suffix 1 at sample 1, band 1: 19031");
         mouse_click(side.image, {1, 1});
-        double_click_cell(list, plane_list, {3, 0});
+        double_click_cell(list, plane_list, {4, 0});
         OpenQube back = qube;
         back.image = find_window("Lumacart - Image from QUBE - Q.LBL - LONGITUDE");
         ASSERT_TRUE(back.image);

@@ -30,8 +30,8 @@ std::string stored_bits(const void *native_sample, int64_t bytes) {
 
 class QubePlaneSource : public SampleSource {
   public:
-    QubePlaneSource(std::shared_ptr<OaQube> qube, const OaQubePlane &plane, QubeClick click)
-        : qube_(std::move(qube)), plane_(plane), click_(std::move(click)) {
+    QubePlaneSource(std::shared_ptr<OaQube> qube, const OaQubePlane &plane, std::string suffix_name, QubeClick click)
+        : qube_(std::move(qube)), plane_(plane), suffix_name_(std::move(suffix_name)), click_(std::move(click)) {
         if (!plane.is_suffix)
             item_ = keywords().core;
         else if (const OaQubeItem *item = OaItemOfPlane(qube_.get(), plane))
@@ -53,6 +53,7 @@ class QubePlaneSource : public SampleSource {
 
     std::shared_ptr<OaQube> qube_;
     OaQubePlane plane_;
+    std::string suffix_name_;
     OaQubeItem item_;  // of no number kind where there is no such suffix plane
     QubeClick click_;
 };
@@ -111,13 +112,12 @@ OaObjectPtr QubePlaneSource::read_block(const SampleBlock &block) {
 
 // "band 3 (1.25 MICROMETER)", or the name of a suffix plane.
 std::string QubePlaneSource::plane_text() const {
-    if (plane_.is_suffix && !item_.name.empty())
-        return item_.name;
-    std::string text =
-        util_lower(OaQubeAxisName(plane_.axis)) + (plane_.is_suffix ? " suffix " : " ") + std::to_string(plane_.number);
+    if (plane_.is_suffix)
+        return suffix_name_;
+    std::string text = util_lower(OaQubeAxisName(plane_.axis)) + " " + std::to_string(plane_.number);
     const auto &[centers, widths, unit] = keywords().band_bins;
     const auto index = static_cast<size_t>(plane_.number - 1);
-    if (plane_.axis == OA_BAND_AXIS && !plane_.is_suffix && index < centers.size() && std::isfinite(centers[index]))
+    if (plane_.axis == OA_BAND_AXIS && index < centers.size() && std::isfinite(centers[index]))
         text += " (" + util_number_text(centers[index]) + (unit.empty() ? "" : " " + unit) + ")";
     return text;
 }
@@ -146,8 +146,8 @@ std::string QubePlaneSource::value_text(int64_t line, int64_t sample, bool hexad
 }  // namespace
 
 std::unique_ptr<SampleSource> qube_plane_source(std::shared_ptr<OaQube> qube, const OaQubePlane &plane,
-                                                QubeClick click) {
-    return std::make_unique<QubePlaneSource>(std::move(qube), plane, std::move(click));
+                                                std::string suffix_name, QubeClick click) {
+    return std::make_unique<QubePlaneSource>(std::move(qube), plane, std::move(suffix_name), std::move(click));
 }
 
 std::unique_ptr<SampleSource> qube_band_source(const ObjDesc *node, int64_t band) {

@@ -17,7 +17,7 @@ Shown show(const QubeProduct &product, const OaQubePlane &plane) {
     const ScratchFolder folder;
     const OdlTree root(OaParseLabelFile(write_qube(folder, "Q", product).c_str(), nullptr, 0, 1));
     const std::shared_ptr<OaQube> qube = OaQubePtr(OaOpenQube(root->first_child));
-    const auto source = qube_plane_source(qube, plane);
+    const auto source = qube_plane_source(qube, plane, "LATITUDE 2");
     ImageDescription description;
     Shown shown;
     shown.fault = source->describe(&description);
@@ -58,10 +58,10 @@ TEST(QubeSource, ShowsWhatIsDataBetweenItsExtremes) {
          band,
          {0, 0, 0, 255},
          "band 1: BELOW_MINIMUM"},
-        {{.core = core, .suffix = suffix, .more = "BAND_SUFFIX_NAME = ANGLE\nBAND_SUFFIX_UNIT = DEG\n"},
+        {{.core = core, .suffix = suffix, .more = "BAND_SUFFIX_NAME = LATITUDE\nBAND_SUFFIX_UNIT = DEG\n"},
          back,
          {0, 247, 8, 255},
-         "ANGLE: 28061 DEG"},
+         "LATITUDE 2: 28061 DEG"},
     };
     for (const auto &c : cases) {
         const Shown shown = show(c.product, c.plane);
@@ -70,7 +70,7 @@ TEST(QubeSource, ShowsWhatIsDataBetweenItsExtremes) {
         EXPECT_EQ(shown.value, c.value);
     }
     const Shown odd = show({.core = core, .suffix = suffix, .suffix_type = "CHARACTER"}, back);
-    EXPECT_EQ(odd.fault, "Open Qube failed\nband suffix 1: items of type CHARACTER and 4 bytes cannot be shown.");
+    EXPECT_EQ(odd.fault, "Open Qube failed\nLATITUDE 2: items of type CHARACTER and 4 bytes cannot be shown.");
     EXPECT_TRUE(odd.levels.empty());
 }
 
