@@ -67,8 +67,12 @@ bool QubeState::offers(int command) const {
             return !plane.is_suffix && plane.number < band_count(*this);
         case previous_band_command:
             return !plane.is_suffix && plane.number > 1;
-        default:  // on spectra, of which there are none without a place in the image
-            return plane.axis == OA_BAND_AXIS;
+        case keep_spectrum_command:
+            return has_spectra() && !spectra.shown_is_kept();
+        case remove_kept_command:
+            return !spectra.kept.empty();
+        default:
+            return false;
     }
 }
 
@@ -104,10 +108,9 @@ std::unique_ptr<SampleSource> QubeState::prepare_image(GenericState *state) {
     return source_of(plane);
 }
 
-// Side and bottom planes have no place in the image that a spectrum could be of.
 std::unique_ptr<SampleSource> QubeState::source_of(const OaQubePlane &shown) {
     QubeClick click;
-    if (shown.axis == OA_BAND_AXIS)
+    if (has_spectra())
         click = [this](int64_t line, int64_t sample) {
             Window *window = window_of(this);
             return window && spectrum_on_click && show_spectrum(window, line, sample);

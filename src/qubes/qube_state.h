@@ -26,6 +26,8 @@ struct QubeState : ModuleState {
     void follow_bands(Window *window) override;
 
   private:
+    // Side and bottom planes have no place in the image that a spectrum could be of.
+    bool has_spectra() const { return plane.axis == OA_BAND_AXIS; }
     std::unique_ptr<SampleSource> source_of(const OaQubePlane &shown);
 };
 

@@ -6,8 +6,6 @@
 namespace {
 
 constexpr int plot_resource = 250;
-constexpr int keep_command = 2080;
-constexpr int remove_kept_command = 2081;
 constexpr int plot_child = 2082;  // among the image window's children
 constexpr int table_child = 2083;
 constexpr GuiSize plot_size = {640, 440};
@@ -21,13 +19,11 @@ std::string file_name_of(const Window *image_window) {
 }
 
 void enable_commands(Window *image_window) {
-    const SpectrumState &spectra = qube_state(image_window)->spectra;
-    for (Window *window : {image_window, child_of(window_state(image_window), plot_child)}) {
-        if (!window)
-            continue;
-        gui_enable_command(window, keep_command, spectra.shown && !spectra.shown_is_kept());
-        gui_enable_command(window, remove_kept_command, !spectra.kept.empty());
-    }
+    const QubeState &state = *qube_state(image_window);
+    for (Window *window : {image_window, child_of(window_state(image_window), plot_child)})
+        for (const int command : {keep_spectrum_command, remove_kept_command})
+            if (window)
+                gui_enable_command(window, command, state.offers(command));
 }
 
 // False after a message.

@@ -3,6 +3,9 @@
 
 #include "qubes/qube_state.h"
 
+constexpr int keep_spectrum_command = 2080;
+constexpr int remove_kept_command = 2081;
+
 // Shows the spectrum at a line and sample of the qube behind an image window, in the windows chosen. False after a
 // message, or when none is chosen. The image window may have gone during the message.
 bool show_spectrum(Window *image_window, int64_t line, int64_t sample);

@@ -105,6 +105,7 @@ TEST(Spectrum, KeptOnesAreComparedUntilTheyAreRemoved) {
     run_spectrum_test([](SpectrumTest &test) {
         test.open(2, " BAND_BIN_CENTER = (0.5)\n");
         test.responder.shown.clear();
+        EXPECT_FALSE(choose_command(test.image, remove_kept)) << "none is kept";
         EXPECT_TRUE(choose_command(test.image, keep));
         EXPECT_EQ(test.responder.shown, Shown{"note: There is no spectrum yet. Click on the image to see one."});
         test.click(1, 1);
