@@ -13,7 +13,6 @@ namespace {
 constexpr int control_command = 1054;
 constexpr int close_command = 1008;
 constexpr int control_resource = 240;
-constexpr size_t longest_title_name = 60;
 
 // Controls.
 constexpr int band_field = 1;
@@ -205,9 +204,7 @@ void run_command(Window *window, int number) {
 void create_control(Window *window) {
     Window *image_window = control_state(window).image_window;
     const QubeState &qube = *qube_state(image_window);
-    const std::string &path = window_state(image_window)->label_state->file_name;
-    gui_set_title(window,
-                  "Lumacart - Qube Control - " + shown_name(path.substr(path.rfind('/') + 1), longest_title_name));
+    gui_set_title(window, "Lumacart - Qube Control - " + name_for_titles(image_window));
     gui_set_text(window, bands_text, plural_bands(band_count(qube)));
     gui_set_paragraphs(window, description_text, describe_qube(OaKeywordsOfQube(qube.qube.get())));
     gui_show_paragraph(window, description_text, 0);

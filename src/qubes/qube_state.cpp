@@ -137,6 +137,12 @@ int64_t band_count(const QubeState &state) {
     return OaKeywordsOfQube(state.qube.get()).core_items[OA_BAND_AXIS];
 }
 
+std::string name_for_titles(const Window *image_window) {
+    constexpr size_t longest = 60;
+    const std::string &path = window_state(image_window)->label_state->file_name;
+    return shown_name(path.substr(path.rfind('/') + 1), longest);
+}
+
 bool shows_plane(const Window *image_window) {
     const GenericState *state = window_state(image_window);
     return state && (!state->bands || state->bands->choice.is_grey);

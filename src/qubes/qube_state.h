@@ -34,5 +34,7 @@ struct QubeState : ModuleState {
 // Null for windows that show no part of a qube.
 QubeState *qube_state(const Window *image_window);
 int64_t band_count(const QubeState &state);
+// The label's file name, cut to what titles have room for.
+std::string name_for_titles(const Window *image_window);
 // Whether the window shows the plane, not several bands together.
 bool shows_plane(const Window *image_window);

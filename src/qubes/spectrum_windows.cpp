@@ -11,12 +11,6 @@ constexpr int table_child = 2083;
 constexpr GuiSize plot_size = {640, 440};
 constexpr GuiSize table_size = {380, 440};
 constexpr GuiSize table_size_with_paging = {480, 540};  // the dialog below it
-constexpr size_t longest_title_name = 60;
-
-std::string file_name_of(const Window *image_window) {
-    const std::string &path = window_state(image_window)->label_state->file_name;
-    return path.substr(path.rfind('/') + 1);
-}
 
 void enable_commands(Window *image_window) {
     const QubeState &state = *qube_state(image_window);
@@ -33,7 +27,7 @@ bool make_plot(const Window *image_window, CurvePlot *plot) {
         gui_error("There is not enough memory for a plot of these spectra.");
         return false;
     }
-    const std::string name = shown_name(file_name_of(image_window), longest_title_name);
+    const std::string name = name_for_titles(image_window);
     plot->title = "Lumacart - Spectrum Plot - " + name;
     plot->directory = window_state(image_window)->directory;
     plot->file_stem = name.substr(0, name.rfind('.')) + "_spectrum";

@@ -8,7 +8,6 @@ namespace {
 
 constexpr int suffix_list_command = 1052;
 constexpr int suffix_list_resource = 241;
-constexpr size_t longest_title_name = 60;
 constexpr int64_t most_listed = 1'000'000;
 
 // Controls.
@@ -46,9 +45,7 @@ void create_list(Window *window) {
     const Window *image_window = image_window_of(window);
     const QubeState &qube = *qube_state(image_window);
     const int64_t planes = suffix_plane_count(OaKeywordsOfQube(qube.qube.get()));
-    const std::string &path = window_state(image_window)->label_state->file_name;
-    gui_set_title(window,
-                  "Lumacart - Qube Side Data - " + shown_name(path.substr(path.rfind('/') + 1), longest_title_name));
+    gui_set_title(window, "Lumacart - Qube Side Data - " + name_for_titles(image_window));
     enable_known_commands(window, CommandDispatcher::Label);
     GuiGrid grid;
     grid.rows = std::min(planes, most_listed);
