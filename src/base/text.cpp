@@ -59,6 +59,11 @@ std::string util_clean_up_string(std::string_view text) {
     return clean;
 }
 
+// A character that is cut in two is none that can be printed.
+std::string util_short_line(std::string_view text, size_t most) {
+    return std::string(util_trim(util_clean_up_string(text.substr(0, most))));
+}
+
 std::string util_compress_char(std::string_view text, char character) {
     std::string compressed(text);
     const auto both = [character](char a, char b) { return a == character && b == character; };

@@ -23,6 +23,8 @@ std::string util_without(std::string_view text, char unwanted);
 // A text for one line: bytes and characters that cannot be printed are left out at its end, except the first, and are
 // blanks elsewhere. Characters are those of UTF-8.
 std::string util_clean_up_string(std::string_view text);
+// The same of a name or unit from a label, for a place with little room: without blanks around, at most `most` bytes.
+std::string util_short_line(std::string_view text, size_t most);
 // `text` with each run of the character made one.
 std::string util_compress_char(std::string_view text, char character);
 // Whether there is nothing but blanks.

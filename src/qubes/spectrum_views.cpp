@@ -43,13 +43,12 @@ std::string remark_of(const SpectrumState &spectra) {
 
 // Of a label's unit; empty for values without one.
 std::string shown_unit(const std::string &unit) {
-    constexpr size_t longest = 60;
-    return util_upper(unit) == "N/A" ? "" : shown_name(unit, longest);
+    return util_upper(unit) == "N/A" ? "" : qube_unit_text(unit);
 }
 
 std::string axis_title(const std::string &name, const std::string &unit) {
     constexpr size_t longest = 60;
-    const std::string shown = shown_name(name, longest);
+    const std::string shown = util_short_line(name, longest);
     return shown_unit(unit).empty() ? shown : shown + " [" + shown_unit(unit) + "]";
 }
 

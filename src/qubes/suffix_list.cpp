@@ -33,11 +33,11 @@ std::string cell_text(const OaQubeKeywords &qube, int64_t number, int column) {
         case 1:
             return suffix_plane_kind(plane.axis);
         case 2:
-            return item.type;
+            return qube_unit_text(item.type);
         case 3:
             return std::to_string(item.bytes);
         default:
-            return item.unit;
+            return qube_unit_text(item.unit);
     }
 }
 

@@ -334,6 +334,27 @@ TEST(QubeWindow, SuffixPlanesAreImages) {
     });
 }
 
+TEST(QubeWindow, NamesAndUnitsOfAnyLengthStayShort) {
+    run_viewer([] {
+        const ScratchFolder folder;
+        const std::string much = "\"A\nB" + std::string(100'000, 'x') + "\"\n";
+        QubeProduct product;
+        product.suffix = {0, 0, 1};
+        product.more = " BAND_BIN_CENTER = (1, 2)\n BAND_BIN_UNIT = " + much + " CORE_NAME = " + much +
+                       " CORE_UNIT = " + much + " BAND_SUFFIX_NAME = " + much + " BAND_SUFFIX_UNIT = " + much;
+        const OpenQube qube(write_qube(folder, "Q", product));
+        ASSERT_TRUE(qube.control && qube.image);
+        ASSERT_TRUE(choose_command(qube.image, 1052));
+        Window *list = gui_windows().back();
+        for (const std::string &text : {gui_text(qube.control, shown), gui_paragraph(qube.control, description, 2),
+                                        cell_on_screen(list, plane_list, {0, 4}), qube.value()}) {
+            EXPECT_NE(text.find("A Bxxx"), std::string::npos) << text.substr(0, 80);
+            EXPECT_LT(text.size(), 200u);
+        }
+        EXPECT_LT(place_on_screen(qube.control).width, 1000);
+    });
+}
+
 TEST(QubeWindow, ListsOfAnyLength) {
     run_viewer([] {
         const ScratchFolder folder;

@@ -15,13 +15,14 @@ long long shown(int64_t number) {
     return number;
 }
 
-// Names and units are data: nothing in them ends a line or moves a cursor.
-std::string cleaned(const std::string &text) {
-    return std::string(util_trim(util_clean_up_string(text)));
+// Names are data: nothing in them ends a line or moves a cursor.
+std::string name_text(const std::string &name) {
+    constexpr size_t longest = 120;
+    return util_short_line(name, longest);
 }
 
 std::string unit_behind(const std::string &unit) {
-    const std::string text = cleaned(unit);
+    const std::string text = qube_unit_text(unit);
     return text.empty() ? "" : " " + text;
 }
 
@@ -40,7 +41,7 @@ std::string sizes_text(const OaQubeKeywords &qube, Sizes size_of) {
 
 // "MSB_INTEGER, 2 bytes, physical = 0.5 + 2 x stored, unit K"
 std::string item_text(const OaQubeItem &item) {
-    std::string text = cleaned(item.type) + ", " + bytes_text(item.bytes);
+    std::string text = name_text(item.type) + ", " + bytes_text(item.bytes);
     if (item.is_scaled())
         text += ", physical = " + util_number_text(item.base) + " + " + util_number_text(item.multiplier) + " x stored";
     const std::string unit = unit_behind(item.unit);
@@ -118,6 +119,11 @@ int64_t number_at_end(const std::string &text) {
 
 }  // namespace
 
+std::string qube_unit_text(const std::string &unit) {
+    constexpr size_t longest = 60;
+    return util_short_line(unit, longest);
+}
+
 double band_center(const OaQubeKeywords &qube, int64_t band) {
     const auto &centers = qube.band_bins.centers;
     return band >= 1 && band <= static_cast<int64_t>(centers.size()) ? centers[static_cast<size_t>(band - 1)]
@@ -153,10 +159,10 @@ OaQubePlane suffix_plane(const OaQubeKeywords &qube, int64_t number) {
 
 std::string suffix_plane_name(const OaQubeKeywords &qube, const OaQubePlane &plane) {
     const OaQubeSuffix &suffix = qube.suffixes[plane.axis];
-    const std::string name = cleaned(OaQubeSuffixItem(qube, plane.axis, plane.number - 1).name);
+    const std::string name = name_text(OaQubeSuffixItem(qube, plane.axis, plane.number - 1).name);
     if (name.empty())
         return place_name(plane.axis, plane.number);
-    const bool is_of_all = suffix.items > 1 && name == cleaned(suffix.others.name);
+    const bool is_of_all = suffix.items > 1 && name == name_text(suffix.others.name);
     return is_of_all ? util_format("%s %lld", name.c_str(), shown(plane.number)) : name;
 }
 
@@ -196,7 +202,7 @@ std::vector<std::string> describe_qube(const OaQubeKeywords &qube) {
     lines.push_back("Axes: " + order + " (the first varies fastest)");
     lines.push_back("Core: " + sizes_text(qube, [&](OaQubeAxis axis) { return qube.core_items[axis]; }) + " items, " +
                     item_text(qube.core));
-    if (const std::string name = cleaned(qube.core.name); !name.empty())
+    if (const std::string name = name_text(qube.core.name); !name.empty())
         lines.push_back("  " + name);
     describe_specials(qube.core, &lines);
     describe_suffixes(qube, &lines);
