@@ -3,6 +3,8 @@
 #include "base/text.h"
 #include "qubes/window_room.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int plot_resource = 250;
@@ -11,6 +13,7 @@ constexpr int table_child = 2083;
 constexpr GuiSize plot_size = {640, 440};
 constexpr GuiSize table_size = {380, 440};
 constexpr GuiSize table_size_with_paging = {480, 540};  // the dialog below it
+constexpr int64_t most_bands = 1'000'000;  // that leave memory for the curves and do not keep the user waiting
 
 void enable_commands(Window *image_window) {
     const QubeState &state = *qube_state(image_window);
@@ -83,7 +86,6 @@ bool show_table(Window *image_window) {
 
 // Reads the spectrum; null after a message, during which the image window may have gone.
 SharedSpectrum read_shown_spectrum(const QubeState &state, int64_t line, int64_t sample) {
-    constexpr int64_t most_bands = 10'000'000;  // that leave memory for the curves
     const int64_t bands = OaKeywordsOfQube(state.qube.get()).core_items[OA_BAND_AXIS];
     std::string fault = util_format("Spectra of more than %lld bands are not shown. The qube has %lld.",
                                     static_cast<long long>(most_bands), static_cast<long long>(bands));
@@ -160,7 +162,6 @@ void choose_spectrum_view(Window *image_window, SpectrumView view, bool shown) {
 }
 
 void keep_spectrum(Window *window) {
-    constexpr size_t most_kept = 20;
     Window *image_window = image_window_of(window);
     if (!image_window)
         return;
@@ -169,6 +170,8 @@ void keep_spectrum(Window *window) {
         return gui_note("There is no spectrum yet. Click on the image to see one.");
     if (spectra.shown_is_kept())
         return;
+    // Of very many bands fewer, for the sake of memory.
+    const size_t most_kept = std::min<size_t>(20, 4 * most_bands / spectra.shown->values.size());
     if (spectra.kept.size() >= most_kept)
         return gui_note(util_format("At most %zu spectra are kept.", most_kept));
     spectra.kept.push_back(spectra.shown);

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace {
 
 using Shown = std::vector<std::string>;
@@ -233,7 +235,26 @@ TEST(Spectrum, TellsOnceWhatItCannotRead) {
         ASSERT_TRUE(test.image);
         test.click(1, 1);
         EXPECT_EQ(test.responder.shown,
-                  Shown{"error: Spectra of more than 10000000 bands are not shown. The qube has 1099511627776."});
+                  Shown{"error: Spectra of more than 1000000 bands are not shown. The qube has 1099511627776."});
+    });
+}
+
+TEST(Spectrum, FewAreKeptOfAMillionBands) {
+    run_spectrum_test([](SpectrumTest &test) {
+        std::filesystem::resize_file(test.folder.write("Q.QUB", ""), 12'000'000);
+        test.open_label(test.folder.write("Q.LBL",
+                                          "RECORD_TYPE = UNDEFINED\n^QUBE = \"Q.QUB\"\nOBJECT = QUBE\n"
+                                          " CORE_ITEMS = (1000000, 4, 3)\n AXIS_NAME = (BAND, SAMPLE, LINE)\n"
+                                          " CORE_ITEM_BYTES = 1\n CORE_ITEM_TYPE = UNSIGNED_INTEGER\n"
+                                          "END_OBJECT = QUBE\nEND\n"));
+        ASSERT_TRUE(test.image && choose_command(test.image, zoom_in_command));
+        for (int sample = 1; sample <= 4; ++sample) {
+            test.click(1, sample);
+            EXPECT_TRUE(choose_command(test.image, keep)) << sample;
+        }
+        test.click(2, 1);
+        ASSERT_TRUE(choose_command(test.image, keep));
+        EXPECT_EQ(test.responder.shown, Shown{"note: At most 4 spectra are kept."});
     });
 }
 
