@@ -37,23 +37,14 @@ const CurveScene &present_scene(const Window *window, CurveState *state) {
     return *state->scene;
 }
 
-// Where points are in the picture.
-class Places {
-  public:
-    explicit Places(const CurveScene &scene)
-        : scene_(scene),
-          across_((scene.frame_right - scene.frame_left) / (scene.x.high - scene.x.low)),
-          up_((scene.frame_bottom - scene.frame_top) / (scene.y.high - scene.y.low)) {}
-
-    GuiPoint of(double x, double y) const {
-        return {scene_.frame_left + (x - scene_.x.low) * across_, scene_.frame_bottom - (y - scene_.y.low) * up_};
-    }
-
-  private:
-    const CurveScene &scene_;
-    double across_;
-    double up_;
-};
+// Where a point is in the picture: nowhere, which is no finite number, when it is too far away. Divides first, for the
+// pixels in a unit of a narrow range are beyond all numbers.
+GuiPoint place_of(const CurveScene &scene, double x, double y) {
+    const double across = (x - scene.x.low) / (scene.x.high - scene.x.low);
+    const double up = (y - scene.y.low) / (scene.y.high - scene.y.low);
+    return {scene.frame_left + across * (scene.frame_right - scene.frame_left),
+            scene.frame_bottom - up * (scene.frame_bottom - scene.frame_top)};
+}
 
 bool is_shown(const Curve &curve, size_t point) {
     return std::isfinite(curve.x[point]) && std::isfinite(curve.y[point]);
@@ -82,11 +73,10 @@ std::optional<CurveReadOut> nearest_point(const CurveState &state, const CurveSc
     constexpr double near = 40;  // pixels
     std::optional<CurveReadOut> nearest;
     double least = near * near;
-    const Places places(scene);
     for (size_t i = 0; i < state.plot.curves.size(); ++i) {
         const Curve &curve = state.plot.curves[i];
         for (size_t point = 0; point < curve.size(); ++point) {
-            const GuiPoint at = places.of(curve.x[point], curve.y[point]);
+            const GuiPoint at = place_of(scene, curve.x[point], curve.y[point]);
             const double distance = (at.x - place.x) * (at.x - place.x) + (at.y - place.y) * (at.y - place.y);
             if (distance < least) {  // never of what is no number
                 least = distance;
@@ -160,7 +150,9 @@ void draw_read_out(Canvas *canvas, const CurveState &state) {
     if (!state.read_out)
         return;
     const Curve &curve = state.plot.curves[state.read_out->curve];
-    const GuiPoint place = Places(*state.scene).of(curve.x[state.read_out->point], curve.y[state.read_out->point]);
+    const GuiPoint place = place_of(*state.scene, curve.x[state.read_out->point], curve.y[state.read_out->point]);
+    if (!std::isfinite(place.x) || !std::isfinite(place.y))
+        return;
     const int left = static_cast<int>(place.x) - radius;
     const int top = static_cast<int>(place.y) - radius;
     gui_draw_rectangle(canvas, {left, top, 2 * radius + 1, 2 * radius + 1}, gui_colour(GuiColour::Text), 2);

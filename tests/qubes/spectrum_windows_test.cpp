@@ -127,6 +127,23 @@ TEST(Spectrum, KeptOnesAreComparedUntilTheyAreRemoved) {
     });
 }
 
+TEST(Spectrum, PointsAtTheEndsOfAllNumbersAreFound) {
+    run_spectrum_test([](SpectrumTest &test) {
+        test.open(3, " BAND_BIN_CENTER = (1E-310, 2E-310, 3E-310)\n CORE_BASE = 1.7E308\n CORE_MULTIPLIER = 1E300\n");
+        test.click(1, 1);
+        press_key(test.plot(), GuiKey::Right);
+        settle();
+        EXPECT_TRUE(gui_text(test.plot(), read_out).ends_with("(point 1 of 3)"));
+        gui_destroy_window(test.image);
+        test.open(3, " BAND_BIN_CENTER = (1E-310, 2E-310, 3E-310)\n CORE_MULTIPLIER = 0\n");
+        test.click(1, 1);
+        const GuiSize size = gui_client_size(test.plot());
+        for (int x = 0; x < size.width / 2; x += 5)
+            mouse_move(test.plot(), {1.0 * x, size.height / 2.0});
+        EXPECT_NE(gui_text(test.plot(), read_out).find("(point "), std::string::npos);
+    });
+}
+
 TEST(Spectrum, SaysWhereThereIsLittleToPlot) {
     run_spectrum_test([](SpectrumTest &test) {
         test.open(1, " CORE_NULL = 42\n");
