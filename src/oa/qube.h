@@ -35,7 +35,8 @@ const char *OaQubeStateName(OaQubeState state);  // "NULL", "LOW_REPR_SATURATION
 
 // How an item is stored and what it means.
 struct OaQubeItem {
-    std::string name;  // this, type and unit without quotes; empty when the label has none
+    std::string name;  // this, type and unit without quotes; name and unit are one line of 120 and 60 bytes at most,
+                       // empty when the label has none or says N/A and the like
     std::string type;  // as SAMPLE_TYPE
     int64_t bytes = 0;
     double base = 0;  // physical value = base + multiplier x stored value
@@ -59,6 +60,7 @@ struct OaQubeValue {
 // What a native sample of the item's size says.
 OaQubeValue OaQubeValueOf(const OaQubeItem &item, const void *native_sample);
 // The same for many samples: physical values, NaN where there is no data.
+void OaQubePhysicalValues(const OaQubeItem &item, const void *native_samples, int64_t count, double *out);
 void OaQubePhysicalValues(const OaQubeItem &item, const void *native_samples, int64_t count, float *out);
 // Widens a range to the physical values of those that are data.
 void OaQubeWidenRange(const OaQubeItem &item, const void *native_samples, int64_t count, double *minimum,

@@ -35,6 +35,16 @@ bool says_nothing(const std::string &text) {
     return word.empty() || word == "N/A" || word == "UNK" || word == "NULL" || word == "NONE";
 }
 
+// Names and units are shown in one line, beside others.
+std::string name_of(const std::string &text) {
+    constexpr size_t longest = 120;
+    return says_nothing(text) ? "" : util_short_line(text, longest);
+}
+std::string unit_of(const std::string &text) {
+    constexpr size_t longest = 60;
+    return says_nothing(text) ? "" : util_short_line(text, longest);
+}
+
 bool parse_number(const std::string &text, double *out) {
     return OalParseReal(text, out) && std::isfinite(*out);
 }
@@ -181,8 +191,8 @@ int read_core(const ObjDesc *node, OaQubeKeywords *out) {
                         static_cast<long long>(core.bytes));
         return 1;
     }
-    core.name = text_of(node, "CORE_NAME");
-    core.unit = text_of(node, "CORE_UNIT");
+    core.name = name_of(text_of(node, "CORE_NAME"));
+    core.unit = unit_of(text_of(node, "CORE_UNIT"));
     for (size_t i = 0; i < special_keywords.size(); ++i)
         read_special(node, special_keywords[i], core, &core.specials[i], &out->remarks);
     read_special(node, "CORE_VALID_MINIMUM", core, &core.valid_minimum, &out->remarks);
@@ -214,8 +224,8 @@ class SuffixLists {
         OaQubeItem item;
         item.type = qube_.core.type;
         item.bytes = qube_.suffix_bytes;
-        item.name = text(name, index);
-        item.unit = text(unit, index);
+        item.name = name_of(text(name, index));
+        item.unit = unit_of(text(unit, index));
         if (const std::string given = text(type, index); !says_nothing(given))
             item.type = given;
         const auto number = [&](Keyword keyword, double *out) {
@@ -328,7 +338,7 @@ void read_band_bins(const ObjDesc *node, OaBandBins *out) {
         if (out->widths.empty())
             out->widths = numbers_of(holder, "BAND_BIN_WIDTH");
         if (out->unit.empty())
-            out->unit = text_of(holder, "BAND_BIN_UNIT");
+            out->unit = unit_of(text_of(holder, "BAND_BIN_UNIT"));
     };
     read_from(node);
     for (const ObjDesc *child = node->first_child; child; child = child->right_sibling)

@@ -99,11 +99,12 @@ OdlTree sample_label(const OaQubeItem &item, int64_t lines, int64_t samples) {
 }
 
 // Null after reporting.
-ItemReader *reader_of(OaQube *qube, const OaQubeItem &item, bool is_suffix) {
-    if (OaQubeNumberKind(item) == OaNumberKind::None || (is_suffix && item.bytes > qube->keywords.suffix_bytes)) {
+ItemReader *reader_of(OaQube *qube, const OaQubeItem &item, const OaQubePlane &plane) {
+    if (OaQubeNumberKind(item) == OaNumberKind::None || (plane.is_suffix && item.bytes > qube->keywords.suffix_bytes)) {
+        const std::string prefix = plane.is_suffix ? std::string(OaQubeAxisName(plane.axis)) + "_SUFFIX" : "CORE";
         OaReportFailure(520, "%s: %s_ITEM_TYPE = %s with %s_ITEM_BYTES = %lld (SUFFIX_BYTES = %lld) is not supported.",
-                        reader_name, is_suffix ? "SUFFIX" : "CORE", item.type.c_str(), is_suffix ? "SUFFIX" : "CORE",
-                        shown(item.bytes), shown(qube->keywords.suffix_bytes));
+                        reader_name, prefix.c_str(), item.type.c_str(), prefix.c_str(), shown(item.bytes),
+                        shown(qube->keywords.suffix_bytes));
         return nullptr;
     }
     for (ItemReader &known : qube->readers)
@@ -256,7 +257,7 @@ OaQube *OaOpenQube(const ObjDesc *qube_node) {
     qube->start = file.start;
     qube->bytes_held = std::max<int64_t>(0, util_file_size(qube->stream->file.get()) - file.start);
     qube->layout = choose_qube_layout(qube->keywords, qube->bytes_held);
-    return reader_of(qube.get(), qube->keywords.core, false) ? qube.release() : nullptr;
+    return reader_of(qube.get(), qube->keywords.core, OaQubePlane()) ? qube.release() : nullptr;
 }
 
 OaQube *OaCloseQube(OaQube *qube) {
@@ -292,7 +293,7 @@ OaObject *OaReadQubePart(OaQube *qube, const OaQubePlane &plane, int64_t start_l
                         OaQubeAxisName(plane.axis), plane.is_suffix ? " suffix" : "", shown(plane.number));
         return nullptr;
     }
-    const ItemReader *reader = reader_of(qube, *item, plane.is_suffix);
+    const ItemReader *reader = reader_of(qube, *item, plane);
     if (!reader)
         return nullptr;
     const SampleRectangle part = {start_line - 1, stop_line - start_line + 1, start_sample - 1,

@@ -231,6 +231,18 @@ float as_float(double value) {
     return value < -limit ? -infinity : rounded;
 }
 
+template <typename Number, typename Convert>
+void put_physical_values(const OaQubeItem &item, const void *samples, int64_t count, Number *out, Convert convert) {
+    const bool known =
+        for_pieces(item, static_cast<const uint8_t *>(samples), count, [&](const double *values, size_t some) {
+            for (size_t i = 0; i < some; ++i)
+                out[i] = convert(values[i]);
+            out += some;
+        });
+    if (!known)
+        std::fill(out, out + count, std::numeric_limits<Number>::quiet_NaN());
+}
+
 }  // namespace
 
 const char *OaQubeStateName(OaQubeState state) {
@@ -290,16 +302,12 @@ OaQubeValue OaQubeValueOf(const OaQubeItem &item, const void *native_sample) {
     return value;
 }
 
+void OaQubePhysicalValues(const OaQubeItem &item, const void *native_samples, int64_t count, double *out) {
+    put_physical_values(item, native_samples, count, out, [](double value) { return value; });
+}
+
 void OaQubePhysicalValues(const OaQubeItem &item, const void *native_samples, int64_t count, float *out) {
-    constexpr float no_data = std::numeric_limits<float>::quiet_NaN();
-    const auto *samples = static_cast<const uint8_t *>(native_samples);
-    const bool known = for_pieces(item, samples, count, [&](const double *values, size_t some) {
-        for (size_t i = 0; i < some; ++i)
-            out[i] = as_float(values[i]);
-        out += some;
-    });
-    if (!known)
-        std::fill(out, out + count, no_data);
+    put_physical_values(item, native_samples, count, out, as_float);
 }
 
 void OaQubeWidenRange(const OaQubeItem &item, const void *native_samples, int64_t count, double *minimum,

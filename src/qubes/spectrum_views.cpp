@@ -41,15 +41,8 @@ std::string remark_of(const SpectrumState &spectra) {
     return spectra.shown->values.size() == 1 ? "The qube has one band: its spectrum is a single point." : "";
 }
 
-// Of a label's unit; empty for values without one.
-std::string shown_unit(const std::string &unit) {
-    return util_upper(unit) == "N/A" ? "" : qube_unit_text(unit);
-}
-
 std::string axis_title(const std::string &name, const std::string &unit) {
-    constexpr size_t longest = 60;
-    const std::string shown = util_short_line(name, longest);
-    return shown_unit(unit).empty() ? shown : shown + " [" + shown_unit(unit) + "]";
+    return unit.empty() ? name : name + " [" + unit + "]";
 }
 
 // The centres of all bands; empty where one is not known.
@@ -101,9 +94,9 @@ GuiGrid spectrum_rows(const std::shared_ptr<OaQube> &qube, const SharedSpectrum 
     GuiGrid grid;
     grid.rows = static_cast<int64_t>(spectrum->values.size());
     grid.columns = {{"BAND", {}, true}, {"CENTER", {}, true}, {"VALUE", {}, true}};
-    if (const std::string unit = shown_unit(keywords.band_bins.unit); !unit.empty())
+    if (const std::string &unit = keywords.band_bins.unit; !unit.empty())
         grid.columns[1].remarks = {unit};
-    if (const std::string unit = shown_unit(keywords.core.unit); !unit.empty())
+    if (const std::string &unit = keywords.core.unit; !unit.empty())
         grid.columns[2].remarks = {unit};
     grid.columns[2].remarks.push_back(place_text(*spectrum));
     const size_t lines = grid.columns[2].remarks.size();

@@ -9,6 +9,7 @@ namespace {
 constexpr int suffix_list_command = 1052;
 constexpr int suffix_list_resource = 241;
 constexpr int64_t most_listed = 1'000'000;
+constexpr size_t longest_type = 60;
 
 // Controls.
 constexpr int plane_list = 1;
@@ -33,11 +34,11 @@ std::string cell_text(const OaQubeKeywords &qube, int64_t number, int column) {
         case 1:
             return suffix_plane_kind(plane.axis);
         case 2:
-            return qube_unit_text(item.type);
+            return util_short_line(item.type, longest_type);
         case 3:
             return std::to_string(item.bytes);
         default:
-            return qube_unit_text(item.unit);
+            return item.unit;
     }
 }
 

@@ -9,21 +9,15 @@
 
 namespace {
 
+constexpr size_t longest_type = 60;
 constexpr std::array axes = {OA_SAMPLE_AXIS, OA_LINE_AXIS, OA_BAND_AXIS};
 
 long long shown(int64_t number) {
     return number;
 }
 
-// Names are data: nothing in them ends a line or moves a cursor.
-std::string name_text(const std::string &name) {
-    constexpr size_t longest = 120;
-    return util_short_line(name, longest);
-}
-
 std::string unit_behind(const std::string &unit) {
-    const std::string text = qube_unit_text(unit);
-    return text.empty() ? "" : " " + text;
+    return unit.empty() ? "" : " " + unit;
 }
 
 std::string bytes_text(int64_t bytes) {
@@ -41,7 +35,7 @@ std::string sizes_text(const OaQubeKeywords &qube, Sizes size_of) {
 
 // "MSB_INTEGER, 2 bytes, physical = 0.5 + 2 x stored, unit K"
 std::string item_text(const OaQubeItem &item) {
-    std::string text = name_text(item.type) + ", " + bytes_text(item.bytes);
+    std::string text = util_short_line(item.type, longest_type) + ", " + bytes_text(item.bytes);
     if (item.is_scaled())
         text += ", physical = " + util_number_text(item.base) + " + " + util_number_text(item.multiplier) + " x stored";
     const std::string unit = unit_behind(item.unit);
@@ -119,11 +113,6 @@ int64_t number_at_end(const std::string &text) {
 
 }  // namespace
 
-std::string qube_unit_text(const std::string &unit) {
-    constexpr size_t longest = 60;
-    return util_short_line(unit, longest);
-}
-
 double band_center(const OaQubeKeywords &qube, int64_t band) {
     const auto &centers = qube.band_bins.centers;
     return band >= 1 && band <= static_cast<int64_t>(centers.size()) ? centers[static_cast<size_t>(band - 1)]
@@ -159,10 +148,10 @@ OaQubePlane suffix_plane(const OaQubeKeywords &qube, int64_t number) {
 
 std::string suffix_plane_name(const OaQubeKeywords &qube, const OaQubePlane &plane) {
     const OaQubeSuffix &suffix = qube.suffixes[plane.axis];
-    const std::string name = name_text(OaQubeSuffixItem(qube, plane.axis, plane.number - 1).name);
+    const std::string &name = OaQubeSuffixItem(qube, plane.axis, plane.number - 1).name;
     if (name.empty())
         return place_name(plane.axis, plane.number);
-    const bool is_of_all = suffix.items > 1 && name == name_text(suffix.others.name);
+    const bool is_of_all = suffix.items > 1 && name == suffix.others.name;
     return is_of_all ? util_format("%s %lld", name.c_str(), shown(plane.number)) : name;
 }
 
@@ -202,7 +191,7 @@ std::vector<std::string> describe_qube(const OaQubeKeywords &qube) {
     lines.push_back("Axes: " + order + " (the first varies fastest)");
     lines.push_back("Core: " + sizes_text(qube, [&](OaQubeAxis axis) { return qube.core_items[axis]; }) + " items, " +
                     item_text(qube.core));
-    if (const std::string name = name_text(qube.core.name); !name.empty())
+    if (const std::string &name = qube.core.name; !name.empty())
         lines.push_back("  " + name);
     describe_specials(qube.core, &lines);
     describe_suffixes(qube, &lines);

@@ -15,9 +15,6 @@ std::string band_center_text(const OaQubeKeywords &qube, int64_t band);
 // "3: 1.25 MICROMETER"; "3" where the label has no centre.
 std::string qube_band_text(const OaQubeKeywords &qube, int64_t band);
 
-// A unit of a label for places with little room; may be empty.
-std::string qube_unit_text(const std::string &unit);
-
 // Suffix planes, numbered from 1: those along SAMPLE (side planes), then LINE (bottom planes), then BAND (back planes).
 int64_t suffix_plane_count(const OaQubeKeywords &qube);
 OaQubePlane suffix_plane(const OaQubeKeywords &qube, int64_t number);

@@ -86,7 +86,7 @@ void map_values(const T *samples, const LevelScale &scale, int64_t count, uint8_
 
 void map_qube_values(const void *samples, const OaQubeItem &item, const LevelScale &scale, int64_t count,
                      uint8_t *levels) {
-    std::array<float, piece> values;
+    std::array<double, piece> values;
     const auto *bytes = static_cast<const uint8_t *>(samples);
     for (int64_t done = 0; done < count; done += piece) {
         const int64_t some = std::min(piece, count - done);

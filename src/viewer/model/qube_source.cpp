@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr size_t longest_name = 60;  // or unit, in the read-out
 constexpr const char *native_real = std::endian::native == std::endian::little ? "PC_REAL" : "IEEE_REAL";
 
 OaQubeItem physical_item() {
@@ -37,9 +36,6 @@ class QubePlaneSource : public SampleSource {
             item_ = keywords().core;
         else if (const OaQubeItem *item = OaItemOfPlane(qube_.get(), plane))
             item_ = *item;
-        item_.name = util_short_line(item_.name, longest_name);
-        item_.unit = util_short_line(item_.unit, longest_name);
-        band_unit_ = util_short_line(keywords().band_bins.unit, longest_name);
     }
 
     std::string describe(ImageDescription *description) override;
@@ -59,7 +55,6 @@ class QubePlaneSource : public SampleSource {
     OaQubePlane plane_;
     std::string suffix_name_;
     OaQubeItem item_;  // of no number kind where there is no such suffix plane
-    std::string band_unit_;
     QubeClick click_;
 };
 
@@ -120,10 +115,10 @@ std::string QubePlaneSource::plane_text() const {
     if (plane_.is_suffix)
         return suffix_name_;
     std::string text = util_lower(OaQubeAxisName(plane_.axis)) + " " + std::to_string(plane_.number);
-    const std::vector<double> &centers = keywords().band_bins.centers;
+    const auto &[centers, widths, unit] = keywords().band_bins;
     const auto index = static_cast<size_t>(plane_.number - 1);
     if (plane_.axis == OA_BAND_AXIS && index < centers.size() && std::isfinite(centers[index]))
-        text += " (" + util_number_text(centers[index]) + (band_unit_.empty() ? "" : " " + band_unit_) + ")";
+        text += " (" + util_number_text(centers[index]) + (unit.empty() ? "" : " " + unit) + ")";
     return text;
 }
 

@@ -90,7 +90,7 @@ void map_values(const T *values, RealRange range, int64_t count, uint8_t *displa
 void map_physical_values(const void *samples, const OaQubeItem &item, RealRange range, int64_t count,
                          uint8_t *display) {
     constexpr int64_t piece = 4096;
-    std::array<float, piece> values;
+    std::array<double, piece> values;
     const auto *bytes = static_cast<const uint8_t *>(samples);
     for (int64_t done = 0; done < count; done += piece) {
         const int64_t some = std::min(piece, count - done);
