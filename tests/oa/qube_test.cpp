@@ -378,7 +378,13 @@ TEST_F(Qube, TellsWhatItDidNotTakeOver) {
         EXPECT_EQ(OaQubeSuffixItem(qube, B, 0).bytes, 4);
     }
     OaQubeKeywords silent;
-    ASSERT_EQ(read_keywords({"CORE_NULL = \"N/A\"", "CORE_VALID_MINIMUM = UNK"}, &silent), 0);
+    ASSERT_EQ(read_keywords({"CORE_NULL = \"N/A\"", "CORE_VALID_MINIMUM = UNK", "CORE_UNIT = \"N/A\"",
+                             "CORE_NAME = \"BRIGHT\r\n  NESS " + std::string(500, 'X') + "\""},
+                            &silent),
+              0);
+    EXPECT_EQ(silent.core.unit, "");
+    EXPECT_EQ(silent.core.name.find_first_of("\r\n"), std::string::npos) << silent.core.name;
+    EXPECT_LE(silent.core.name.size(), 120u);
     EXPECT_TRUE(silent.remarks.empty());
     EXPECT_FALSE(silent.core.specials[OA_QUBE_NULL] || silent.core.valid_minimum);
 }

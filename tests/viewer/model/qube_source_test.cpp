@@ -74,4 +74,18 @@ TEST(QubeSource, ShowsWhatIsDataBetweenItsExtremes) {
     EXPECT_TRUE(odd.levels.empty());
 }
 
+TEST(QubeSource, TellsLargeIntegersApart) {
+    OaQubeItem item;
+    item.type = "LSB_INTEGER";
+    item.bytes = 4;
+    ImageDescription description;
+    description.sample_bits = 32;
+    description.sample_type = item.type;
+    description.qube_item = std::make_shared<OaQubeItem>(item);
+    const int32_t samples[] = {2'000'000'000, 2'000'000'001, 2'000'000'002};
+    ASSERT_EQ(build_display_image(samples, &description, 1, 3), "");
+    const uint8_t *pixels = description.display_image->pixels.get();
+    EXPECT_EQ(std::vector<int>(pixels, pixels + 3), (std::vector<int>{0, 128, 255}));
+}
+
 }  // namespace
