@@ -1,37 +1,39 @@
-#include "base/notice.h"
 #include "base/text.h"
 #include "support/label.h"
+#include "support/notices.h"
 #include "support/scratch.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-std::string notices;
+using Texts = std::vector<std::string>;
 
 class Expand : public testing::Test {
   protected:
-    void SetUp() override {
-        notices.clear();
-        util_set_notice_hook([](NoticeKind, const std::string &text) { notices += text + "\n"; });
-    }
-    void TearDown() override { util_set_notice_hook(nullptr); }
-
     // The outline of a label file of that text, expanded.
     std::string expanded(const std::string &text, int expand = ODL_EXPAND_STRUCTURE | ODL_EXPAND_CATALOG) {
-        root_.reset(
-            OdlParseLabelFile(folder_.write("x.lbl", text).c_str(), folder_.file("messages").c_str(), expand, 0));
+        return expanded_file(folder_.write("x.lbl", text), expand);
+    }
+    std::string expanded_file(const std::string &path, int expand = ODL_EXPAND_STRUCTURE) {
+        root_.reset(OdlParseLabelFile(path.c_str(), folder_.file("messages").c_str(), expand, 0));
         return outline(root_.get());
     }
-    size_t keyword_count() const {
-        size_t count = 0;
-        for (const ObjDesc *object = root_.get(); object; object = OdlTraverseTree(object, 0)) {
-            for (const Kwd *keyword = object->first_keyword; keyword; keyword = keyword->right_sibling)
-                ++count;
-        }
-        return count;
+    size_t count(const char *keyword = "*") const {
+        uint32_t found = 0;
+        while (OdlFindKwd(root_.get(), keyword, nullptr, found + 1, SCOPE_TO_END))
+            ++found;
+        return found;
+    }
+    // Begins with A, ends with LAST, and has nothing but zeros in between.
+    std::string write_sparse(const char *name, uintmax_t size) const {
+        const std::string path = folder_.write(name, "A = 1\n");
+        std::filesystem::resize_file(path, size);
+        std::ofstream(path, std::ios::app | std::ios::binary) << "\nLAST = 1\nEND\n";
+        return path;
     }
 
+    Notices notices_;
     ScratchFolder folder_;
     TreePtr root_;
 };
@@ -75,7 +77,7 @@ TEST_F(Expand, FollowsPointersOfIncludedFilesAndTheChosenKinds) {
               "ROOT @0\n  ^STRUCTURE = (\"one.fmt\", 1) @1\n  ^X_CATALOG = \"c.cat\" @4\n  CAT = 1 @1\n"
               "  ^Y_CATALOG = \"LABEL/c.cat\" @2\n  CAT = 1 @1\n  U @1\n    ^U_STRUCTURE = \"TWO.FMT\" @2\n    DEEP = "
               "1 @1\n");
-    EXPECT_EQ(notices, "");
+    EXPECT_EQ(notices_.texts, Texts());
 
     const TreePtr plain(OdlParseFile(folder_.file("x.lbl").c_str(), nullptr, nullptr, nullptr, nullptr, 1, 1, 1, 0));
     EXPECT_EQ(OdlExpandLabelFile(plain.get(), nullptr, 3, 1), plain.get());
@@ -93,7 +95,7 @@ TEST_F(Expand, AMissingFileIsNotedAndLeavesThePointer) {
     EXPECT_EQ(expanded("A = 1\n^STRUCTURE = \"gone.fmt\"\nEND"),
               "ROOT @0\n  A = 1 @1\n  ^STRUCTURE = \"gone.fmt\" @2\n");
     EXPECT_EQ(odl_errno, 200);
-    EXPECT_EQ(notices, "Line 2: Unable to locate required format file: gone.fmt\n");
+    EXPECT_EQ(notices_.texts, Texts{"Line 2: Unable to locate required format file: gone.fmt"});
     EXPECT_TRUE(
         read_file(folder_.file("messages")).ends_with("\n Line 2 -- Unable to locate ^*STRUCTURE file:  gone.fmt\n"));
 }
@@ -101,14 +103,14 @@ TEST_F(Expand, AMissingFileIsNotedAndLeavesThePointer) {
 TEST_F(Expand, EndsWhereFilesIncludeThemselvesOrEachOther) {
     folder_.write("self.fmt", "^STRUCTURE = \"self.fmt\"\nA = 1\n");
     expanded("^STRUCTURE = \"self.fmt\"\n^STRUCTURE = \"./self.fmt\"\nEND");
-    EXPECT_EQ(keyword_count(), 6u) << "once for each pointer of the label";
+    EXPECT_EQ(count(), 6u) << "once for each pointer of the label";
 
     folder_.write("ping.fmt", "^STRUCTURE = \"pong.fmt\"\n");
     folder_.write("pong.fmt", "^STRUCTURE = \"ping.fmt\"\n^A_STRUCTURE = \"x.lbl\"\n");
     expanded("^STRUCTURE = \"ping.fmt\"\nEND");
-    EXPECT_EQ(keyword_count(), 4u);
+    EXPECT_EQ(count(), 4u);
     EXPECT_EQ(expanded("^STRUCTURE = 1\nEND"), "ROOT @0\n  ^STRUCTURE = 1 @1\n") << "a label that includes itself";
-    EXPECT_EQ(notices, "");
+    EXPECT_EQ(notices_.texts, Texts());
 }
 
 TEST_F(Expand, BoundsDepthAndNumberOfInclusions) {
@@ -123,16 +125,36 @@ TEST_F(Expand, BoundsDepthAndNumberOfInclusions) {
         expanded("^STRUCTURE = \"f0.fmt\"\nEND");
     };
     chain(1);
-    EXPECT_EQ(keyword_count(), 1u + 2 * 32);
+    EXPECT_EQ(count(), 1u + 2 * 32);
     chain(2);
-    EXPECT_LE(keyword_count(), 1u + 3 * 1000);
-    EXPECT_GT(keyword_count(), 1000u);
+    EXPECT_LE(count(), 1u + 3 * 1000);
+    EXPECT_GT(count(), 1000u);
 
     std::string many;
     for (int i = 0; i < 50'000; ++i)
         many += "^STRUCTURE = \"gone.fmt\"\n";
     expanded(many + "END");
-    EXPECT_EQ(keyword_count(), 50'000u);
+    EXPECT_TRUE(OdlFindKwd(root_.get(), "*", nullptr, 50'000, SCOPE_TO_END));
+}
+
+TEST_F(Expand, BoundsWhatIsReadOfALabelAndIncludedInAll) {
+    expanded_file(write_sparse("short.img", 1 << 20));
+    EXPECT_EQ(count("LAST"), 1u);
+    EXPECT_EQ(notices_.texts, Texts());
+    expanded_file(write_sparse("long.img", (uintmax_t{1} << 26) + 1));
+    EXPECT_EQ(count("A"), 1u);
+    EXPECT_EQ(count("LAST"), 0u);
+    ASSERT_EQ(notices_.texts.size(), 1u);
+    EXPECT_TRUE(util_contains(notices_.texts[0], "long.img: No END in 67108864 bytes")) << notices_.texts[0];
+
+    write_sparse("s.fmt", 6 << 20);
+    const std::string pointer = "^STRUCTURE = \"s.fmt\"\n";
+    expanded(pointer + pointer + pointer + pointer + pointer + "END\n");
+    EXPECT_EQ(count("A"), 3u);
+    EXPECT_EQ(count("LAST"), 2u) << "the third file is cut";
+    ASSERT_EQ(notices_.texts.size(), 3u) << "told once each";
+    const std::string excess = "Line 4: ^STRUCTURE names one file too many:  3 files and 16777";
+    EXPECT_TRUE(util_contains(notices_.texts[2], excess)) << notices_.texts[2];
 }
 
 }  // namespace

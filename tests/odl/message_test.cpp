@@ -106,6 +106,12 @@ TEST_F(Messages, AreWrappedUnderTheirBody) {
         EXPECT_EQ(OaPtr<char>(OdlFormatMessage(text.c_str())).get(), lines);
 }
 
+TEST_F(Messages, QuoteSoMuchOnly) {
+    const std::string messages = parse_text("A = " + std::string(100000, '=') + "\nB = (1, 2__3)\nEND\n").messages;
+    EXPECT_LT(messages.size(), 50000u);
+    EXPECT_NE(messages.find("===...\n"), std::string::npos) << messages.substr(0, 1000);
+}
+
 TEST_F(Messages, AreCountedAlsoWhenSuppressed) {
     const auto two_messages = [](FILE *stream) {
         OdlPrintMessage(nullptr, stream, 12, "one");

@@ -117,6 +117,10 @@ TEST(Parser, ReadsLinesOfAnyKind) {
         }
     }
     EXPECT_EQ(parse_text("\r\r\r\r\n\r").outline(), "ROOT @0\n");
+    // The way to look for line ends changes with the first lone return.
+    EXPECT_EQ(outline_of_file("A = 1\r\nB = 2\n\rC = 3\r\r\nD = 4\r\nE = \"x\ry\"\nF = 6\r\n\nEND\r\n"),
+              "ROOT @0 post{\r\n}\n  A = 1 @1\n  B = 2 @2\n  C = 3 @4 pre{\r\n}\n  D = 4 @6 pre{\r\n}\n"
+              "  E = \"x y\" @7\n  F = 6 @9\n");
 }
 
 TEST(Parser, SaysWhichFilesItCannotOpen) {

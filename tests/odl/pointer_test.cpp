@@ -125,7 +125,8 @@ TEST(Pointer, OpensAFileAtItsPlace) {
     EXPECT_EQ(position(2, ODL_RECORD_LOCATION), 4);
     EXPECT_EQ(position(3, ODL_RECORD_LOCATION), 8);
     EXPECT_EQ(position(4, ODL_RECORD_LOCATION), 8 + 29'999) << "a longer line counts as two";
-    EXPECT_EQ(position(7, ODL_RECORD_LOCATION), -1);
+    for (const int64_t behind : {int64_t{7}, INT64_MAX})
+        EXPECT_EQ(position(behind, ODL_RECORD_LOCATION), -1) << behind;
     EXPECT_EQ(position(2, ODL_BYTE_LOCATION), 2);
     EXPECT_EQ(position(6'000'000'000, ODL_BYTE_LOCATION), 6'000'000'000);
 }
