@@ -5,10 +5,8 @@
 #include "support/gif.h"
 #include "support/hex.h"
 #include "support/label.h"
-#include "support/notices.h"
 #include "support/product.h"
 #include "support/sha256.h"
-#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +16,7 @@ namespace {
 
 using namespace std::string_literals;
 
-class Gif : public testing::Test {
+class Gif : public ProductTest {
   protected:
     OdlTree scan(std::string_view bytes) {
         return OdlTree(OaParseLabelFile(folder_.write("X.gif", bytes).c_str(), nullptr, 0, 1));
@@ -35,10 +33,6 @@ class Gif : public testing::Test {
         const OaObjectPtr image(root ? OaReadImage(find(root, "GIF_IMAGE"), 1) : nullptr);
         return image ? to_hex(bytes_of(image.get())) : "null";
     }
-
-    Notices notices_;
-    ScratchFolder folder_;
-    SilentReports reports_;
 };
 
 // --- The label tree -------------------------------------------------------------------------------------------------

@@ -1,8 +1,6 @@
 #include "oa/oa.h"
 #include "support/hex.h"
-#include "support/notices.h"
 #include "support/product.h"
-#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +9,7 @@
 
 namespace {
 
-class Histogram : public testing::Test {
+class Histogram : public ProductTest {
   protected:
     ~Histogram() override { Oa_profile = {}; }
 
@@ -25,10 +23,6 @@ class Histogram : public testing::Test {
                          "\n INTERCHANGE_FORMAT = " + format + "\nEND_OBJECT = HISTOGRAM\nEND\n"));
         return OaObjectPtr(OaReadObject(product.object("HISTOGRAM")));
     }
-
-    Notices notices_;
-    ScratchFolder folder_;
-    SilentReports reports_;
 };
 
 TEST_F(Histogram, BecomesNativeIntegersOf32Bits) {

@@ -1,10 +1,8 @@
 #include "oa/oa.h"
 #include "support/huffman.h"
 #include "support/image_parts.h"
-#include "support/notices.h"
 #include "support/previous_pixel.h"
 #include "support/product.h"
-#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
@@ -30,7 +28,7 @@ struct Encoded {
     std::vector<uint32_t> frequencies = smooth();
 };
 
-class EncodedImage : public testing::Test {
+class EncodedImage : public ProductTest {
   protected:
     // Label, histogram and data in files of their own. Returns the label's path.
     std::string write(Encoded product) const {
@@ -74,10 +72,6 @@ class EncodedImage : public testing::Test {
             expect_report(code, message);
         }
     }
-
-    Notices notices_;
-    ScratchFolder folder_;
-    SilentReports reports_;
 };
 
 // Records of smooth lines.
@@ -212,7 +206,7 @@ TEST_F(EncodedImage, RefusesWhatCannotBe) {
 
 TEST_F(EncodedImage, FindsTheHistogramOfTheEncoder) {
     const auto found = [&](const std::string &objects) {
-        const OdlTree tree(OdlParseLabelString((objects + "OBJECT = IMAGE\nEND_OBJECT\nEND\n").c_str(), nullptr, 0, 1));
+        const OdlTree tree = parse_label(objects + "OBJECT = IMAGE\nEND_OBJECT\n");
         const ObjDesc *node = OaFindEncodingHistogram(OdlFindObjDesc(tree.get(), "IMAGE", nullptr, nullptr, 1, 1));
         return node ? keyword_of(node, "ITEMS") : "";
     };

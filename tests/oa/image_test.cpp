@@ -2,10 +2,8 @@
 #include "support/corpus.h"
 #include "support/hex.h"
 #include "support/image_parts.h"
-#include "support/notices.h"
 #include "support/product.h"
 #include "support/sha256.h"
-#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +13,7 @@
 
 namespace {
 
-class Image : public testing::Test {
+class Image : public ProductTest {
   protected:
     OaObjectPtr read(const std::string &label_path, int64_t band = 1) {
         return OaObjectPtr(OaReadImage(OpenProduct(label_path).image(), band));
@@ -27,10 +25,6 @@ class Image : public testing::Test {
             expect_report(code, message);
         }
     }
-
-    Notices notices_;
-    ScratchFolder folder_;
-    SilentReports reports_;
 };
 
 // --- Real pictures --------------------------------------------------------------------------------------------------

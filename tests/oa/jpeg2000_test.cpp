@@ -1,25 +1,19 @@
 #include "oa/jpeg2000.h"
 
 #include "support/corpus.h"
+#include "support/image_parts.h"
 #include "support/jpeg2000.h"
-#include "support/notices.h"
-#include "support/product.h"
 #include "support/sha256.h"
-#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-class Jpeg2000 : public testing::Test {
+class Jpeg2000 : public ProductTest {
   protected:
     std::string write(const std::string &name, const Jpeg2000Picture &picture) {
         return write_jpeg2000(folder_.file(name), picture);
     }
-
-    ScratchFolder folder_;
-    SilentReports silence_;
-    Notices notices_;
 };
 
 int64_t number_of(const ObjDesc *node, const char *name) {
@@ -28,27 +22,10 @@ int64_t number_of(const ObjDesc *node, const char *name) {
     return value;
 }
 
-// The rectangle of a whole band.
-std::string cut(const std::string &whole, int64_t width, int64_t bytes, int64_t l1, int64_t l2, int64_t s1,
-                int64_t s2) {
-    std::string part;
-    for (int64_t line = l1 - 1; line < l2; ++line)
-        part += whole.substr(static_cast<size_t>((line * width + s1 - 1) * bytes),
-                             static_cast<size_t>((s2 - s1 + 1) * bytes));
-    return part;
-}
-
 std::string expected_plane(const Jpeg2000Picture &picture, uint32_t component) {
-    const uint32_t step = picture.step_of(component);
-    const auto first = jpeg2000_writing::steps(picture.origin, step) * step;
-    std::vector<uint8_t> bytes;
-    for (uint32_t y = first; y < picture.origin + picture.height; y += step)
-        for (uint32_t x = first; x < picture.origin + picture.width; x += step) {
-            const int32_t value = picture.value(component, y / step, x / step);
-            picture.bits <= 8    ? jpeg2000_writing::put<int8_t>(&bytes, value)
-            : picture.bits <= 16 ? jpeg2000_writing::put<int16_t>(&bytes, value)
-                                 : jpeg2000_writing::put<int32_t>(&bytes, value);
-        }
+    const uint32_t at = picture.origin;
+    const auto bytes =
+        jpeg2000_writing::tile_samples(picture, at, at, at + picture.width, at + picture.height, component, 1);
     return {bytes.begin(), bytes.end()};
 }
 
@@ -75,21 +52,16 @@ TEST_F(Jpeg2000, BlocksAreCutsOfWholeBands) {
             SCOPED_TRACE(c);
             const Jpeg2000Component &own = image.components[c];
             const std::string plane = expected_plane(picture, c);
-            const auto read = [&](OaComponentSize size, int64_t l1, int64_t l2, int64_t s1, int64_t s2) {
-                return bytes_of(OaObjectPtr(OaReadJpeg2000Part(node, image, c + 1, size, l1, l2, s1, s2)).get());
+            const auto read = [&](OaComponentSize size, const Rectangle &at) {
+                return bytes_of(
+                    OaObjectPtr(OaReadJpeg2000Part(node, image, c + 1, size, at[0], at[1], at[2], at[3])).get());
             };
-            ASSERT_EQ(read(OA_OWN_SIZE, 1, own.lines, 1, own.line_samples), plane) << error_string;
+            ASSERT_EQ(read(OA_OWN_SIZE, {1, own.lines, 1, own.line_samples}), plane) << error_string;
             const std::string whole =
                 bytes_of(OaObjectPtr(OaReadJpeg2000Image(node, static_cast<int64_t>(c) + 1)).get());
-            struct Block {
-                int64_t l1, l2, s1, s2;
-            };
-            for (const Block &b : {Block{1, 1, 1, 1}, Block{20, 41, 3, 44}, Block{33, 40, 40, 41}}) {
-                const int64_t bytes = own.sample_bytes();
-                EXPECT_EQ(read(OA_OWN_SIZE, b.l1, b.l2, b.s1, b.s2),
-                          cut(plane, own.line_samples, bytes, b.l1, b.l2, b.s1, b.s2));
-                EXPECT_EQ(read(OA_IMAGE_SIZE, b.l1, b.l2, b.s1, b.s2),
-                          cut(whole, picture.width, bytes, b.l1, b.l2, b.s1, b.s2));
+            for (const Rectangle &at : {Rectangle{1, 1, 1, 1}, {20, 41, 3, 44}, {33, 40, 40, 41}}) {
+                EXPECT_EQ(read(OA_OWN_SIZE, at), cut(plane, own.line_samples, own.sample_bytes(), at));
+                EXPECT_EQ(read(OA_IMAGE_SIZE, at), cut(whole, picture.width, own.sample_bytes(), at));
             }
             // Each sample of the image shows the component's sample at or before it.
             for (const uint32_t at : {0U, 1U, 2U, 51U, std::min(picture.width, picture.height) - 1}) {
@@ -227,7 +199,7 @@ TEST_F(Jpeg2000, WhatIsCutIsShownWithANoticeOrRefused) {
         Jpeg2000Image image;
         ASSERT_EQ(OaOpenJpeg2000(product.image(), &image), 0) << error_string;
         EXPECT_EQ(bytes_of(OaObjectPtr(OaReadJpeg2000Part(product.image(), image, 1, OA_OWN_SIZE, 1, 32, 1, 32)).get()),
-                  cut(plane, 64, 1, 1, 32, 1, 32));
+                  cut(plane, 64, 1, {1, 32, 1, 32}));
     }
 }
 

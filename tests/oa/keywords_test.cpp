@@ -1,6 +1,4 @@
-#include "base/text.h"
-#include "oa/oa.h"
-#include "support/silent_reports.h"
+#include "support/product.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +8,6 @@ namespace {
 
 class Keywords : public testing::Test {
   protected:
-    OdlTree parse(const std::string &text) { return OdlTree(OdlParseLabelString(text.c_str(), nullptr, 0, 1)); }
     OdlTree object(const std::string &class_name) {
         return OdlTree(OdlNewObjDesc(class_name.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0));
     }
@@ -94,7 +91,7 @@ TEST_F(Keywords, NumbersOfValues) {
 }
 
 TEST_F(Keywords, AreFoundByPatternSetAndDeleted) {
-    const OdlTree root = parse(
+    const OdlTree root = parse_label(
         "OBJECT = IMAGE\n LINE_PREFIX_BYTES = 4\n OBJECT = X\n LINES = 9\n END_OBJECT\n"
         "END_OBJECT\nEND\n");
     ObjDesc *image = root->first_child;
@@ -152,7 +149,7 @@ TEST_F(Keywords, TableSizes) {
     };
     for (const auto &c : cases) {
         const SilentReports fresh;
-        const OdlTree root = parse("OBJECT = TABLE\n" + c.keywords + "\nEND_OBJECT\nEND\n");
+        const OdlTree root = parse_label("OBJECT = TABLE\n" + c.keywords + "\nEND_OBJECT\nEND\n");
         int64_t sizes[4] = {};
         const int result = OaGetTableKeywords(root->first_child, &sizes[0], &sizes[1], &sizes[2], &sizes[3]);
         EXPECT_EQ(result, c.message.empty() ? 0 : -1);
@@ -164,7 +161,7 @@ TEST_F(Keywords, TableSizes) {
 }
 
 TEST_F(Keywords, TreesAreCopiedWhole) {
-    const OdlTree root = parse(
+    const OdlTree root = parse_label(
         "A = 1\nOBJECT = T\n B = 2\n OBJECT = C\n  D = (3)\n  OBJECT = E\n  END_OBJECT\n"
         " END_OBJECT\n OBJECT = F\n END_OBJECT\nEND_OBJECT\nOBJECT = G\nEND_OBJECT\nEND\n");
     const OdlTree copy(OaCopyTree(root->first_child, OA_COPY_LABEL));
@@ -188,7 +185,7 @@ TEST_F(Keywords, DeepAndWideTreesAreCopied) {
 }
 
 TEST_F(Keywords, BrokenLinksAreSeen) {
-    const OdlTree root = parse("A = 1\nB = 2\nOBJECT = T\nEND_OBJECT\nOBJECT = U\nEND_OBJECT\nEND\n");
+    const OdlTree root = parse_label("A = 1\nB = 2\nOBJECT = T\nEND_OBJECT\nOBJECT = U\nEND_OBJECT\nEND\n");
     EXPECT_EQ(OaCheckODLTree(root.get()), 0);
     ObjDesc *first = root->first_child, *second = root->last_child;
     const auto broken_when = [&](auto &link, auto wrong) {

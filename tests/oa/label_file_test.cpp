@@ -1,6 +1,5 @@
 #include "oa/oa.h"
 #include "support/product.h"
-#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +9,7 @@ namespace {
 
 using namespace std::string_literals;
 
-class LabelFile : public testing::Test {
+class LabelFile : public ProductTest {
   protected:
     OdlTree parse(std::string_view bytes) {
         return OdlTree(OaParseLabelFile(folder_.write("X.LBL", bytes).c_str(), nullptr, 0, 1));
@@ -19,9 +18,6 @@ class LabelFile : public testing::Test {
     static ObjDesc *find(const OdlTree &root, const char *class_name, uint32_t instance = 1) {
         return OdlFindObjDesc(root.get(), class_name, nullptr, nullptr, instance, SCOPE_TO_END);
     }
-
-    ScratchFolder folder_;
-    SilentReports reports_;
 };
 
 std::string as_variable_length(std::string_view lines) {

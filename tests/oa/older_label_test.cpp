@@ -1,9 +1,7 @@
 // Labels without objects: what their conversion makes of them, and a whole product of that dialect.
-#include "oa/oa.h"
 #include "support/huffman.h"
 #include "support/label.h"
 #include "support/product.h"
-#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
@@ -11,14 +9,11 @@ namespace {
 
 class OlderLabel : public testing::Test {
   protected:
-    static OdlTree parse(const std::string &text) {
-        return OdlTree(OdlParseLabelString((text + "END\n").c_str(), nullptr, 0, 1));
-    }
     SilentReports reports_;
 };
 
 TEST_F(OlderLabel, BecomesWhatAPresentLabelSays) {
-    const OdlTree image = parse(
+    const OdlTree image = parse_label(
         "RECORD_TYPE = VARIABLE_LENGTH\nIMAGE_LINES = 3\n^IMAGE_HISTOGRAM = 4\nLINES = 9\nFILE_TYPE = 'image'\n"
         "^IMAGE = 7\nLINE_SAMPLES = 5\nBITS_PER_SAMPLE = 8\nLINE_PREFIX_BYTES = 2\nMISSION_NAME = X\n");
     ASSERT_TRUE(OaIsOlderLabel(image.get()));
@@ -34,19 +29,19 @@ TEST_F(OlderLabel, BecomesWhatAPresentLabelSays) {
     EXPECT_FALSE(OaIsOlderLabel(image.get())) << "converted once";
     EXPECT_EQ(OaConvertOlderLabel(image.get()), 1);
 
-    const OdlTree table = parse("FILE_TYPE = INDEX_TABLE\nNUMBER_OF_ROWS = 2\nROW_BYTES = 3\nSAMPLE_BITS = 8\n");
+    const OdlTree table = parse_label("FILE_TYPE = INDEX_TABLE\nNUMBER_OF_ROWS = 2\nROW_BYTES = 3\nSAMPLE_BITS = 8\n");
     ASSERT_EQ(OaConvertOlderLabel(table.get()), 0);
     EXPECT_EQ(keyword_of(table->first_child, "ROWS") + keyword_of(table->first_child, "ROW_BYTES"), "23");
     EXPECT_EQ(keyword_of(table.get(), "SAMPLE_BITS"), "8");
 }
 
 TEST_F(OlderLabel, WithoutAClassThatIsReadIsLeftAsItIs) {
-    EXPECT_FALSE(OaIsOlderLabel(parse("FILE_TYPE = IMAGE\nOBJECT = TEXT\nEND_OBJECT\n").get()));
-    EXPECT_FALSE(OaIsOlderLabel(parse("LINES = 3\n").get()));
+    EXPECT_FALSE(OaIsOlderLabel(parse_label("FILE_TYPE = IMAGE\nOBJECT = TEXT\nEND_OBJECT\n").get()));
+    EXPECT_FALSE(OaIsOlderLabel(parse_label("LINES = 3\n").get()));
     EXPECT_FALSE(OaIsOlderLabel(nullptr));
     for (const std::string &type : {std::string("TEXT"), std::string("\"AN IMAGE\""), std::string("\"\""),
                                     std::string("(IMAGE, TABLE)"), std::string(2 << 20, 'X') + "IMAGE"}) {
-        const OdlTree root = parse("LINES = 3\nFILE_TYPE = " + type + "\n");
+        const OdlTree root = parse_label("LINES = 3\nFILE_TYPE = " + type + "\n");
         EXPECT_EQ(OaConvertOlderLabel(root.get()), 1) << type.substr(0, 80);
         EXPECT_EQ(oa_errno, 530);
         EXPECT_LT(error_string.size(), 200u);

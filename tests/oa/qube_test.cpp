@@ -3,7 +3,7 @@
 #include "support/hex.h"
 #include "support/product.h"
 #include "support/qube_product.h"
-#include "support/silent_reports.h"
+#include "support/words.h"
 
 #include <cfloat>
 #include <cmath>
@@ -45,7 +45,7 @@ std::string scattered_bytes(size_t count) {
     return bytes;
 }
 
-class Qube : public testing::Test {
+class Qube : public ProductTest {
   protected:
     OaQubePtr open(const std::string &label) {
         const OdlTree root(OaParseLabelFile(label.c_str(), nullptr, 0, 1));
@@ -54,9 +54,6 @@ class Qube : public testing::Test {
     OaQubePtr open(const QubeProduct &product, int64_t skipped = 0) {
         return open(write_qube(folder_, "Q", product, skipped));
     }
-
-    SilentReports reports_;
-    ScratchFolder folder_;
 };
 
 // Plane `number` across `axis`, of value_at(u, v): u and v along the other axes in the order SAMPLE, LINE, BAND.
@@ -118,39 +115,24 @@ TEST_F(Qube, FindsEachItemInEveryOrderOfAxes) {
 }
 
 TEST_F(Qube, ReadsEveryTypeOfCoreItems) {
-    const std::vector<int64_t> whole = {1, 2, 4, 8}, real = {4, 8}, one = {1}, eight = {8};
-    const std::pair<const char *, std::vector<int64_t>> cases[] = {{"MSB_INTEGER", whole},
-                                                                   {"\"UNSIGNED_INTEGER\"", whole},
-                                                                   {"LSB_INTEGER", whole},
-                                                                   {"PC_INTEGER", whole},
-                                                                   {"PC_UNSIGNED_INTEGER", whole},
-                                                                   {"LSB_UNSIGNED_INTEGER", whole},
-                                                                   {"IBM_INTEGER", whole},
-                                                                   {"IBM_UNSIGNED_INTEGER", whole},
-                                                                   {"VAX_INTEGER", whole},
-                                                                   {"INTEGER", whole},
-                                                                   {"VAX_UNSIGNED_INTEGER", whole},
-                                                                   {"MAC_UNSIGNED_INTEGER", whole},
-                                                                   {"SUN_INTEGER", whole},
-                                                                   {"MSB_UNSIGNED_INTEGER", whole},
-                                                                   {"BOOLEAN", one},
-                                                                   {"IEEE_REAL", real},
-                                                                   {"FLOAT", real},
-                                                                   {"SUN_REAL", real},
-                                                                   {"REAL", real},
-                                                                   {"MAC_REAL", real},
-                                                                   {"PC_REAL", real},
-                                                                   {"VAX_REAL", real},
-                                                                   {"VAX_DOUBLE", eight},
-                                                                   {"VAXG_REAL", eight}};
-    for (const auto &[type, sizes] : cases)
-        for (const int64_t size : sizes)
-            for (const Order &order : {orders[0], orders[4]}) {
-                const QubeProduct product = {
-                    .order = order, .core = {4, 3, 3}, .suffix = {1, 0, 0}, .type = type, .bytes = size};
-                SCOPED_TRACE(util_format("%s %d", type, static_cast<int>(size)));
-                expect_qube(open(product).get(), product);
-            }
+    const std::pair<const char *, std::vector<int64_t>> cases[] = {
+        {"MSB_INTEGER \"UNSIGNED_INTEGER\" LSB_INTEGER PC_INTEGER PC_UNSIGNED_INTEGER LSB_UNSIGNED_INTEGER IBM_INTEGER "
+         "IBM_UNSIGNED_INTEGER VAX_INTEGER INTEGER VAX_UNSIGNED_INTEGER MAC_UNSIGNED_INTEGER SUN_INTEGER "
+         "MSB_UNSIGNED_INTEGER",
+         {1, 2, 4, 8}},
+        {"BOOLEAN", {1}},
+        {"IEEE_REAL FLOAT SUN_REAL REAL MAC_REAL PC_REAL VAX_REAL", {4, 8}},
+        {"VAX_DOUBLE VAXG_REAL", {8}},
+    };
+    for (const auto &[types, sizes] : cases)
+        for (const std::string &type : words(types))
+            for (const int64_t size : sizes)
+                for (const Order &order : {orders[0], orders[4]}) {
+                    const QubeProduct product = {
+                        .order = order, .core = {4, 3, 3}, .suffix = {1, 0, 0}, .type = type, .bytes = size};
+                    SCOPED_TRACE(type + " " + std::to_string(size));
+                    expect_qube(open(product).get(), product);
+                }
     for (const char *type :
          {"CHARACTER", "IBM_REAL", "MSB_BIT_STRING", "COMPLEX", "BCD", "ASCII_REAL", "msb_integer", "N/A"}) {
         EXPECT_FALSE(open(QubeProduct{.type = type, .bytes = 4}));
@@ -262,8 +244,8 @@ int read_keywords(const std::vector<std::string> &changes, OaQubeKeywords *out, 
     std::string text = "OBJECT = QUBE\n";
     for (const std::string &line : lines)
         text += line + "\n";
-    text += group + std::string("END_OBJECT = QUBE\n") + beside + "END\n";
-    const OdlTree root(OdlParseLabelString(text.c_str(), nullptr, 0, 1));
+    text += group + std::string("END_OBJECT = QUBE\n") + beside;
+    const OdlTree root = parse_label(text);
     return OaGetQubeKeywords(OdlFindObjDesc(root.get(), "QUBE", nullptr, nullptr, 1, SCOPE_TO_END), out);
 }
 

@@ -1,7 +1,6 @@
 #include "oa/stream.h"
 
 #include "support/product.h"
-#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +14,7 @@ namespace {
 
 using namespace std::string_literals;
 
-class Stream : public testing::Test {
+class Stream : public ProductTest {
   protected:
     OaStreamPtr open(std::string_view bytes, int record_type, int64_t record_bytes = 0) {
         return OaStreamPtr(OalOpenStream(folder_.write("FILE.DAT", bytes).c_str(), record_type, record_bytes, 0, "r"));
@@ -35,8 +34,6 @@ class Stream : public testing::Test {
         return units;
     }
 
-    ScratchFolder folder_;
-    SilentReports reports_;
     std::string unit_;
 };
 

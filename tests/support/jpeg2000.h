@@ -43,10 +43,11 @@ void put(std::vector<uint8_t> *bytes, int32_t value) {
     bytes->insert(bytes->end(), at, at + sizeof stored);
 }
 
+// Of so many components from this one on.
 inline std::vector<uint8_t> tile_samples(const Jpeg2000Picture &picture, uint32_t left, uint32_t top, uint32_t right,
-                                         uint32_t bottom) {
+                                         uint32_t bottom, uint32_t component, uint32_t count) {
     std::vector<uint8_t> bytes;
-    for (uint32_t c = 0; c < picture.components; ++c) {
+    for (uint32_t c = component; c < component + count; ++c) {
         const uint32_t step = picture.step_of(c);
         for (uint32_t line = steps(top, step); line < steps(bottom, step); ++line)
             for (uint32_t sample = steps(left, step); sample < steps(right, step); ++sample) {
@@ -67,7 +68,7 @@ inline bool write_tiles(opj_codec_t *codec, opj_stream_t *stream, const Jpeg2000
     for (uint32_t top = 0; top < y1; top += side_y)
         for (uint32_t left = 0; left < x1; left += side_x) {
             auto bytes = tile_samples(picture, std::max(left, picture.origin), std::max(top, picture.origin),
-                                      std::min(left + side_x, x1), std::min(top + side_y, y1));
+                                      std::min(left + side_x, x1), std::min(top + side_y, y1), 0, picture.components);
             if (!opj_write_tile(codec, index++, bytes.data(), static_cast<OPJ_UINT32>(bytes.size()), stream))
                 return false;
         }

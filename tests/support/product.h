@@ -3,7 +3,9 @@
 
 #include "base/text.h"
 #include "oa/oa.h"
+#include "support/notices.h"
 #include "support/scratch.h"
+#include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +14,19 @@
 #include <cstring>
 #include <string>
 #include <vector>
+
+// What tests of products need around them: a folder, and the notices and reports that they provoke.
+class ProductTest : public testing::Test {
+  protected:
+    Notices notices_;
+    ScratchFolder folder_;
+    SilentReports reports_;
+};
+
+// The label of this text, to which an END is added.
+inline OdlTree parse_label(const std::string &text) {
+    return OdlTree(OdlParseLabelString((text + "\nEND\n").c_str(), nullptr, 0, 1));
+}
 
 // An IMAGE as a label describes it; what is empty or 0 is left out of the label.
 struct ImageProduct {
