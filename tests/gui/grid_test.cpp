@@ -29,16 +29,12 @@ GuiGrid numbered_grid(int64_t rows, int columns) {
 }
 
 void run_grid_test(GuiGrid shown, const std::function<void(Window *)> &body) {
-    EXPECT_EQ(run_gui_test(9001, nullptr,
-                           [&] {
-                               Window *window = gui_create_window(9008, nullptr, record, nullptr);
-                               ASSERT_TRUE(window);
-                               ASSERT_TRUE(gui_set_grid(window, grid, std::move(shown)));
-                               gui_focus_control(window, grid);
-                               uses.clear();
-                               body(window);
-                           }),
-              0);
+    run_window_test(9008, record, [&](Window *window) {
+        ASSERT_TRUE(gui_set_grid(window, grid, std::move(shown)));
+        gui_focus_control(window, grid);
+        uses.clear();
+        body(window);
+    });
 }
 
 TEST(Grid, KeysAndClicksMoveAndSelect) {

@@ -14,22 +14,14 @@ long record(Window *window, const Event &event) {
     return 0;
 }
 
-std::vector<std::string> taken_uses() {
-    return std::exchange(uses, {});
-}
-
 void run_list_test(const std::vector<std::string> &lines, const std::function<void(Window *)> &body) {
-    EXPECT_EQ(run_gui_test(9001, nullptr,
-                           [&] {
-                               Window *window = gui_create_window(9007, nullptr, record, nullptr);
-                               ASSERT_TRUE(window);
-                               ASSERT_TRUE(gui_set_list(window, 1, lines));
-                               gui_focus_control(window, 1);
-                               gui_select_line(window, 1, 0);
-                               uses.clear();
-                               body(window);
-                           }),
-              0);
+    run_window_test(9007, record, [&](Window *window) {
+        ASSERT_TRUE(gui_set_list(window, 1, lines));
+        gui_focus_control(window, 1);
+        gui_select_line(window, 1, 0);
+        uses.clear();
+        body(window);
+    });
 }
 
 TEST(List, KeysAndClicksSelectAndActivate) {
@@ -39,8 +31,8 @@ TEST(List, KeysAndClicksSelectAndActivate) {
         press_key(window, GuiKey::End);
         press_key(window, GuiKey::Home);
         double_click_line(window, 1, 1);
-        EXPECT_EQ(taken_uses(), (std::vector<std::string>{"selected 1", "activated 1", "selected 2", "selected 0",
-                                                          "selected 1", "activated 1"}));
+        EXPECT_EQ(std::exchange(uses, {}), (std::vector<std::string>{"selected 1", "activated 1", "selected 2",
+                                                                     "selected 0", "selected 1", "activated 1"}));
         EXPECT_EQ(gui_list_line(window, 1, 2), "2 two");
         EXPECT_EQ(gui_list_line(window, 1, 3), "");
         gui_select_line(window, 1, 2);
@@ -48,7 +40,7 @@ TEST(List, KeysAndClicksSelectAndActivate) {
         press_key(window, GuiKey::Enter);
         press_character(window, 'x');
         EXPECT_EQ(gui_selected_line(window, 1), -1);
-        EXPECT_EQ(taken_uses(), std::vector<std::string>()) << "what the program does is no event";
+        EXPECT_EQ(uses, std::vector<std::string>()) << "what the program does is no event";
         EXPECT_FALSE(gui_set_list(window, 2, {"no such control"}));
     });
 }

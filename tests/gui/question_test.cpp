@@ -46,9 +46,10 @@ TEST(Questions, LongTextsAreCutAndBrokenToFit) {
     EXPECT_TRUE(fit_text(QString("word ").repeated(10000)).cut);
 }
 
-TEST(Questions, FileDialogsNameFiles) {
+TEST(Questions, FileDialogsNameFilesAndDirectories) {
     const ScratchFolder scratch;
     scratch.write("a b.lbl", "");
+    std::filesystem::create_directory(scratch.path() / "c d");
     const std::string folder = scratch.path().string();
     run([&] {
         FileSpec chosen;
@@ -65,6 +66,13 @@ TEST(Questions, FileDialogsNameFiles) {
         EXPECT_EQ(gui_save_file({"Save file as:", {folder, "x.lbl"}, "lbl"}, &chosen), FileAnswer::Ok);
         EXPECT_EQ(chosen.name, "a b.lbl");
         EXPECT_EQ(chosen.directory, folder);
+
+        std::string directory;
+        when_idle([&] { EXPECT_TRUE(answer_file_dialog(scratch.file("c d"))); });
+        EXPECT_EQ(gui_choose_directory("Select a directory", &directory), FileAnswer::Ok);
+        EXPECT_EQ(directory, scratch.file("c d"));
+        when_idle([] { EXPECT_TRUE(close_box()); });
+        EXPECT_EQ(gui_choose_directory("Select a directory", &directory), FileAnswer::Cancel);
     });
 }
 

@@ -12,14 +12,10 @@ long no_answer(Window *, const Event &) {
 }
 
 void with_text_window(const std::function<void(Window *)> &body) {
-    EXPECT_EQ(run_gui_test(task, nullptr,
-                           [&] {
-                               Window *window = gui_create_window(text_definition, nullptr, no_answer, nullptr);
-                               ASSERT_NE(window, nullptr);
-                               gui_focus_control(window, text);
-                               body(window);
-                           }),
-              0);
+    run_window_test(text_definition, no_answer, [&](Window *window) {
+        gui_focus_control(window, text);
+        body(window);
+    });
 }
 
 Texts after_setting(Window *window, const Texts &texts) {

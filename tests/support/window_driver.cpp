@@ -128,6 +128,15 @@ int run_gui_test(int task_resource, EventHandler task_handler, std::function<voi
     return gui_run("Window test", task_resource, start);
 }
 
+void run_window_test(int resource, EventHandler handler, const std::function<void(Window *)> &body) {
+    const auto with_window = [&] {
+        Window *window = gui_create_window(resource, nullptr, handler, nullptr);
+        ASSERT_TRUE(window);
+        body(window);
+    };
+    EXPECT_EQ(run_gui_test(9001, nullptr, with_window), 0);
+}
+
 void settle() {
     for (int round = 0; round < 3; ++round) {
         QApplication::processEvents();
@@ -471,6 +480,15 @@ bool answer_file_dialog(const std::string &name) {
 
 // --- Responder ----------------------------------------------------------------------------------------------------
 
+template <typename T>
+bool ScriptedResponder::take(std::vector<T> *from, T *answer) {
+    if (from->empty())
+        return false;
+    *answer = from->front();
+    from->erase(from->begin());
+    return true;
+}
+
 void ScriptedResponder::message(NoticeKind kind, const std::string &text) {
     const char *name = kind == NoticeKind::Note ? "note: " : kind == NoticeKind::Warning ? "warning: " : "error: ";
     shown.push_back(name + text);
@@ -481,20 +499,16 @@ int ScriptedResponder::question(const std::string &text, const std::vector<std::
     for (const std::string &button : buttons)
         names += (names.empty() ? "" : "|") + button;
     shown.push_back("question: " + text + " [" + names + "]");
-    if (answers.empty())
-        return -1;
-    const int answer = answers.front();
-    answers.erase(answers.begin());
+    int answer = -1;
+    take(&answers, &answer);
     return answer;
 }
 
 FileAnswer ScriptedResponder::next_file(const char *what, const FileRequest &request, FileSpec *chosen) {
     shown.push_back(what + request.prompt);
     requests.push_back(request);
-    if (files.empty())
+    if (!take(&files, chosen))
         return FileAnswer::Cancel;
-    *chosen = files.front();
-    files.erase(files.begin());
     return chosen->name.empty() ? FileAnswer::Bad : FileAnswer::Ok;
 }
 
@@ -508,18 +522,10 @@ FileAnswer ScriptedResponder::save_file(const FileRequest &request, FileSpec *ch
 
 bool ScriptedResponder::choose_colour(const std::string &prompt, Colour *colour) {
     shown.push_back("colour: " + prompt);
-    if (colours.empty())
-        return false;
-    *colour = colours.front();
-    colours.erase(colours.begin());
-    return true;
+    return take(&colours, colour);
 }
 
 FileAnswer ScriptedResponder::choose_directory(const std::string &prompt, std::string *chosen) {
     shown.push_back("directory: " + prompt);
-    if (directories.empty())
-        return FileAnswer::Cancel;
-    *chosen = directories.front();
-    directories.erase(directories.begin());
-    return FileAnswer::Ok;
+    return take(&directories, chosen) ? FileAnswer::Ok : FileAnswer::Cancel;
 }

@@ -10,6 +10,9 @@
 // Runs `body` in the event loop of an application with this task window, then quits. Returns gui_run's answer.
 int run_gui_test(int task_resource, EventHandler task_handler, std::function<void()> body);
 
+// The same with a window of `resource`, which `handler` serves.
+void run_window_test(int resource, EventHandler handler, const std::function<void(Window *)> &body);
+
 // Handles what has been posted: paint, size, deferred destruction.
 void settle();
 // The same for as long as `condition` does not hold, at most five seconds; returns whether it held.
@@ -113,6 +116,8 @@ class ScriptedResponder final : public Responder {
     FileAnswer choose_directory(const std::string &prompt, std::string *chosen) override;
 
   private:
+    template <typename T>
+    static bool take(std::vector<T> *from, T *answer);
     FileAnswer next_file(const char *what, const FileRequest &request, FileSpec *chosen);
 
     Responder *const previous_;

@@ -1,6 +1,4 @@
 #include "support/product.h"
-#include "support/scratch.h"
-#include "support/silent_reports.h"
 #include "tables/tables.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +15,7 @@ std::string object(const std::string &class_name, const std::string &inside) {
     return "OBJECT = " + class_name + "\n" + inside + "END_OBJECT = " + class_name + "\n";
 }
 
-class TableInfoTest : public testing::Test {
+class TableInfoTest : public ProductTest {
   protected:
     const TableProduct &read(const std::string &label) {
         root_.reset(OaParseLabelFile(folder_.write("T.LBL", label + "END\n").c_str(), nullptr, 0, 1));
@@ -25,10 +23,8 @@ class TableInfoTest : public testing::Test {
         return product_;
     }
 
-    ScratchFolder folder_;
     OdlTree root_;
     TableProduct product_;
-    SilentReports reports_;
 };
 
 TEST_F(TableInfoTest, TablesAndTheirKeywords) {

@@ -1,14 +1,9 @@
-#include "support/corpus.h"
-#include "support/notices.h"
 #include "support/product.h"
-#include "support/scratch.h"
-#include "support/silent_reports.h"
 #include "tables/model/line_index.h"
 #include "tables/tables.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <fcntl.h>
 #include <random>
 #include <string>
@@ -20,7 +15,7 @@ std::string text_of(const FieldBytes &field) {
     return {field.bytes.begin(), field.bytes.end()};
 }
 
-class TableReaderTest : public testing::Test {
+class TableReaderTest : public ProductTest {
   protected:
     TableInfo table(const std::string &name, const std::string &data) {
         TableInfo made;
@@ -36,8 +31,7 @@ class TableReaderTest : public testing::Test {
     }
     // A spreadsheet of that class, of `rows` rows.
     TableInfo sheet(const std::string &data, const std::string &delimiter, int64_t rows) {
-        root_.reset(OdlParseLabelString(
-            ("OBJECT = SPREADSHEET\n" + delimiter + "\nEND_OBJECT = SPREADSHEET\nEND\n").c_str(), nullptr, 0, 1));
+        root_ = parse_label("OBJECT = SPREADSHEET\n" + delimiter + "\nEND_OBJECT = SPREADSHEET");
         TableInfo made = table("S.CSV", data);
         made.object = root_->first_child;
         made.rows = rows;
@@ -47,10 +41,7 @@ class TableReaderTest : public testing::Test {
     std::mt19937 random_{20260101};
     int64_t number(int64_t low, int64_t high) { return std::uniform_int_distribution<int64_t>(low, high)(random_); }
 
-    ScratchFolder folder_;
     OdlTree root_;
-    Notices notices_;
-    SilentReports reports_;
 };
 
 // Fields of tables of any shape, row by row, at random, column by column, are the bytes at the place that the label
@@ -256,74 +247,6 @@ TEST_F(TableReaderTest, TheIndexOfLinesStaysSmall) {
         EXPECT_EQ(index.offset_of(line), line);
     EXPECT_EQ(index.offset_of(count), -1);
     close(file);
-}
-
-// --- Real tables --------------------------------------------------------------------------------------------------
-
-std::vector<std::string> split_csv(const std::string &line) {
-    std::vector<std::string> cells(1);
-    bool is_quoted = false;
-    for (const char c : line) {
-        if (c == '"')
-            is_quoted = !is_quoted;
-        else if (c == ',' && !is_quoted)
-            cells.emplace_back();
-        else if (c != '\r')
-            cells.back() += c;
-    }
-    return cells;
-}
-
-// The same text, or the same number: those of the list are double precision and scaled.
-bool agrees(const std::string &cell, const std::string &written, double factor, double offset) {
-    const std::string wanted(util_trim(written));
-    if (cell == wanted)
-        return true;
-    char *cell_end = nullptr;
-    char *wanted_end = nullptr;
-    const double value = strtod(cell.c_str(), &cell_end);
-    const double other = strtod(wanted.c_str(), &wanted_end);
-    if (cell.empty() || wanted.empty() || *cell_end || *wanted_end)
-        return false;
-    if (factor != 1 || offset != 0)
-        return std::abs(value * factor + offset - other) < 1e-12;
-    return value == other || static_cast<double>(static_cast<float>(value)) == other;
-}
-
-TEST_F(TableReaderTest, RealTables) {
-    REQUIRE_CORPUS();
-    for (const auto &entry : read_corpus_list("real/table_files.tsv")) {
-        const std::string label = entry.at("label");
-        const OpenProduct opened(corpus_path("real/" + label));
-        const TableProduct product = tb_read_product(opened.root.get());
-        ASSERT_EQ(product.tables.size(), 1U) << label;
-        const ColumnView view(product.tables[0]);
-        const auto reader = tb_open_reader(product.file, product.tables[0]);
-        ASSERT_TRUE(reader) << label;
-        EXPECT_EQ(reader->rows_present(), std::stoll(entry.at("rows"))) << label;
-        std::ifstream expected(corpus_path("real/" + label.substr(0, label.size() - 4) + ".EXPECTED.CSV"));
-        std::string line;
-        std::getline(expected, line);
-        const std::vector<std::string> names = split_csv(line);
-        ASSERT_EQ(static_cast<size_t>(view.size()), names.size()) << label;
-        for (int64_t i = 0; i < view.size(); ++i)
-            EXPECT_EQ(view.name(i), names[static_cast<size_t>(i)]);
-        int64_t cells = 0;
-        for (int64_t row = 0; std::getline(expected, line); ++row) {
-            const std::vector<std::string> wanted = split_csv(line);
-            for (int64_t i = 0; i < view.size(); ++i, ++cells) {
-                std::string text;
-                EXPECT_TRUE(view.append(reader.get(), row, i, &text));
-                double factor = 1;
-                double offset = 0;
-                OaKwdValuetoDouble("SCALING_FACTOR", view[i].column->object, &factor);
-                OaKwdValuetoDouble("OFFSET", view[i].column->object, &offset);
-                EXPECT_TRUE(agrees(text, wanted.at(static_cast<size_t>(i)), factor, offset))
-                    << label << " " << row << " " << view.name(i) << ": " << text;
-            }
-        }
-        EXPECT_EQ(cells, reader->rows_present() * view.size());
-    }
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "viewer/model/band_composite.h"
 
-#include "support/notices.h"
 #include "support/product.h"
 
 #include <gtest/gtest.h>
@@ -163,8 +162,7 @@ TEST(BandChoice, NamesLeadToColours) {
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.label);
-        const OdlTree root(OdlParseLabelString(
-            (std::string(c.label) + "\nOBJECT = IMAGE\nEND_OBJECT = IMAGE\nEND\n").c_str(), nullptr, 0, 1));
+        const OdlTree root = parse_label(c.label + std::string("\nOBJECT = IMAGE\nEND_OBJECT = IMAGE"));
         const std::vector<std::string> names = band_names(root->first_child, c.bands);
         EXPECT_EQ(band_title(names, 1), c.first_title);
         std::vector<int64_t> chosen;

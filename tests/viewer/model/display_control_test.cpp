@@ -3,7 +3,6 @@
 
 #include "support/gif.h"
 #include "support/product.h"
-#include "support/silent_reports.h"
 #include "viewer/model/file_colours.h"
 #include "viewer/model/level_histogram.h"
 #include "viewer/model/palette.h"

@@ -4,7 +4,6 @@
 #include "support/corpus.h"
 #include "support/product.h"
 #include "support/sha256.h"
-#include "support/silent_reports.h"
 #include "viewer/model/label_template.h"
 
 namespace {

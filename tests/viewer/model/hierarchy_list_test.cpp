@@ -1,17 +1,11 @@
 #include "viewer/model/hierarchy_list.h"
 
-#include "oa/oa.h"
-
-#include <gtest/gtest.h>
+#include "support/product.h"
 
 namespace {
 
-OdlTree parse(const std::string &label) {
-    return OdlTree(OdlParseLabelString(label.c_str(), nullptr, 0, 1));
-}
-
 TEST(HierarchyLines, ListWhatIsNoInsideOfATable) {
-    const OdlTree root = parse(
+    const OdlTree root = parse_label(
         "NAME = top\nOBJECT = TABLE\nOBJECT = COLUMN\nNAME = c\nEND_OBJECT\nOBJECT = BIT_COLUMN\nEND_OBJECT\n"
         "OBJECT = CONTAINER\nOBJECT = HISTOGRAM\nEND_OBJECT\nEND_OBJECT\nOBJECT = FIELD\nEND_OBJECT\n"
         "OBJECT = BIT_ELEMENT\nEND_OBJECT\nEND_OBJECT\nOBJECT = IMAGE\nNAME = \"A \"B\" 100%s\r\nend\t\"\n"
@@ -36,7 +30,7 @@ TEST(HierarchyLines, LineUpWithBlanksOfHalfADigit) {
     std::string label;
     for (int i = 0; i < 10000; ++i)
         label += "OBJECT = IMAGE\nEND_OBJECT\n";
-    const std::vector<std::string> lines = hierarchy_lines(parse(label + "END\n").get());
+    const std::vector<std::string> lines = hierarchy_lines(parse_label(label + "END\n").get());
     ASSERT_EQ(lines.size(), 10001u);
     for (const size_t number : {1, 9, 10, 99, 100, 999, 1000, 9999, 10000}) {
         const size_t digits = std::to_string(number).size();
@@ -48,7 +42,7 @@ TEST(HierarchyLines, IndentTenLevelsAtMost) {
     std::string label;
     for (int level = 0; level < 12; ++level)
         label += "OBJECT = O\n";
-    const std::vector<std::string> lines = hierarchy_lines(parse(label + "END\n").get());
+    const std::vector<std::string> lines = hierarchy_lines(parse_label(label + "END\n").get());
     ASSERT_EQ(lines.size(), 13u);
     EXPECT_EQ(lines[8], "8" + std::string(10 + 18, ' ') + "O   No NAME KEYWORD");
     EXPECT_EQ(lines[9], "9" + std::string(10 + 20, ' ') + "O   No NAME KEYWORD");
@@ -83,8 +77,8 @@ TEST(KeywordLines, CutLongValuesAndShowLineEndsAsBlanks) {
     for (int i = 0; i < 61; ++i)
         e_acute += "\xC3\xA9";
     const OdlTree root =
-        parse("OBJECT = IMAGE\n^IMAGE = 5\nA = \"one\r\ntwo\nthree\"\nB = " + sixty + "\nC = " + sixty + "y\nD = \"" +
-              e_acute + "\"\nOBJECT = INSIDE\nE = 1\nEND_OBJECT\nEND_OBJECT\nEND\n");
+        parse_label("OBJECT = IMAGE\n^IMAGE = 5\nA = \"one\r\ntwo\nthree\"\nB = " + sixty + "\nC = " + sixty +
+                    "y\nD = \"" + e_acute + "\"\nOBJECT = INSIDE\nE = 1\nEND_OBJECT\nEND_OBJECT\nEND\n");
     EXPECT_EQ(keyword_lines(root->first_child), (std::vector<std::string>{
                                                     "OBJECT = IMAGE",
                                                     "   ^IMAGE = 5",

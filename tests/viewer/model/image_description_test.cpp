@@ -1,17 +1,12 @@
 #include "viewer/model/image_description.h"
 
-#include "support/silent_reports.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
+#include "support/product.h"
 
 namespace {
 
 // Describes the only object of a label with these statements.
 std::string describe(const std::string &statements, ImageDescription *description) {
-    const std::string text = "OBJECT = IMAGE\n" + statements + "\nEND_OBJECT = IMAGE\nEND\n";
-    const OdlTree root(OdlParseLabelString(text.c_str(), nullptr, 0, 1));
+    const OdlTree root = parse_label("OBJECT = IMAGE\n" + statements + "\nEND_OBJECT = IMAGE");
     return describe_image(root->first_child, description);
 }
 

@@ -3,7 +3,6 @@
 #include "support/gif.h"
 #include "support/jpeg2000.h"
 #include "support/product.h"
-#include "support/silent_reports.h"
 
 namespace {
 
