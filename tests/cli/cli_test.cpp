@@ -74,10 +74,7 @@ TEST(Cli, WritesOverNothingThatItReadsOrCannotReplace) {
     fs::create_symlink("old", scratch.file("link"));
     fs::create_directory_symlink(".", scratch.file("here"));
     fs::create_hard_link(scratch.file("scene.IMG"), scratch.file("twin"));
-    struct {
-        std::vector<std::string> outputs;
-        const char *reason;
-    } const cases[] = {
+    const std::pair<std::vector<std::string>, const char *> cases[] = {
         {{"--raw", scratch.file("s.fmt")}, "belongs to the product"},
         {{"--png", label}, "belongs to the product"},
         {{"--raw", scratch.file("twin")}, "belongs to the product"},
@@ -87,10 +84,10 @@ TEST(Cli, WritesOverNothingThatItReadsOrCannotReplace) {
         {{"--png", scratch.file("circle")}, "Too many levels of symbolic links"},
         {{"--png", "/dev/null"}, "Not a regular file"},
     };
-    for (const auto &c : cases) {
+    for (const auto &[outputs, reason] : cases) {
         std::vector<std::string> arguments = {"image", label};
-        arguments.insert(arguments.end(), c.outputs.begin(), c.outputs.end());
-        expect_run(arguments, 2, "", c.reason);
+        arguments.insert(arguments.end(), outputs.begin(), outputs.end());
+        expect_run(arguments, 2, "", reason);
     }
     EXPECT_EQ(read_file(scratch.file("s.fmt")), "NOTE = 1\n");
     EXPECT_EQ(read_file(old), "before");
@@ -104,10 +101,7 @@ TEST(Cli, RefusesWhatItCannotDo) {
     const std::string plain = scratch.write("plain.dat", std::string(1000, '\0'));
     const std::string text =
         scratch.write("text.lbl", "RECORD_TYPE = STREAM\r\nOBJECT = NOTE\r\nEND_OBJECT\r\nEND\r\n");
-    struct {
-        std::vector<std::string> arguments;
-        const char *reason;
-    } const cases[] = {
+    const std::pair<std::vector<std::string>, const char *> cases[] = {
         {{}, "usage"},
         {{"image"}, "which file?"},
         {{"image", label, label}, "one file at a time"},
@@ -125,8 +119,8 @@ TEST(Cli, RefusesWhatItCannotDo) {
         {{"image", text}, "there is no object *IMAGE"},
         {{"label", plain}, "no label in the file nor beside it"},
     };
-    for (const auto &c : cases)
-        expect_run(c.arguments, 2, "", c.reason);
+    for (const auto &[arguments, reason] : cases)
+        expect_run(arguments, 2, "", reason);
 }
 
 TEST(CliLabel, MessagesAndObjects) {

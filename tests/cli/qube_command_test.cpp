@@ -93,10 +93,7 @@ TEST(QubeCommand, RefusesWhatItCannotDo) {
     const std::string image = folder.write("I.LBL", "OBJECT = IMAGE\nLINES = 1\nEND_OBJECT\nEND\n");
     const std::string faulty =
         folder.write("F.LBL", "OBJECT = QUBE\nAXES = 7\nCORE_ITEMS = (1, 1, 1)\nEND_OBJECT\nEND\n");
-    const struct {
-        std::vector<std::string> words;
-        const char *reason;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, const char *> cases[] = {
         {{}, "which file?"},
         {{label, "--band", "0"}, "--band takes a number"},
         {{label, "--band", "3"}, "there is no band 3; BANDS is 2"},
@@ -123,8 +120,8 @@ TEST(QubeCommand, RefusesWhatItCannotDo) {
         {{faulty}, "AXES = 7"},
         {{faulty, "--band", "1"}, "AXES = 7"},
     };
-    for (const auto &c : cases)
-        expect_qube(c.words, 2, "", c.reason);
+    for (const auto &[words, reason] : cases)
+        expect_qube(words, 2, "", reason);
     EXPECT_EQ(read_file(folder.file("Q.QUB")), data);
     fs::resize_file(folder.file("Q.QUB"), 10);
     expect_qube({label, "--band", "1"}, 2, "", "holds 10 from its byte 1");

@@ -100,10 +100,7 @@ TEST(TableCommand, WritesChosenRowsAndColumns) {
     const ScratchFolder folder;
     const std::string label = write_small_table(folder);
     const std::string first = "\"A, %s B\"";
-    const struct {
-        std::vector<std::string> options;
-        std::string csv;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{}, first + ",S,I_1,I_2\r\n\"a,%s\",10,1,2\r\n\"b\"\"c\",20,3,4\r\nd,-1,5,6\r\n"},
         {{"--rows", "2:3", "--columns", "2:3"}, "S,I_1\r\n20,3\r\n-1,5\r\n"},
         {{"--columns", "I_2,S,I", "--rows=1:1"}, "I_2,S,I_1,I_2\r\n2,10,1,2\r\n"},
@@ -113,13 +110,13 @@ TEST(TableCommand, WritesChosenRowsAndColumns) {
         {{"--object", "B*"}, "ONLY\r\n\"a,\"\r\n"},
         {{"--object", "FIRST", "--columns=S", "--rows=3:3"}, "S\r\n-1\r\n"},
     };
-    for (const auto &c : cases) {
+    for (const auto &[options, csv] : cases) {
         std::vector<std::string> words = {"table", label, "--csv", "-"};
-        words.insert(words.end(), c.options.begin(), c.options.end());
-        expect_run(words, 0, c.csv, "");
+        words.insert(words.end(), options.begin(), options.end());
+        expect_run(words, 0, csv, "");
         words[3] = folder.file("out.csv");
         expect_run(words, 0, "", "");
-        EXPECT_EQ(read_file(words[3]), c.csv);
+        EXPECT_EQ(read_file(words[3]), csv);
     }
 }
 

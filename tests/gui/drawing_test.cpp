@@ -103,21 +103,18 @@ class Drawing : public testing::Test {
 };
 
 TEST_F(Drawing, ImagesAreExactToThePixel) {
-    struct Case {
-        int left, top, zoom, shrink;
-    };
-    const Case cases[] = {{0, 0, 1, 1},   {20, 10, 1, 1},  {-5, -7, 1, 1},   {0, 0, 3, 1},    {-4, -8, 3, 1},
-                          {7, 5, 16, 1},  {0, 0, 1, 4},    {-3, 2, 1, 4},    {9, 9, 1, 1000}, {-90, 0, 1, 1},
-                          {199, 0, 5, 1}, {5000, 0, 1, 1}, {-2000, 3, 64, 1}};
+    const std::tuple<int, int, int, int> cases[] = {
+        {0, 0, 1, 1},  {20, 10, 1, 1},  {-5, -7, 1, 1}, {0, 0, 3, 1},   {-4, -8, 3, 1},  {7, 5, 16, 1},    {0, 0, 1, 4},
+        {-3, 2, 1, 4}, {9, 9, 1, 1000}, {-90, 0, 1, 1}, {199, 0, 5, 1}, {5000, 0, 1, 1}, {-2000, 3, 64, 1}};
     // The whole, a part that begins and ends inside enlarged pixels, a single pixel.
     const GuiRect areas[] = {{0, 0, 200, 150}, {31, 17, 41, 23}, {100, 70, 1, 1}};
     run([&](Window *window) {
         const unsigned background = document_background(window);
         for (const int bytes_per_pixel : {1, 4}) {
             g_scene.image = test_image(90, 61, bytes_per_pixel);
-            for (const Case &test : cases) {
-                g_scene.left = test.left, g_scene.top = test.top;
-                g_scene.zoom = test.zoom, g_scene.shrink = test.shrink;
+            for (const auto &[left, top, zoom, shrink] : cases) {
+                g_scene.left = left, g_scene.top = top;
+                g_scene.zoom = zoom, g_scene.shrink = shrink;
                 for (const GuiRect &area : areas) {
                     g_scene.drawn.clear();
                     std::vector<unsigned> expected;
@@ -126,8 +123,8 @@ TEST_F(Drawing, ImagesAreExactToThePixel) {
                             expected.push_back(expected_pixel(*g_scene.image, x, y, background));
                     }
                     EXPECT_TRUE(shown_pixels(window, area) == expected)
-                        << test.left << " " << test.top << " " << test.zoom << " " << test.shrink << " in "
-                        << area.width << " x " << area.height;
+                        << left << " " << top << " " << zoom << " " << shrink << " in " << area.width << " x "
+                        << area.height;
                     EXPECT_EQ(g_scene.drawn.at(0).width, area.width);
                 }
             }
@@ -149,19 +146,15 @@ TEST_F(Drawing, LinesAndRectanglesAreExactToThePixel) {
             gui_draw_line(canvas, {0, 80}, {1e300, NAN}, blue, 3);
         };
         const unsigned ground = document_background(window);
-        struct Case {
-            int x, y;
-            unsigned colour;
-        };
-        const Case cases[] = {
+        const std::tuple<int, int, unsigned> cases[] = {
             {10, 10, word(red)},   {13, 12, word(red)}, {14, 12, ground},      {13, 13, ground},
             {19, 140, word(red)},  {20, 140, ground},   {48, 11, ground},      {20, 10, word(green)},
             {29, 17, word(green)}, {30, 17, ground},    {21, 14, word(green)}, {22, 14, ground},
             {50, 30, word(blue)},  {50, 29, ground},    {50, 31, ground},      {69, 30, word(blue)},
             {71, 30, word(blue)},  {68, 30, ground},    {72, 30, ground},      {5, 80, ground},
         };
-        for (const Case &test : cases)
-            EXPECT_EQ(shown_pixel(window, test.x, test.y), test.colour) << test.x << " " << test.y;
+        for (const auto &[x, y, colour] : cases)
+            EXPECT_EQ(shown_pixel(window, x, y), colour) << x << " " << y;
     });
 }
 

@@ -63,11 +63,7 @@ TEST_F(Windows, RefusedOrUndefinedOnesLeaveNothing) {
 // touched afterwards.
 TEST_F(Windows, EndInAnyOfTheirEvents) {
     static constexpr GuiPoint here = {9, 9};
-    struct Case {
-        EventType type;
-        std::function<void(Window *)> provoke;
-    };
-    const Case cases[] = {
+    const std::pair<EventType, std::function<void(Window *)>> cases[] = {
         {EventType::Close, close_window},
         {EventType::Size, [](Window *window) { resize_window(window, 500, 400); }},
         {EventType::Update, [](Window *window) { shown_pixel(window, 0, 0); }},
@@ -87,16 +83,16 @@ TEST_F(Windows, EndInAnyOfTheirEvents) {
          }},
     };
     run([&] {
-        for (const Case &test : cases) {
+        for (const auto &[type, provoke] : cases) {
             g_script = {};
             Window *window = create("a");
             gui_set_content_size(window, {1000, 1000}, 16);
             settle();
-            g_script.actions[test.type] = destroy_itself;
-            test.provoke(window);
-            EXPECT_FALSE(gui_window_exists(window)) << static_cast<int>(test.type);
+            g_script.actions[type] = destroy_itself;
+            provoke(window);
+            EXPECT_FALSE(gui_window_exists(window)) << static_cast<int>(type);
             settle();
-            EXPECT_EQ(g_script.log, (Lines{"create a", "destroy a"})) << static_cast<int>(test.type);
+            EXPECT_EQ(g_script.log, (Lines{"create a", "destroy a"})) << static_cast<int>(type);
         }
         g_script.actions[EventType::Create] = destroy_itself;
         EXPECT_EQ(create("a"), nullptr);

@@ -80,9 +80,7 @@ TEST_F(Binrep, KnownNumbersInEveryRealForm) {
 }
 
 TEST_F(Binrep, MantissasRoundToNearestEven) {
-    const struct {
-        const char *src, *hex, *dst, *expected;
-    } cases[] = {
+    const std::tuple<const char *, const char *, const char *, const char *> cases[] = {
         {"VAXD_REAL8", "8040000000000400", "IEEE_REAL8", "3ff0000000000000"},
         {"VAXD_REAL8", "8040000000000500", "IEEE_REAL8", "3ff0000000000001"},
         {"VAXD_REAL8", "8040000000000c00", "IEEE_REAL8", "3ff0000000000002"},
@@ -98,8 +96,8 @@ TEST_F(Binrep, MantissasRoundToNearestEven) {
         {"MSB_INT4", "01000003", "IEEE_REAL4", "4b800002"},
         {"MSB_UINT16", "ffffffffffffffffffffffffffffffff", "IEEE_REAL4", "7f800000"},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(convert(c.src, c.hex, c.dst), c.expected) << c.src << " " << c.hex << " to " << c.dst;
+    for (const auto &[src, hex, dst, expected] : cases)
+        EXPECT_EQ(convert(src, hex, dst), expected) << src << " " << hex << " to " << dst;
 }
 
 TEST_F(Binrep, WhatADestinationCannotHoldIsSaturatedAndCounted) {

@@ -54,13 +54,11 @@ TEST_F(TypeConversion, ThereAreProfilesOfBothByteOrders) {
 
 TEST_F(TypeConversion, OtherDataAreCopied) {
     Oa_profile.data_translation_profile = 2;
-    const struct {
-        OaDataType type;
-        int64_t size;
-    } cases[] = {{OA_CHARACTER, 8},    {OA_IBM_COMPLEX, 4},    {OA_MSB_INTEGER, 8}, {OA_LSB_INTEGER, 3},
-                 {OA_NO_DATA_TYPE, 4}, {OA_MSB_BIT_STRING, 2}, {OA_VAX_REAL, 10},   {OA_ASCII_INTEGER, 4}};
-    for (const auto &c : cases)
-        EXPECT_EQ(OalGetTypeConversionFromProfile(c.type, c.size, OA_BINARY, OA_BINARY), nullptr) << c.type;
+    const std::pair<OaDataType, int64_t> cases[] = {{OA_CHARACTER, 8},   {OA_IBM_COMPLEX, 4},  {OA_MSB_INTEGER, 8},
+                                                    {OA_LSB_INTEGER, 3}, {OA_NO_DATA_TYPE, 4}, {OA_MSB_BIT_STRING, 2},
+                                                    {OA_VAX_REAL, 10},   {OA_ASCII_INTEGER, 4}};
+    for (const auto &[type, size] : cases)
+        EXPECT_EQ(OalGetTypeConversionFromProfile(type, size, OA_BINARY, OA_BINARY), nullptr) << type;
     EXPECT_EQ(OalGetTypeConversionFromProfile(OA_ASCII_INTEGER, 5, OA_ASCII, OA_ASCII), nullptr);
     EXPECT_EQ(OalGetTypeConversionFromProfile(OA_ASCII_BIT_STRING, 5, OA_ASCII, OA_BINARY), nullptr);
     EXPECT_STREQ(OalGetTypeConversionFromProfile(OA_ASCII_REAL, 12, OA_ASCII, OA_BINARY)->dst_q_code, "PC_REAL");

@@ -152,30 +152,25 @@ TEST_F(Gif, DamagedDataAreToldOrRefused) {
     const auto image = [](const std::string &data, int width = 4, int code_size = 2) {
         return gif_header(4, 1) + gif_descriptor(width, 1) + static_cast<char>(code_size) + data + ";";
     };
-    struct Case {
-        std::string bytes;
-        const char *result;
-        const char *report;
+    const std::tuple<std::string, const char *, const char *> cases[] = {
+        {image(gif_blocks(codes)), "01020301", ""},
+        {image(gif_blocks(codes, 1)), "01020301", ""},
+        {image(gif_blocks(codes), 3), "010203", "too much input data, ignoring extra..."},
+        {image(gif_blocks(codes + "xx", codes.size())), "01020301", "missing EOD in data stream"},
+        {image(gif_blocks(codes.substr(0, 1))), "01000000", "ran off the end of my bits"},
+        {image(gif_blocks("\xCC\x01")), "01000000", "circular table entry BIG ERROR"},
+        {image(gif_blocks("")), "null", "error reading image"},
+        {image(gif_blocks("\x2C")), "null", "error reading image"},
+        {image(gif_blocks(codes), 4, 0), "null", "error reading image"},
+        {image(gif_blocks(codes), 4, 12), "null", "error reading image"},
+        {image(gif_blocks(codes), 4, 13), "null", "error reading image"},
+        {image(gif_blocks(codes), 4, 255), "null", "error reading image"},
+        {gif_header(4, 1) + gif_image(65535, 65535, "", 2) + ";", "null", "LINES = 65535, LINE_SAMPLES = 65535"},
+        {gif_header(4, 1) + gif_image(0, 5, "", 2) + ";", "null", "LINE_SAMPLES = 0 is not a size"},
     };
-    for (const Case &c : {
-             Case{image(gif_blocks(codes)), "01020301", ""},
-             Case{image(gif_blocks(codes, 1)), "01020301", ""},
-             Case{image(gif_blocks(codes), 3), "010203", "too much input data, ignoring extra..."},
-             Case{image(gif_blocks(codes + "xx", codes.size())), "01020301", "missing EOD in data stream"},
-             Case{image(gif_blocks(codes.substr(0, 1))), "01000000", "ran off the end of my bits"},
-             Case{image(gif_blocks("\xCC\x01")), "01000000", "circular table entry BIG ERROR"},
-             Case{image(gif_blocks("")), "null", "error reading image"},
-             Case{image(gif_blocks("\x2C")), "null", "error reading image"},
-             Case{image(gif_blocks(codes), 4, 0), "null", "error reading image"},
-             Case{image(gif_blocks(codes), 4, 12), "null", "error reading image"},
-             Case{image(gif_blocks(codes), 4, 13), "null", "error reading image"},
-             Case{image(gif_blocks(codes), 4, 255), "null", "error reading image"},
-             Case{gif_header(4, 1) + gif_image(65535, 65535, "", 2) + ";", "null",
-                  "LINES = 65535, LINE_SAMPLES = 65535"},
-             Case{gif_header(4, 1) + gif_image(0, 5, "", 2) + ";", "null", "LINE_SAMPLES = 0 is not a size"},
-         }) {
-        EXPECT_EQ(read(c.bytes), c.result) << c.report;
-        EXPECT_TRUE(util_contains(error_string, c.report)) << c.report << " / " << error_string;
+    for (const auto &[bytes, result, report] : cases) {
+        EXPECT_EQ(read(bytes), result) << report;
+        EXPECT_TRUE(util_contains(error_string, report)) << report << " / " << error_string;
     }
 }
 
@@ -188,16 +183,15 @@ TEST_F(Gif, LabelsMayPointAtImagesThemselves) {
     EXPECT_EQ(to_hex(bytes_of(OaObjectPtr(OaReadImage(open.image(), 1)).get())), "01020301");
     EXPECT_EQ(OaOpenImage(open.image(), 1), nullptr);
     EXPECT_EQ(error_string, "OaOpenImage: unsupported compression type: 5.");
-    struct Case {
-        const char *keyword, *value;
-        int code;
-    };
-    for (const Case &c : {Case{"INTERLACE", "maybe", 600}, Case{"SAMPLE_BITS", "16", 520},
-                          Case{"RECORD_TYPE", "VARIABLE_LENGTH", 502}, Case{"ENCODING_TYPE", "GIFT", 531}}) {
+    const std::tuple<const char *, const char *, int> cases[] = {{"INTERLACE", "maybe", 600},
+                                                                 {"SAMPLE_BITS", "16", 520},
+                                                                 {"RECORD_TYPE", "VARIABLE_LENGTH", 502},
+                                                                 {"ENCODING_TYPE", "GIFT", 531}};
+    for (const auto &[keyword, value, code] : cases) {
         const OdlTree root(OaCopyTree(open.root.get(), OA_COPY_LABEL));
-        OaStrtoKwdValue(c.keyword, find(root, "IMAGE"), c.value);
-        EXPECT_EQ(OaReadImage(find(root, "IMAGE"), 1), nullptr) << c.keyword;
-        EXPECT_EQ(oa_errno, c.code) << error_string;
+        OaStrtoKwdValue(keyword, find(root, "IMAGE"), value);
+        EXPECT_EQ(OaReadImage(find(root, "IMAGE"), 1), nullptr) << keyword;
+        EXPECT_EQ(oa_errno, code) << error_string;
     }
     OaStrtoKwdValue("ENCODING_TYPE", open.image(), "GIFT");
     EXPECT_EQ(OalReadImageFromGif(folder_.file("X.gif").c_str(), 23, 1, 4, open.image()), nullptr);

@@ -170,12 +170,7 @@ TEST_F(EncodedImage, RefusesWhatCannotBe) {
     const auto sized = [&](int64_t lines, int64_t samples, const std::string &data) {
         return with(huffman(data), [=](ImageProduct *image) { image->lines = lines, image->samples = samples; });
     };
-    struct Case {
-        Encoded product;
-        int code;
-        const char *message;
-    };
-    const Case cases[] = {
+    const std::tuple<Encoded, int, const char *> cases[] = {
         {with(plain, [](ImageProduct *image) { image->record_type = "FIXED_LENGTH"; }), 520,
          ": HFD compressed images are only supported in variable-length record files."},
         {with(plain, [](ImageProduct *image) { image->bands = 2, image->storage = "BAND_SEQUENTIAL"; }), 520,
@@ -200,8 +195,8 @@ TEST_F(EncodedImage, RefusesWhatCannotBe) {
         {previous("UNDEFINED", "\xfe\x01\x02...."), 710,
          ": first byte in Previous Pixel compressed data was not a 255."},
     };
-    for (const Case &c : cases)
-        expect_refused(c.product, c.code, c.message);
+    for (const auto &[product, code, message] : cases)
+        expect_refused(product, code, message);
 }
 
 TEST_F(EncodedImage, FindsTheHistogramOfTheEncoder) {

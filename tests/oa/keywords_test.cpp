@@ -27,19 +27,16 @@ TEST_F(Keywords, ClassesByNameThenBySuffix) {
 }
 
 TEST_F(Keywords, InterchangeFormats) {
-    const struct {
-        const char *class_name, *name, *value;
-        int format;
-    } cases[] = {
+    const std::tuple<const char *, const char *, const char *, int> cases[] = {
         {"TABLE", "INTERCHANGE_FORMAT", "ascii", OA_ASCII},
         {"TABLE", "INTERCHANGE_FORMAT", "\"ASCII_BINARY\"", OA_BINARY},
         {"HISTORY", "INTERCHANGE_FORMAT", "BINARY", OA_ASCII},
         {"TABLE", "INTERCHANGE_FORMAT", "EBCDIC", OA_NO_FORMAT},
     };
-    for (const auto &c : cases) {
-        const OdlTree node = object(c.class_name);
-        OaStrtoKwdValue(c.name, node.get(), c.value);
-        EXPECT_EQ(OaGetObjectInterchangeFormat(node.get()), c.format) << c.value;
+    for (const auto &[class_name, name, value, format] : cases) {
+        const OdlTree node = object(class_name);
+        OaStrtoKwdValue(name, node.get(), value);
+        EXPECT_EQ(OaGetObjectInterchangeFormat(node.get()), format) << value;
     }
     EXPECT_EQ(oa_errno, 531);
     EXPECT_EQ(error_string, "OaGetObjectInterchangeFormat: invalid interchange format: EBCDIC.");

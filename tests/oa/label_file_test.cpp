@@ -71,9 +71,7 @@ class FileKeywords : public LabelFile {
 
 TEST_F(FileKeywords, StartsByRecordTypeAndLocation) {
     folder_.write("A.IMG", "line 1\nline 2\r\n\nline 4\rline 5");
-    const struct {
-        std::string statements, result;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"RECORD_TYPE = \"fixed\"\nRECORD_BYTES = 100\n^IMAGE = (\"A.IMG\", 101 <BYTES>)", "1 100"},
         {"^IMAGE = \"A.IMG\"", "4 0"},
         {"RECORD_TYPE = UNDEFINED\nRECORD_BYTES = 10\n^IMAGE = (\"A.IMG\", 3)", "4 20"},
@@ -88,8 +86,8 @@ TEST_F(FileKeywords, StartsByRecordTypeAndLocation) {
         {"^IMAGE = \"MISSING.IMG\"", "error 700"},
         {"^TABLE = \"A.IMG\"", "error 531"},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(start_of(c.statements), c.result) << c.statements;
+    for (const auto &[statements, result] : cases)
+        EXPECT_EQ(start_of(statements), result) << statements;
 }
 
 TEST_F(FileKeywords, PointersAreThoseOfTheNearestAncestorAndInOrder) {

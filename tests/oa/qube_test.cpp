@@ -250,11 +250,7 @@ int read_keywords(const std::vector<std::string> &changes, OaQubeKeywords *out, 
 }
 
 TEST_F(Qube, RefusesLabelsThatDescribeNoQube) {
-    struct {
-        std::vector<std::string> changes;
-        int code;
-        const char *message;
-    } const cases[] = {
+    const std::tuple<std::vector<std::string>, int, const char *> cases[] = {
         {{"AXES = 0"}, 502, "AXES = 0 is not a size"},
         {{"AXES = 7"}, 520, "AXES = 7: qubes have 1 to 3 axes"},
         {{"AXES = three"}, 502, "AXES = three"},
@@ -279,10 +275,10 @@ TEST_F(Qube, RefusesLabelsThatDescribeNoQube) {
         {{"CORE_MULTIPLIER = many"}, 502, "CORE_MULTIPLIER = many is not a number"},
         {{"CORE_BASE = 1E999"}, 502, "CORE_BASE = 1E999"},
     };
-    for (const auto &c : cases) {
+    for (const auto &[changes, code, message] : cases) {
         OaQubeKeywords qube;
-        EXPECT_EQ(read_keywords(c.changes, &qube), 1) << c.message;
-        expect_report(c.code, c.message);
+        EXPECT_EQ(read_keywords(changes, &qube), 1) << message;
+        expect_report(code, message);
     }
 }
 
@@ -337,10 +333,7 @@ TEST_F(Qube, TakesWhatTheLabelSaysAndDefaults) {
 }
 
 TEST_F(Qube, TellsWhatItDidNotTakeOver) {
-    struct {
-        const char *line;
-        const char *remark;
-    } const cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
         {"CORE_NULL = nothing", "CORE_NULL = nothing is no value"},
         {"CORE_NULL = 16#12345#", "CORE_NULL = 16#12345# is no value"},
         {"CORE_NULL = -32769", "CORE_NULL"},
@@ -352,11 +345,11 @@ TEST_F(Qube, TellsWhatItDidNotTakeOver) {
         {"BAND_SUFFIX_ITEM_BYTES = -4", "BAND_SUFFIX_ITEM_BYTES = -4 does not count"},
         {"BAND_BIN_CENTER = (1, 2, 3)", "BAND_BIN_CENTER has 3 values for 2 bands"},
     };
-    for (const auto &c : cases) {
+    for (const auto &[line, remark] : cases) {
         OaQubeKeywords qube;
-        ASSERT_EQ(read_keywords({c.line}, &qube), 0) << error_string;
-        ASSERT_FALSE(qube.remarks.empty()) << c.line;
-        EXPECT_EQ(qube.remarks[0].find(c.remark), 0u) << qube.remarks[0];
+        ASSERT_EQ(read_keywords({line}, &qube), 0) << error_string;
+        ASSERT_FALSE(qube.remarks.empty()) << line;
+        EXPECT_EQ(qube.remarks[0].find(remark), 0u) << qube.remarks[0];
         EXPECT_EQ(OaQubeSuffixItem(qube, B, 0).bytes, 4);
     }
     OaQubeKeywords silent;

@@ -197,81 +197,73 @@ TEST_F(SdtTable, PrintsAndReadsNumbers) {
 }
 
 TEST_F(SdtTable, RefusesWhatItCannotPlan) {
-    struct Refused {
-        std::string label;
-        int code;
-        const char *message;
-    };
     const std::string byte = column("CHARACTER", 1, 1);
     const std::string element = object("ELEMENT", "DATA_TYPE = CHARACTER\nBYTES = 1");
     const std::string huge = "9223372036854775807";
     const auto container = [&](const std::string &keywords) {
         return table(1, 9, object("CONTAINER", "START_BYTE = 1\nBYTES = 1\n" + keywords, byte));
     };
-    for (const Refused &c : {
-             Refused{table(1, 9, byte + object("CONTAINER", "START_BYTE = 2")), 530,
-                     "error: CONTAINER object has no sub-object."},
-             Refused{table(1, 9, bit), 530, "error: TABLE object has no sub-object."},
-             Refused{image(0, 2, 16, "MSB_INTEGER"), 531, "LINES keyword value not found for IMAGE object."},
-             Refused{image(2, 2, 16, "msb_integer"), 531, "DATA_TYPE keyword value: msb_integer in\nIMAGE node"},
-             Refused{image(2, 2, 16, "MSB_INTEGER", byte), 530, "a IMAGE object cannot contain sub-objects."},
-             Refused{object("COLUMN", "NAME = X"), 531, "for COLUMN object\nwith NAME = X."},
-             Refused{column("CHARACTER", 1, 4, "ROW_PREFIX_BYTES = 4\n"), 530, "not allowed for COLUMN object."},
-             Refused{column("CHARACTER", 1, 8, "ITEMS = 2\nITEM_BYTES = 4\nITEM_OFFSET = 3\n"), 534,
-                     "overlapping source data"},
-             Refused{table(1, 9, element + bit + object("QUBE", "", byte)), 530, "Unknown object class."},
-             Refused{object("TABLE", "ROWS = 1", byte), 531, "OaGetTableKeywords: ROW_BYTES keyword missing."},
-             Refused{object("TABLE", "ROW_PREFIX_BYTES = 1", byte), 531,
-                     "ROW_BYTES keyword value not found for TABLE object."},
-             Refused{table(1, 9, "", "ROW_SUFFIX_BYTES = 1\n"), 530, "TABLE-like object without any COLUMNs!"},
-             Refused{table(1, 9, column("CHARACTER", 6, 5)), 534, "overlapping source data"},
-             Refused{table(1, 9, column("CHARACTER", 9, 2), "ROW_SUFFIX_BYTES = 4\n"), 534, "overlapping source data"},
-             Refused{table(1, 9, column("CHARACTER", 1, 4) + column("CHARACTER", 4, 1)), 534,
-                     "src.start_offset = 3, previous src.start_offset = 0 previous src.size = 4"},
-             Refused{table(1, 9, column("CHARACTER", 0, 1)), 531, "START_BYTE keyword value not found for COLUMN"},
-             Refused{table(1, 9, column("CHARACTER", -4, 1), "ROW_PREFIX_BYTES = 9\n"), 531, "START_BYTE"},
-             Refused{table(1, 9, column("CHARACTER", 1, 4, "ITEMS = 0\n")), 531, "ITEMS keyword value not found"},
-             Refused{table(1, 9, column("CHARACTER", 1, 4, "ITEMS = 2\nITEM_OFFSET = 2\n")), 531,
-                     "ITEM_BYTES keyword value not found for COLUMN object."},
-             Refused{table(1, 9, column("CHARACTER", 1, 4, "ITEMS = " + huge + "\nITEM_BYTES = 2\nITEM_OFFSET = 3\n")),
-                     502, "too large"},
-             Refused{container("REPETITIONS = -1"), 531, "REPETITIONS keyword value not found for CONTAINER object."},
-             Refused{container("REPETITIONS = " + huge), 534, "overlapping source data"},
-             Refused{table(1, 9, column("CHARACTER", 5, INT64_MAX)), 534, "overlapping source data"},
-             Refused{table(INT64_MAX / 2, 9, byte), 502, "too large"},
-             Refused{table(INT64_MAX, INT64_MAX, byte, "ROW_SUFFIX_BYTES = 9\n"), 502, "too large"},
-             Refused{table(1, 9, column("CHARACTER", INT64_MAX, 1), "ROW_PREFIX_BYTES = 9\n"), 502, "too large"},
-             Refused{table(0, 9, byte, "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 531, "couldn't find ROWS keyword"},
-             Refused{table(INT64_MAX / 2, 9, column("CHARACTER", 9, 1), "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 502,
-                     "too large"},
-             Refused{table(2, 9, element, "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 530,
-                     "object class: ELEMENT not allowed in a column-major TABLE"},
-             Refused{table(2, 9, column("CHARACTER", 1, 5, "ITEMS = 2\n"), "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 520,
-                     "do not fill its BYTES = 5"},
-             Refused{object("ARRAY", "AXIS_ITEMS = 3", element), 531, "AXES keyword value not found for ARRAY object."},
-             Refused{object("ARRAY", "AXES = 1", element), 531, "AXIS_ITEMS keyword value not found for ARRAY object."},
-             Refused{object("ARRAY", "AXES = 3\nAXIS_ITEMS = (2, 2)", element), 532,
-                     "number of sequence elements in AXIS_ITEMS: 2 does not agree with AXES keyword value: 3."},
-             Refused{object("ARRAY", "AXES = 2\nAXIS_ITEMS = (" + huge + ", 2)", element), 502, "too large"},
-             Refused{object("ARRAY", "AXES = 1\nAXIS_ITEMS = -2", element), 531, "AXIS_ITEMS"},
-             Refused{object("ARRAY", "AXES = 1\nAXIS_ITEMS = 2",
-                            element + object("ELEMENT",
-                                             "DATA_TYPE = CHARACTER\n"
-                                             "START_BYTE = 2\nBYTES = 1")),
-                     530, "ARRAY cannot contain more than one sub-object."},
-             Refused{object("ARRAY", "AXES = 1\nAXIS_ITEMS = 2", object("BIT_ELEMENT", "BITS = 8")), 520,
-                     "can't handle a BIT_ELEMENT node directly under an ARRAY node."},
-             Refused{table(1, 9, object("BIT_ELEMENT", "BITS = 8")), 530, "can't handle a BIT_ELEMENT under a TABLE."},
-             Refused{object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BIT = 1\nBITS = 12")), 530,
-                     "Total number of bits in adjacent BIT_ELEMENTS must be a multiple of 8."},
-             Refused{object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BIT = 1")), 531,
-                     "couldn't find BITS keyword in BIT_ELEMENT object."},
-             Refused{object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BYTE = " + huge + "\nBITS = 8")),
-                     502, "too large"},
-         }) {
-        SCOPED_TRACE(c.label);
-        EXPECT_FALSE(plan_object(c.label, OA_BINARY));
-        expect_report(c.code, c.message);
+    const std::tuple<std::string, int, const char *> cases[] = {
+        {table(1, 9, byte + object("CONTAINER", "START_BYTE = 2")), 530, "error: CONTAINER object has no sub-object."},
+        {table(1, 9, bit), 530, "error: TABLE object has no sub-object."},
+        {image(0, 2, 16, "MSB_INTEGER"), 531, "LINES keyword value not found for IMAGE object."},
+        {image(2, 2, 16, "msb_integer"), 531, "DATA_TYPE keyword value: msb_integer in\nIMAGE node"},
+        {image(2, 2, 16, "MSB_INTEGER", byte), 530, "a IMAGE object cannot contain sub-objects."},
+        {object("COLUMN", "NAME = X"), 531, "for COLUMN object\nwith NAME = X."},
+        {column("CHARACTER", 1, 4, "ROW_PREFIX_BYTES = 4\n"), 530, "not allowed for COLUMN object."},
+        {column("CHARACTER", 1, 8, "ITEMS = 2\nITEM_BYTES = 4\nITEM_OFFSET = 3\n"), 534, "overlapping source data"},
+        {table(1, 9, element + bit + object("QUBE", "", byte)), 530, "Unknown object class."},
+        {object("TABLE", "ROWS = 1", byte), 531, "OaGetTableKeywords: ROW_BYTES keyword missing."},
+        {object("TABLE", "ROW_PREFIX_BYTES = 1", byte), 531, "ROW_BYTES keyword value not found for TABLE object."},
+        {table(1, 9, "", "ROW_SUFFIX_BYTES = 1\n"), 530, "TABLE-like object without any COLUMNs!"},
+        {table(1, 9, column("CHARACTER", 6, 5)), 534, "overlapping source data"},
+        {table(1, 9, column("CHARACTER", 9, 2), "ROW_SUFFIX_BYTES = 4\n"), 534, "overlapping source data"},
+        {table(1, 9, column("CHARACTER", 1, 4) + column("CHARACTER", 4, 1)), 534,
+         "src.start_offset = 3, previous src.start_offset = 0 previous src.size = 4"},
+        {table(1, 9, column("CHARACTER", 0, 1)), 531, "START_BYTE keyword value not found for COLUMN"},
+        {table(1, 9, column("CHARACTER", -4, 1), "ROW_PREFIX_BYTES = 9\n"), 531, "START_BYTE"},
+        {table(1, 9, column("CHARACTER", 1, 4, "ITEMS = 0\n")), 531, "ITEMS keyword value not found"},
+        {table(1, 9, column("CHARACTER", 1, 4, "ITEMS = 2\nITEM_OFFSET = 2\n")), 531,
+         "ITEM_BYTES keyword value not found for COLUMN object."},
+        {table(1, 9, column("CHARACTER", 1, 4, "ITEMS = " + huge + "\nITEM_BYTES = 2\nITEM_OFFSET = 3\n")), 502,
+         "too large"},
+        {container("REPETITIONS = -1"), 531, "REPETITIONS keyword value not found for CONTAINER object."},
+        {container("REPETITIONS = " + huge), 534, "overlapping source data"},
+        {table(1, 9, column("CHARACTER", 5, INT64_MAX)), 534, "overlapping source data"},
+        {table(INT64_MAX / 2, 9, byte), 502, "too large"},
+        {table(INT64_MAX, INT64_MAX, byte, "ROW_SUFFIX_BYTES = 9\n"), 502, "too large"},
+        {table(1, 9, column("CHARACTER", INT64_MAX, 1), "ROW_PREFIX_BYTES = 9\n"), 502, "too large"},
+        {table(0, 9, byte, "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 531, "couldn't find ROWS keyword"},
+        {table(INT64_MAX / 2, 9, column("CHARACTER", 9, 1), "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 502, "too large"},
+        {table(2, 9, element, "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 530,
+         "object class: ELEMENT not allowed in a column-major TABLE"},
+        {table(2, 9, column("CHARACTER", 1, 5, "ITEMS = 2\n"), "TABLE_STORAGE_TYPE = COLUMN_MAJOR\n"), 520,
+         "do not fill its BYTES = 5"},
+        {object("ARRAY", "AXIS_ITEMS = 3", element), 531, "AXES keyword value not found for ARRAY object."},
+        {object("ARRAY", "AXES = 1", element), 531, "AXIS_ITEMS keyword value not found for ARRAY object."},
+        {object("ARRAY", "AXES = 3\nAXIS_ITEMS = (2, 2)", element), 532,
+         "number of sequence elements in AXIS_ITEMS: 2 does not agree with AXES keyword value: 3."},
+        {object("ARRAY", "AXES = 2\nAXIS_ITEMS = (" + huge + ", 2)", element), 502, "too large"},
+        {object("ARRAY", "AXES = 1\nAXIS_ITEMS = -2", element), 531, "AXIS_ITEMS"},
+        {object("ARRAY", "AXES = 1\nAXIS_ITEMS = 2",
+                element + object("ELEMENT",
+                                 "DATA_TYPE = CHARACTER\n"
+                                 "START_BYTE = 2\nBYTES = 1")),
+         530, "ARRAY cannot contain more than one sub-object."},
+        {object("ARRAY", "AXES = 1\nAXIS_ITEMS = 2", object("BIT_ELEMENT", "BITS = 8")), 520,
+         "can't handle a BIT_ELEMENT node directly under an ARRAY node."},
+        {table(1, 9, object("BIT_ELEMENT", "BITS = 8")), 530, "can't handle a BIT_ELEMENT under a TABLE."},
+        {object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BIT = 1\nBITS = 12")), 530,
+         "Total number of bits in adjacent BIT_ELEMENTS must be a multiple of 8."},
+        {object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BIT = 1")), 531,
+         "couldn't find BITS keyword in BIT_ELEMENT object."},
+        {object("COLLECTION", "BYTES = 9", object("BIT_ELEMENT", "START_BYTE = " + huge + "\nBITS = 8")), 502,
+         "too large"},
+    };
+    for (const auto &[label, code, message] : cases) {
+        SCOPED_TRACE(label);
+        EXPECT_FALSE(plan_object(label, OA_BINARY));
+        expect_report(code, message);
     }
 }
 

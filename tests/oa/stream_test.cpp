@@ -90,20 +90,17 @@ TEST_F(Stream, OtherNamesOfTheFileAreTriedAndNotedSilently) {
 
 TEST_F(Stream, LinesKeepTheirEnds) {
     const std::string longest(1023, 'x');
-    const struct {
-        std::string bytes;
-        std::vector<std::string> lines;
-    } cases[] = {
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"A\r\n\r\nB\n\r", {"A\r\n", "\r\n", "B\n\r"}},
         {"A\rB\r\rC", {"A\r", "B\r", "\r", "C"}},
         {"A\0B\nC"s, {"A\0B\n"s, "C"}},
         {longest + "yz\n", {longest, "yz\n"}},
     };
-    for (const auto &c : cases) {
-        const OaStreamPtr stream = open(c.bytes, OA_STREAM);
+    for (const auto &[bytes, lines] : cases) {
+        const OaStreamPtr stream = open(bytes, OA_STREAM);
         ASSERT_TRUE(stream);
-        EXPECT_EQ(read_all(stream.get()), c.lines);
-        EXPECT_EQ(stream->current_position, static_cast<int64_t>(c.bytes.size()));
+        EXPECT_EQ(read_all(stream.get()), lines);
+        EXPECT_EQ(stream->current_position, static_cast<int64_t>(bytes.size()));
     }
     const OaStreamPtr stream = open("first\nsecond\nthird\n", OA_STREAM);
     EXPECT_EQ(read(stream.get(), 0, 6), 0);

@@ -170,30 +170,25 @@ TEST_F(Table, StoredColumnAfterColumnIsTheSameTable) {
 }
 
 TEST_F(Table, RowsAreRecordsOfVariableLength) {
-    struct Case {
-        const char *what;
-        int record_bytes;
-        std::string records;
-    };
     const std::string rows[] = {"abcd", "ef  ", "ghij"};
-    const Case cases[] = {
+    const std::tuple<const char *, int, std::string> cases[] = {
         {"rows, the second one's blanks trimmed", 6, from_hex("0400 61626364 0200 6566 0600") + "ghij??"},
         {"two rows and one in a record", 8, from_hex("0800") + "abcdef  " + from_hex("0400") + "ghij"},
         {"rows over records", 3,
          from_hex("0300") + "abc." + from_hex("0300") + "def." + from_hex("0300") + "  g." + from_hex("0300") + "hij."},
     };
-    for (const Case &c : cases) {
-        folder_.write("V.DAT", from_hex("0100 2E2E") + c.records);
+    for (const auto &[what, record_bytes, records] : cases) {
+        folder_.write("V.DAT", from_hex("0100 2E2E") + records);
         const OpenProduct opened(folder_.write(
-            "V.LBL", "RECORD_TYPE = VARIABLE_LENGTH\nRECORD_BYTES = " + std::to_string(c.record_bytes) +
+            "V.LBL", "RECORD_TYPE = VARIABLE_LENGTH\nRECORD_BYTES = " + std::to_string(record_bytes) +
                          "\n^TABLE = (\"V.DAT\", 2)\n" +
                          table(3, 4, " INTERCHANGE_FORMAT = ASCII\n" + column("T", "CHARACTER", 1, 4)) + "END\n"));
         EXPECT_EQ(bytes_of(OaObjectPtr(OaReadTable(opened.object("TABLE"))).get()), rows[0] + rows[1] + rows[2])
-            << c.what << error_string;
+            << what << error_string;
         for (const int64_t row : {3, 2})
             EXPECT_EQ(bytes_of(OaObjectPtr(OaReadSubTable(opened.object("TABLE"), row, row, 1, 1)).get()),
                       rows[row - 1])
-                << c.what;
+                << what;
     }
 }
 

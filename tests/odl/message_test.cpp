@@ -20,11 +20,7 @@ class Messages : public testing::Test {
 using WrongStatements = Messages;
 
 TEST_F(WrongStatements, DrawTheirMessages) {
-    struct {
-        int code;
-        const char *text;
-        const char *messages;
-    } const cases[] = {
+    const std::tuple<int, const char *, const char *> cases[] = {
         {308, "9ABC = 1", " Line 1 -- KEYWORD identifier:  \"9ABC\"  does not begin with a letter\n"},
         {308, "A-B-C = 1",
          " Line 1 -- KEYWORD identifier:  \"A-B-C\"  contains 2 embedded\n"
@@ -66,11 +62,11 @@ TEST_F(WrongStatements, DrawTheirMessages) {
          " Line 1 -- Extra END_OBJECT encountered\n"
          " Line 2 -- Extra END_OBJECT encountered\n"},
     };
-    for (const auto &one : cases) {
+    for (const auto &[code, text, messages] : cases) {
         odl_errno = 0;
-        const ParsedLabel label = parse_text(std::string(one.text) + "\nEND");
-        EXPECT_EQ(label.messages, one.messages) << one.text;
-        EXPECT_EQ(odl_errno, one.code) << one.text;
+        const ParsedLabel label = parse_text(std::string(text) + "\nEND");
+        EXPECT_EQ(label.messages, messages) << text;
+        EXPECT_EQ(odl_errno, code) << text;
     }
 }
 

@@ -97,11 +97,7 @@ TEST(Parser, KeepsComments) {
 TEST(Parser, ReadsLinesOfAnyKind) {
     const std::string long_text(600, 'x');
     const std::string pieces = std::string(250, 'x') + " " + std::string(255, 'x') + " " + std::string(95, 'x');
-    struct {
-        const char *what;
-        std::string bytes;
-        std::string keywords;
-    } const cases[] = {
+    const std::tuple<const char *, std::string, std::string> cases[] = {
         {"a NUL ends its line only", std::string("A = 1\0 garbage\nB = 2\nEND", 24), "  A = 1 @1\n  B = 2 @2"},
         {"bytes from 128 on", "A = \"caf\xc3\xa9\"\nEND", "  A = \"caf\xc3\xa9\" @1"},
         {"a line of 600 in pieces of 255", "A = \"" + long_text + "\"\nB = 2\nEND",
@@ -109,11 +105,11 @@ TEST(Parser, ReadsLinesOfAnyKind) {
         {"a line of exactly 255", std::string("A =") + std::string(252, '1') + "\nB = 2\nEND",
          std::string("  A = ") + std::string(252, '1') + " @1\n  B = 2 @2"},
     };
-    for (const auto &one : cases) {
-        const std::string expected = "ROOT @0\n" + one.keywords + "\n";
-        EXPECT_EQ(outline_of_file(one.bytes), expected) << one.what;
-        if (one.bytes.find('\0') == std::string::npos) {
-            EXPECT_EQ(parse_text(one.bytes).outline(), expected) << one.what;
+    for (const auto &[what, bytes, keywords] : cases) {
+        const std::string expected = "ROOT @0\n" + keywords + "\n";
+        EXPECT_EQ(outline_of_file(bytes), expected) << what;
+        if (bytes.find('\0') == std::string::npos) {
+            EXPECT_EQ(parse_text(bytes).outline(), expected) << what;
         }
     }
     EXPECT_EQ(parse_text("\r\r\r\r\n\r").outline(), "ROOT @0\n");
@@ -155,11 +151,7 @@ TEST(Parser, TakesHostileLabels) {
     std::string many_names;
     for (int i = 0; i < 100'000; ++i)
         many_names.append("K").append(std::to_string(i)).append(" = 1\n");
-    struct {
-        const char *what;
-        std::string text;
-        long messages;
-    } const cases[] = {
+    const std::tuple<const char *, std::string, long> cases[] = {
         {"siblings", repeat(1'000'000, "OBJECT = A\nEND_OBJECT\n") + "END", 0},
         {"levels", repeat(100'000, "OBJECT = A\n") + "END", 1},
         {"keywords of one object", many_names + "K77777 = 2\nEND", 1},
@@ -171,10 +163,10 @@ TEST(Parser, TakesHostileLabels) {
         {"comments", repeat(300'000, "/* c */\n") + "END", 0},
         {"extra ends", repeat(100'000, "END_OBJECT\n") + "END", 100'000},
     };
-    for (const auto &one : cases) {
-        const TreePtr root(OdlParseLabelString(one.text.c_str(), nullptr, 3, 1));
+    for (const auto &[what, text, messages] : cases) {
+        const TreePtr root(OdlParseLabelString(text.c_str(), nullptr, 3, 1));
         ASSERT_NE(root, nullptr);
-        EXPECT_EQ(odl_message_count, one.messages) << one.what;
+        EXPECT_EQ(odl_message_count, messages) << what;
     }
 }
 

@@ -82,11 +82,7 @@ TEST_F(Search, GoesOnFromAKeyword) {
 }
 
 TEST(WildCard, StarStandsForAnyRun) {
-    struct {
-        const char *pattern;
-        std::vector<const char *> matching;
-        std::vector<const char *> others;
-    } const cases[] = {
+    const std::tuple<const char *, std::vector<const char *>, std::vector<const char *>> cases[] = {
         {"ABC", {"ABC"}, {"", "abc", "ABCD", "AB"}},
         {"*", {"", "A", "*x"}, {}},
         {"A*", {"A", "AB"}, {"", "BA"}},
@@ -99,11 +95,11 @@ TEST(WildCard, StarStandsForAnyRun) {
         {"**", {"x"}, {""}},
         {"^*STRUCTURE", {"^STRUCTURE", "^A_STRUCTURE"}, {"^STRUCTURES"}},
     };
-    for (const auto &one : cases) {
-        for (const char *text : one.matching)
-            EXPECT_TRUE(OdlWildCardCompare(one.pattern, text)) << one.pattern << " on " << text;
-        for (const char *text : one.others)
-            EXPECT_FALSE(OdlWildCardCompare(one.pattern, text)) << one.pattern << " on " << text;
+    for (const auto &[pattern, matching, others] : cases) {
+        for (const char *text : matching)
+            EXPECT_TRUE(OdlWildCardCompare(pattern, text)) << pattern << " on " << text;
+        for (const char *text : others)
+            EXPECT_FALSE(OdlWildCardCompare(pattern, text)) << pattern << " on " << text;
     }
 }
 

@@ -38,9 +38,7 @@ std::set<std::string> list_files(const ScratchFolder &working, const std::string
 }
 
 TEST(ListingCommand, IsWordedPlainlyForPlainNames) {
-    const struct {
-        const char *pattern, *shell, *prefix;
-    } rows[] = {
+    const std::tuple<const char *, const char *, const char *> rows[] = {
         {"/data/A-1_b.c/*.*", "find /data/A-1_b.c -name \"*.*\" -print > lumacart.jnk", "/data/A-1_b.c/"},
         {"*.*", "find . -name \"*.*\" -print > lumacart.jnk", "./"},
         {"//*.*", "find / -name \"*.*\" -print > lumacart.jnk", "/"},
@@ -51,9 +49,9 @@ TEST(ListingCommand, IsWordedPlainlyForPlainNames) {
         {"!/*.*", "find './!' -name \"*.*\" -print > lumacart.jnk", "./!/"},
         {"/d/$(x).*", "find /d -name '$(x).*' -print > lumacart.jnk", "/d/"},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(listing_command(row.pattern).shell, row.shell);
-        EXPECT_EQ(listing_command(row.pattern).prefix, row.prefix);
+    for (const auto &[pattern, shell, prefix] : rows) {
+        EXPECT_EQ(listing_command(pattern).shell, shell);
+        EXPECT_EQ(listing_command(pattern).prefix, prefix);
     }
 }
 

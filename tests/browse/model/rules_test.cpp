@@ -14,15 +14,12 @@ TEST(BrowseRules, AcceptAnExclusiveExtensionAlone) {
     state.exclusive_extension = "IMG";
     state.skipped_extensions = ".IMG";
     state.skipped_directory = "/D/";
-    const struct {
-        const char *file;
-        bool accepted;
-    } rows[] = {
+    const std::pair<const char *, bool> rows[] = {
         {"/D/x.IMG", true},        {"/data/x.img", false}, {"/data/a.b/x.IMG", false},
         {"/data/x.IMG.gz", false}, {"/data/IMG", false},   {"/data/.IMG", true},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(browse_check_priority_ext(row.file, &state), row.accepted) << row.file;
+    for (const auto &[file, accepted] : rows)
+        EXPECT_EQ(browse_check_priority_ext(file, &state), accepted) << file;
     EXPECT_EQ(state.skipped_directory, "/D/");  // the skip rules were not asked
 }
 
@@ -36,10 +33,7 @@ TEST(BrowseRules, SkipSoftwareOnlyWhileATimedWalkRuns) {
 }
 
 TEST(BrowseRules, SkipADirectoryUntilTheFirstFileElsewhere) {
-    const struct {
-        const char *skipped_by, *directory, *file;
-        bool accepted;
-    } rows[] = {
+    const std::tuple<const char *, const char *, const char *, bool> rows[] = {
         {"/D/x.lbl", "/D/", "/D/y.img", false},
         {"/D/x.lbl", "/D/", "/d/z.img", true},
         {"/D/x.lbl", "/D/", "/D/E/z.img", true},
@@ -51,13 +45,13 @@ TEST(BrowseRules, SkipADirectoryUntilTheFirstFileElsewhere) {
         {"/D\\x.lbl", "/D\\", "/D\\y.img", false},
         {"x.lbl", "", "y.img", true},
     };
-    for (const auto &row : rows) {
+    for (const auto &[skipped_by, directory, file, accepted] : rows) {
         BrowseState state;
-        state.current_file = row.skipped_by;
+        state.current_file = skipped_by;
         skip_directory_of_current(&state);
-        EXPECT_EQ(state.skipped_directory, row.directory);
-        EXPECT_EQ(browse_this_file(row.file, &state), row.accepted) << row.file;
-        EXPECT_EQ(state.skipped_directory, row.accepted ? "" : row.directory) << row.file;
+        EXPECT_EQ(state.skipped_directory, directory);
+        EXPECT_EQ(browse_this_file(file, &state), accepted) << file;
+        EXPECT_EQ(state.skipped_directory, accepted ? "" : directory) << file;
     }
 }
 
@@ -68,13 +62,11 @@ TEST(BrowseRules, SkipExtensionsByTheirTextAnywhereInThoseSkipped) {
         skip_extension_of_current(&state);
     }
     EXPECT_EQ(state.skipped_extensions, ".TAB.x.y");
-    const struct {
-        const char *file;
-        bool accepted;
-    } rows[] = {{"/d/c.TAB", false},   {"/d/c.T", false}, {"/d/c.tab", true}, {"/d/c.x", false},
-                {"/d/c.TAB.x", false}, {"/d/c.", false},  {"/d/c", true},     {"/d.e/c.TAB", true}};
-    for (const auto &row : rows)
-        EXPECT_EQ(browse_this_file(row.file, &state), row.accepted) << row.file;
+    const std::pair<const char *, bool> rows[] = {{"/d/c.TAB", false}, {"/d/c.T", false},     {"/d/c.tab", true},
+                                                  {"/d/c.x", false},   {"/d/c.TAB.x", false}, {"/d/c.", false},
+                                                  {"/d/c", true},      {"/d.e/c.TAB", true}};
+    for (const auto &[file, accepted] : rows)
+        EXPECT_EQ(browse_this_file(file, &state), accepted) << file;
 
     state.skipped_extensions.assign(996, '-');
     state.current_file = "/d/a.TAB";
@@ -116,11 +108,7 @@ TEST(BrowseRules, AdvanceOverWhatIsNoRegularFileOrSkipped) {
 TEST(QuickLabelTest, LooksAtNamesAndFirstBytes) {
     const ScratchFolder scratch;
     const auto gap = [](size_t bytes) { return std::string(bytes, ' '); };
-    const struct {
-        const char *name;
-        std::string bytes;
-        int verdict;
-    } rows[] = {
+    const std::tuple<const char *, std::string, int> rows[] = {
         {"a.lbl", "", 1},
         {"a.LBL.old", "", 1},
         {"a.Lbl", "nothing", 0},
@@ -137,15 +125,13 @@ TEST(QuickLabelTest, LooksAtNamesAndFirstBytes) {
         {"behind the last", std::string(2994, 'x') + "OBJECT=", 0},
         {"empty", "", 0},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(avalidate_label(scratch.write(row.name, row.bytes)), row.verdict) << row.name;
+    for (const auto &[name, bytes, verdict] : rows)
+        EXPECT_EQ(avalidate_label(scratch.write(name, bytes)), verdict) << name;
     EXPECT_EQ(avalidate_label(scratch.file("absent")), -1);
 }
 
 TEST(CleanNames, KeepWhatCanBePrinted) {
-    const struct {
-        std::string text, clean;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {"plain name", "plain name"},
         {"\x01", " "},  // never the first character
         {"\x01\x02\n", " "},
@@ -157,8 +143,8 @@ TEST(CleanNames, KeepWhatCanBePrinted) {
         {"\xf0\x9f\x98\x80\xf4\x90\x80\x80", "\xf0\x9f\x98\x80"},
         {"", ""},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(util_clean_up_string(row.text), row.clean);
+    for (const auto &[text, clean] : rows)
+        EXPECT_EQ(util_clean_up_string(text), clean);
     EXPECT_EQ(util_compress_char("  a   b ", ' '), " a b ");
     EXPECT_EQ(util_compress_char("//a//", '/'), "/a/");
     EXPECT_TRUE(util_string_is_empty("  "));

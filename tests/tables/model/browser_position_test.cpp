@@ -51,10 +51,7 @@ Move find(const char *name, bool is_found = true) {
 TEST(BrowserPosition, MovesAndEndsWhereItMust) {
     TableProduct product = product_of_tables();
     BrowserPosition at = tb_start_of(&product);
-    const struct {
-        Move move;
-        const char *place;
-    } steps[] = {
+    const std::pair<Move, const char *> steps[] = {
         {jump(0), "table 0 rows 0+15 column 1/1 bits 1/1"},
         {jump(-3), "table 0 rows 0+15 column 1/1 bits 1/1"},
         {jump(26), "table 0 rows 25+15 column 1/1 bits 1/1"},
@@ -107,9 +104,9 @@ TEST(BrowserPosition, MovesAndEndsWhereItMust) {
         {skip(1), "table 0 rows 0+15 column 2/1 bits 1/1"},
     };
     int number = 0;
-    for (const auto &step : steps) {
-        step.move(&at);
-        EXPECT_EQ(place_of(at), step.place) << "step " << number++;
+    for (const auto &[move, place] : steps) {
+        move(&at);
+        EXPECT_EQ(place_of(at), place) << "step " << number++;
     }
     TableProduct empty;
     BrowserPosition nowhere = tb_start_of(&empty);
@@ -133,13 +130,10 @@ TEST(BrowserPosition, PassesManyItemsAtOnce) {
 }
 
 TEST(BrowserPosition, ReadsWhatAUserTyped) {
-    const struct {
-        const char *typed;
-        int64_t number;
-    } cases[] = {{"12", 12}, {" +12rows", 12},        {"-7", -7}, {"", 0}, {"x", 0},
-                 {"+-3", 0}, {"1234567890", 1234567}, {"%s", 0}};
-    for (const auto &c : cases)
-        EXPECT_EQ(tb_typed_number(c.typed, 7), c.number) << c.typed;
+    const std::pair<const char *, int64_t> cases[] = {
+        {"12", 12}, {" +12rows", 12}, {"-7", -7}, {"", 0}, {"x", 0}, {"+-3", 0}, {"1234567890", 1234567}, {"%s", 0}};
+    for (const auto &[typed, number] : cases)
+        EXPECT_EQ(tb_typed_number(typed, 7), number) << typed;
     EXPECT_EQ(tb_typed_number("99999999999999999999", 30), INT64_MAX);
 }
 

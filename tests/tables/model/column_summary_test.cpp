@@ -55,10 +55,7 @@ const std::string suspicious =
     "     WARNING: Computed values may be incorrect.\n\n";
 
 TEST(ColumnSummary, Lines) {
-    const struct {
-        OneColumn column;
-        std::string text;
-    } cases[] = {
+    const std::pair<OneColumn, std::string> cases[] = {
         {{"ASCII", "ASCII_REAL", 5, "  1.0  2.0  3.0"}, numbers("1.000000e+00", "3.000000e+00", "2.000000e+00")},
         {{"ASCII", "ASCII_REAL", 5, "+1.E1 -.5      "}, numbers("-5.000000e-01", "1.000000e+01", "4.750000e+00")},
         {{"ASCII", "ASCII_REAL", 5, "1.5D3N/A   2.5 "},
@@ -81,9 +78,9 @@ TEST(ColumnSummary, Lines) {
          "     Minimum: \n     Maximum: 2001\n     Column contains: \n      -- 1 occurrence\n"
          "     1998 -- 1 occurrence\n     2001 -- 1 occurrence\n"},
     };
-    for (const auto &c : cases) {
-        const ColumnSummary summary = ColumnProduct(c.column).summary();
-        EXPECT_EQ(summary.text, c.text) << c.column.type << " " << c.column.data;
+    for (const auto &[column, text] : cases) {
+        const ColumnSummary summary = ColumnProduct(column).summary();
+        EXPECT_EQ(summary.text, text) << column.type << " " << column.data;
         EXPECT_EQ(summary.note, "");
         EXPECT_EQ(summary.outcome, SummaryOutcome::Done);
     }
@@ -155,20 +152,16 @@ TEST(ColumnSummary, CountsNoMoreThanSoManyDifferentTexts) {
             text += util_format("%03d", i);
         return text + behind;
     };
-    const struct {
-        std::string data;
-        bool warns;
-        const char *first;
-    } cases[] = {
+    const std::tuple<std::string, bool, const char *> cases[] = {
         {data(499, "000000"), false, "000 -- 3 occurrences"},
         {data(500, ""), false, "000 -- 1 occurrence"},
         {data(500, "000"), true, "000 -- 1 occurrence"},
         {data(600, ""), true, "000 -- 1 occurrence"},
     };
-    for (const auto &c : cases) {
-        const std::string text = ColumnProduct({"ASCII", "CHARACTER", 3, c.data}).summary().text;
-        EXPECT_EQ(text.starts_with(warning), c.warns);
-        EXPECT_TRUE(util_contains(text, c.first)) << text;
+    for (const auto &[rows, warns, first] : cases) {
+        const std::string text = ColumnProduct({"ASCII", "CHARACTER", 3, rows}).summary().text;
+        EXPECT_EQ(text.starts_with(warning), warns);
+        EXPECT_TRUE(util_contains(text, first)) << text;
         EXPECT_FALSE(util_contains(text, "500 --"));
     }
 }
@@ -176,10 +169,7 @@ TEST(ColumnSummary, CountsNoMoreThanSoManyDifferentTexts) {
 TEST(ColumnSummary, TellsWhatIsMissing) {
     const SilentReports silent;
     const OneColumn column{"ASCII", "ASCII_INTEGER", 1, "123"};
-    const struct {
-        std::function<void(ColumnProduct *)> spoil;
-        const char *text;
-    } cases[] = {
+    const std::pair<std::function<void(ColumnProduct *)>, const char *> cases[] = {
         {[](ColumnProduct *p) { p->request.table = nullptr; }, "   There is no current table\n"},
         {[](ColumnProduct *p) { p->request.column = nullptr; }, "   There is no current column\n"},
         {[](ColumnProduct *p) { p->request.of_bit_column = true; }, "  There is no current bit column\n"},
@@ -200,12 +190,12 @@ TEST(ColumnSummary, TellsWhatIsMissing) {
         {[](ColumnProduct *p) { std::filesystem::remove(p->folder.file("t.tab")); },
          "  Unable to open the data file\n"},
     };
-    for (const auto &c : cases) {
+    for (const auto &[spoil, text] : cases) {
         ColumnProduct product(column);
-        c.spoil(&product);
+        spoil(&product);
         const ColumnSummary summary = product.summary();
         EXPECT_EQ(summary.outcome, SummaryOutcome::Refused);
-        EXPECT_EQ(summary.text, c.text);
+        EXPECT_EQ(summary.text, text);
     }
 }
 

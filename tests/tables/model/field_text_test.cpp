@@ -25,11 +25,7 @@ std::string shown(const char *type, const std::string &hex, const char *display 
 }
 
 TEST(FieldText, Types) {
-    const struct {
-        const char *type;
-        const char *hex;
-        const char *text;
-    } cases[] = {
+    const std::tuple<const char *, const char *, const char *> cases[] = {
         {"CHARACTER", "20 41 00 42 7f ff 20", "A.B.."},
         {"ASCII REAL", "20 20 20", ""},
         {"LSB INTEGER", "ffff", "-1"},
@@ -63,17 +59,12 @@ TEST(FieldText, Types) {
         {"IBM REAL", "41100000", "****"},
         {"Unknown", "41", "*"},
     };
-    for (const auto &at : cases)
-        EXPECT_EQ(shown(at.type, at.hex), at.text) << at.type << " " << at.hex;
+    for (const auto &[type, hex, text] : cases)
+        EXPECT_EQ(shown(type, hex), text) << type << " " << hex;
 }
 
 TEST(FieldText, DisplayFormats) {
-    const struct {
-        const char *display;
-        const char *table_format;
-        const char *hex;
-        const char *text;
-    } cases[] = {
+    const std::tuple<const char *, const char *, const char *, const char *> cases[] = {
         {"HEX", "BINARY", "01020304ff", "01020304 ff"},
         {"OCTAL", "BINARY", "01 08 3f", "011077"},
         {"OCTAL", "BINARY", "40 ff", "10377"},  // the third digit of the first byte is written over
@@ -83,8 +74,8 @@ TEST(FieldText, DisplayFormats) {
         {"TEXT", "NONE", "3132", "12594"},
         {"SHAPE", "BINARY", "3132", "**"},
     };
-    for (const auto &at : cases)
-        EXPECT_EQ(shown("MSB INTEGER", at.hex, at.display, at.table_format), at.text) << at.display << " " << at.hex;
+    for (const auto &[display, table_format, hex, text] : cases)
+        EXPECT_EQ(shown("MSB INTEGER", hex, display, table_format), text) << display << " " << hex;
     EXPECT_EQ(tb_format_column_value_1({}, nullptr, -1, {}), "****");
 }
 

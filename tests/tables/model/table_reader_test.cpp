@@ -169,11 +169,7 @@ TEST_F(TableReaderTest, TablesStoredColumnByColumn) {
 }
 
 TEST_F(TableReaderTest, FieldsOfSpreadsheets) {
-    const struct {
-        const char *delimiter;
-        const char *line;
-        std::vector<const char *> fields;
-    } cases[] = {
+    const std::tuple<const char *, const char *, std::vector<const char *>> cases[] = {
         {"COMMA", "a,\"b,c\",,d ", {"a", "b,c", "", "d "}},
         {"\"SEMICOLON\"", "a;'b;c';O'Brien;x'", {"a", "'b;c'", "O'Brien", "x'"}},
         {"VERTICAL_BAR", "'tis|'|\"'|'\"|'a'b|c'|", {"'tis|'", "'|'", "'a'b|c'", ""}},
@@ -181,20 +177,19 @@ TEST_F(TableReaderTest, FieldsOfSpreadsheets) {
         {"COMMA", "\"\",\"a\"\"b\"", {"", "a\"\"b"}},
         {"COMMA", "'open,\"x\"", {"'open", "x"}},
     };
-    for (const auto &at : cases) {
-        const TableInfo info =
-            sheet(std::string(at.line) + "\nnext", "FIELD_DELIMITER = " + std::string(at.delimiter), 2);
+    for (const auto &[delimiter, line, fields] : cases) {
+        const TableInfo info = sheet(std::string(line) + "\nnext", "FIELD_DELIMITER = " + std::string(delimiter), 2);
         const auto reader = tb_open_reader({}, info);
         ASSERT_TRUE(reader);
         ColumnInfo any;
         std::string text;
-        for (size_t i = 0; i < at.fields.size(); ++i) {
+        for (size_t i = 0; i < fields.size(); ++i) {
             any.items_before = static_cast<int64_t>(i);
-            EXPECT_TRUE(read_field(reader.get(), any, 0, 1, &text)) << at.line;
-            EXPECT_EQ(text, at.fields[i]) << at.line << " " << i;
+            EXPECT_TRUE(read_field(reader.get(), any, 0, 1, &text)) << line;
+            EXPECT_EQ(text, fields[i]) << line << " " << i;
         }
-        EXPECT_FALSE(read_field(reader.get(), any, 0, 2, &text)) << at.line;
-        EXPECT_FALSE(read_field(reader.get(), any, 0, INT64_MAX, &text)) << at.line;
+        EXPECT_FALSE(read_field(reader.get(), any, 0, 2, &text)) << line;
+        EXPECT_FALSE(read_field(reader.get(), any, 0, INT64_MAX, &text)) << line;
     }
     for (const auto &[keyword, message] : {std::pair{"A = B", "Cannot find FIELD_DELIMITER keyword in the label"},
                                            {"FIELD_DELIMITER = COLON", "Unknown FIELD_DELIMITER value in the label"}}) {

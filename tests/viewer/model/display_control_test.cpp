@@ -19,13 +19,8 @@ namespace {
 
 // Whole tables, each computed in whole numbers.
 TEST(DisplayControl, WholeTables) {
-    struct Case {
-        const char *name;
-        DisplayControl control;
-        std::function<int(int)> level;
-    };
     const auto clamped = [](int level) { return std::min(255, std::max(0, level)); };
-    const Case cases[] = {
+    const std::tuple<const char *, DisplayControl, std::function<int(int)>> cases[] = {
         {"identity", {0, 255, 127, 127, false}, [](int i) { return i; }},
         {"inverted identity", {0, 255, 127, 127, true}, [](int i) { return i == 255 ? 0 : 254 - i; }},
         {"a step ramp", {100, 110, 127, 127, false}, [&](int i) { return clamped(((i - 100) * 255 + 5) / 10); }},
@@ -40,10 +35,10 @@ TEST(DisplayControl, WholeTables) {
         {"shifted darker, inverted", {0, 255, 77, 127, true}, [&](int i) { return i < 50 ? 255 : 254 - (i - 50); }},
         {"all beyond the white point", {0, 1, 255, 127, false}, [](int) { return 255; }},
     };
-    for (const Case &test : cases) {
-        const auto levels = control_levels(test.control);
+    for (const auto &[name, control, level] : cases) {
+        const auto levels = control_levels(control);
         for (int i = 0; i < 256; ++i)
-            EXPECT_EQ(levels[static_cast<size_t>(i)], test.level(i)) << test.name << " " << i;
+            EXPECT_EQ(levels[static_cast<size_t>(i)], level(i)) << name << " " << i;
     }
     const ColourTable heat = palette_colours(2);
     EXPECT_EQ(control_colours({100, 110, 127, 127, true}, heat)[0], heat[255]);

@@ -35,9 +35,7 @@ TEST(DescribeImage, TakesEveryKeyword) {
 
 TEST(DescribeImage, TheFirstFailureIsTold) {
     const SilentReports reports;
-    struct {
-        const char *statements, *error;
-    } const cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
         {"SAMPLE_BITS = 12", "Open Image - get LINE_SAMPLES failed"},
         {"LINE_SAMPLES = 2\nLINES = \"2\"", "Open Image - get LINES failed"},
         {"LINE_SAMPLES = 2\nLINES = -2", "Open Image - get LINES failed\nLINES = -2 is not a size."},
@@ -46,32 +44,29 @@ TEST(DescribeImage, TheFirstFailureIsTold) {
         {"LINE_SAMPLES = 2\nLINES = 2\nSAMPLE_BITS = 12\nSAMPLE_TYPE = X",
          "Open Image - SAMPLE_BITS not equal to 8, 16, 32 or 64"},
     };
-    for (const auto &c : cases) {
+    for (const auto &[statements, error] : cases) {
         ImageDescription description;
-        EXPECT_EQ(describe(c.statements, &description), c.error) << c.statements;
+        EXPECT_EQ(describe(statements, &description), error) << statements;
     }
 }
 
 TEST(Blocks, LargeImagesAreDivided) {
-    struct {
-        int64_t lines, line_samples;
-        bool lines_large, samples_large;
-    } const cases[] = {
+    const std::tuple<int64_t, int64_t, bool, bool> cases[] = {
         {2000, 2000, false, false}, {2001, 2000, true, false}, {3000, 1000, false, false},
         {3001, 1000, true, false},  {1500, 2501, false, true}, {5000, 5000, true, true},
         {3999, 1, false, false},    {1, 4000, false, true},    {INT64_MAX, INT64_MAX, true, true},
     };
-    for (const auto &c : cases) {
+    for (const auto &[lines, line_samples, lines_large, samples_large] : cases) {
         ImageDescription description;
-        ASSERT_EQ(describe("LINES = " + std::to_string(c.lines) + "\nLINE_SAMPLES = " + std::to_string(c.line_samples) +
+        ASSERT_EQ(describe("LINES = " + std::to_string(lines) + "\nLINE_SAMPLES = " + std::to_string(line_samples) +
                                "\nSAMPLE_BITS = 8\nSAMPLE_TYPE = UNSIGNED_INTEGER",
                            &description),
                   "");
-        EXPECT_EQ(description.lines_large, c.lines_large) << c.lines << " x " << c.line_samples;
-        EXPECT_EQ(description.samples_large, c.samples_large) << c.lines << " x " << c.line_samples;
-        initialize_display_image_ranges(&description, c.lines_large, c.samples_large);
+        EXPECT_EQ(description.lines_large, lines_large) << lines << " x " << line_samples;
+        EXPECT_EQ(description.samples_large, samples_large) << lines << " x " << line_samples;
+        initialize_display_image_ranges(&description, lines_large, samples_large);
         EXPECT_EQ(description.block,
-                  (SampleBlock{1, c.lines_large ? 2000 : c.lines, 1, c.samples_large ? 2000 : c.line_samples}));
+                  (SampleBlock{1, lines_large ? 2000 : lines, 1, samples_large ? 2000 : line_samples}));
     }
 }
 

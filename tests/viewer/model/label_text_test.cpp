@@ -62,11 +62,6 @@ TEST_F(FileTexts, StopAtTheirLimits) {
 }
 
 TEST_F(FileTexts, OfProductsEndBehindTheLabel) {
-    struct Case {
-        std::string bytes;
-        Lines lines;
-        bool has_more;
-    };
     const std::string label = "A = \"\nEND\n\" /* \"END */\r\n  END_OBJECT\nENDING = 1\n";
     const Lines head = {"A = \"\n", "END\n", "\" /* \"END */\r\n", "  END_OBJECT\n", "ENDING = 1\n"};
     const auto with = [&](const std::string &last) {
@@ -74,16 +69,19 @@ TEST_F(FileTexts, OfProductsEndBehindTheLabel) {
         lines.push_back(last);
         return lines;
     };
-    for (const Case &c :
-         {Case{label + "END\r\n  \r\n \n", with("END\r\n"), false}, Case{label + "END  \n\n\0"s, with("END  \n"), true},
-          Case{label + " END /* end */  \nx", with(" END /* end */  \n"), true},
-          Case{label + "END    \x01\x02\nEND\n", with("END"), true}, Case{label + "END", with("END"), false},
-          Case{label + "B = 2\n", with("B = 2\n"), false},
-          Case{"\x06\0A=\"1\" \x03\0END\0\x02\0xx"s, {"A=\"1\" \n", "END\n"}, true}}) {
-        const FileText text = read(c.bytes, true);
-        EXPECT_EQ(text.lines, c.lines);
-        EXPECT_EQ(text.has_more, c.has_more) << c.bytes;
-        EXPECT_EQ(holds_data(c.bytes), c.has_more) << c.bytes;
+    const std::tuple<std::string, Lines, bool> cases[] = {
+        {label + "END\r\n  \r\n \n", with("END\r\n"), false},
+        {label + "END  \n\n\0"s, with("END  \n"), true},
+        {label + " END /* end */  \nx", with(" END /* end */  \n"), true},
+        {label + "END    \x01\x02\nEND\n", with("END"), true},
+        {label + "END", with("END"), false},
+        {label + "B = 2\n", with("B = 2\n"), false},
+        {"\x06\0A=\"1\" \x03\0END\0\x02\0xx"s, {"A=\"1\" \n", "END\n"}, true}};
+    for (const auto &[bytes, lines, has_more] : cases) {
+        const FileText text = read(bytes, true);
+        EXPECT_EQ(text.lines, lines);
+        EXPECT_EQ(text.has_more, has_more) << bytes;
+        EXPECT_EQ(holds_data(bytes), has_more) << bytes;
     }
     EXPECT_TRUE(holds_data("GIF89a"));
     EXPECT_TRUE(holds_data("END\n" + std::string(100000, ' ')));

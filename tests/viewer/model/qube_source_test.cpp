@@ -39,12 +39,7 @@ TEST(QubeSource, ShowsWhatIsDataBetweenItsExtremes) {
     const QubeProduct::Sizes core = {2, 2, 1};
     const QubeProduct::Sizes suffix = {0, 0, 1};
     const std::string scale = "CORE_BASE = -91\nCORE_MULTIPLIER = 2\nCORE_UNIT = K\n";  // -9, -7; 7, 9
-    const struct {
-        QubeProduct product;
-        OaQubePlane plane;
-        std::vector<int> levels;
-        const char *value;
-    } cases[] = {
+    const std::tuple<QubeProduct, OaQubePlane, std::vector<int>, const char *> cases[] = {
         {{.core = core}, band, {0, 28, 227, 255}, "band 1: 42 (0x002A)"},
         {{.core = core, .type = "MSB_UNSIGNED_INTEGER", .bytes = 1}, band, {41, 42, 49, 50}, "band 1: 42 (0x2A)"},
         {{.core = core, .type = "MSB_INTEGER", .bytes = 1}, band, {0, 28, 227, 255}, "band 1: 42 (0x2A)"},
@@ -63,11 +58,11 @@ TEST(QubeSource, ShowsWhatIsDataBetweenItsExtremes) {
          {0, 247, 8, 255},
          "LATITUDE 2: 28061 DEG"},
     };
-    for (const auto &c : cases) {
-        const Shown shown = show(c.product, c.plane);
+    for (const auto &[product, plane, levels, value] : cases) {
+        const Shown shown = show(product, plane);
         EXPECT_EQ(shown.fault, "");
-        EXPECT_EQ(shown.levels, c.levels) << c.value;
-        EXPECT_EQ(shown.value, c.value);
+        EXPECT_EQ(shown.levels, levels) << value;
+        EXPECT_EQ(shown.value, value);
     }
     const Shown odd = show({.core = core, .suffix = suffix, .suffix_type = "CHARACTER"}, back);
     EXPECT_EQ(odd.fault, "Open Qube failed\nLATITUDE 2: items of type CHARACTER and 4 bytes cannot be shown.");

@@ -96,10 +96,7 @@ TEST(Rotate, ReadOutFindsTheLineAndSampleOfEveryPixel) {
 }
 
 TEST(Rotate, WhatCannotBeTurnedStaysWithAReason) {
-    struct {
-        const char *line_direction, *sample_direction;
-        std::vector<std::string> errors;
-    } const cases[] = {
+    const std::tuple<const char *, const char *, std::vector<std::string>> cases[] = {
         {"DOWN", "RIGHT", {}},
         {"", "RIGHT", {}},
         {"DOWN",
@@ -109,13 +106,13 @@ TEST(Rotate, WhatCannotBeTurnedStaysWithAReason) {
         {"", "LEFT", {"LINE_DISPLAY_DIRECTION statement is missing", "Image orientation will not be changed"}},
         {"UP", "", {"SAMPLE_DISPLAY_DIRECTION statement is missing", "Image orientation will not be changed"}},
     };
-    for (const auto &c : cases) {
-        const RotatedImage rotated = rotate_image(*picture(1), c.line_direction, c.sample_direction);
+    for (const auto &[line_direction, sample_direction, errors] : cases) {
+        const RotatedImage rotated = rotate_image(*picture(1), line_direction, sample_direction);
         EXPECT_FALSE(rotated.image);
-        EXPECT_EQ(rotated.errors, c.errors);
+        EXPECT_EQ(rotated.errors, errors);
         ImageDescription description;
-        description.line_display_direction = c.line_direction;
-        description.sample_display_direction = c.sample_direction;
+        description.line_display_direction = line_direction;
+        description.sample_display_direction = sample_direction;
         description.block = {5, 9, 7, 9};
         EXPECT_EQ(get_image_origin(description), (ImagePosition{5, 7}));
         EXPECT_EQ(image_position_at(description, 1, 2), (ImagePosition{7, 8}));

@@ -64,11 +64,7 @@ TEST(Finders, EveryPlaceCounts) {
 }
 
 TEST(Stretch, EveryHalfwordMapsAsTheFormulaSays) {
-    struct Case {
-        const char *sample_type;
-        int64_t minimum, maximum;
-    };
-    const Case cases[] = {
+    const std::tuple<const char *, int64_t, int64_t> cases[] = {
         {"MSB_INTEGER", 0, 4095},    {"MSB_INTEGER", -32768, 32767},        {"LSB_UNSIGNED_INTEGER", 0, 65535},
         {"MSB_INTEGER", 100, 200},   {"MSB_UNSIGNED_INTEGER", 0, 0},        {"MSB_INTEGER", 200, 100},
         {"MSB_INTEGER", 8, 7},       {"MSB_UNSIGNED_INTEGER", 40000, 7},    {"MSB_INTEGER", -3, 1000003},
@@ -77,14 +73,14 @@ TEST(Stretch, EveryHalfwordMapsAsTheFormulaSays) {
     std::vector<int16_t> samples;
     for (int value = -32768; value < 32768; ++value)
         samples.push_back(static_cast<int16_t>(value));
-    for (const Case &c : cases) {
-        const std::vector<int> display = display_of(samples, described(16, c.sample_type, c.minimum, c.maximum));
-        const auto span = static_cast<float>(static_cast<double>(c.maximum) + 1 - static_cast<double>(c.minimum));
+    for (const auto &[sample_type, minimum, maximum] : cases) {
+        const std::vector<int> display = display_of(samples, described(16, sample_type, minimum, maximum));
+        const auto span = static_cast<float>(static_cast<double>(maximum) + 1 - static_cast<double>(minimum));
         const float step = span == 0 ? 1.0F : span * 0.00390625F;
         for (size_t i = 0; i < samples.size(); ++i) {
-            volatile float quotient = static_cast<float>(samples[i] - static_cast<int16_t>(c.minimum)) / step;
+            volatile float quotient = static_cast<float>(samples[i] - static_cast<int16_t>(minimum)) / step;
             ASSERT_EQ(display[i], static_cast<int>(quotient) & 255)
-                << samples[i] << " in " << c.minimum << " to " << c.maximum;
+                << samples[i] << " in " << minimum << " to " << maximum;
         }
     }
 }
