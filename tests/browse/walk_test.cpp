@@ -174,13 +174,12 @@ TEST(Walk, ListsDirectoriesOfAnyName) {
     run_viewer([&] {
         ScriptedResponder responder;
         session().working_directory = working.path().string() + "/";
+        const std::string long_name(240, 'n');
         for (const std::string name : {"a b'\"$(touch x)`touch y`", "-delete", "line\nfeed", "\xff", "*;&|<>"}) {
-            const std::filesystem::path directory = scratch.path() / name;
-            std::filesystem::create_directory(directory);
-            const std::string file = std::string(240, 'n') + "\xfe.lbl";
-            scratch.write(name + "/" + file, "RECORD_TYPE = STREAM\nOBJECT = TEXT\nEND_OBJECT = TEXT\nEND\n");
-            press(enter_browse_mode(&responder, directory.string()), 2);
-            EXPECT_EQ(offered_name(), util_format("%s .lbl", std::string(240, 'n').c_str())) << name;
+            std::filesystem::create_directory(scratch.path() / name);
+            scratch.write(name + "/" + long_name + "\xfe.lbl", "RECORD_TYPE = STREAM\nEND\n");
+            press(enter_browse_mode(&responder, scratch.file(name)), 2);
+            EXPECT_EQ(offered_name(), long_name + " .lbl") << name;
             responder.shown.clear();
             press(browse_dialog(BrowseDialog::Label), 3);
             ASSERT_EQ(responder.shown.size(), 1u);  // its label was read

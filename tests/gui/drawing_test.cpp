@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int TASK = 9001, DOCUMENT = 9002;
+constexpr int DOCUMENT = 9002;
 using Lines = std::vector<std::string>;
 
 // What the window draws, and what it was told.
@@ -89,16 +89,12 @@ class Drawing : public testing::Test {
     // Runs with a window of 200 x 150 that has been painted.
     void run(std::function<void(Window *)> body) {
         g_scene = {};
-        EXPECT_EQ(run_gui_test(TASK, nullptr,
-                               [&] {
-                                   Window *window =
-                                       gui_create_window(DOCUMENT, gui_task_window(), drawing_handler, nullptr);
-                                   gui_set_client_size(window, {200, 150});
-                                   settle();
-                                   g_scene.events.clear();
-                                   body(window);
-                               }),
-                  0);
+        run_window_test(DOCUMENT, drawing_handler, [&](Window *window) {
+            gui_set_client_size(window, {200, 150});
+            settle();
+            g_scene.events.clear();
+            body(window);
+        });
     }
 };
 

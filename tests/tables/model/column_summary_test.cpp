@@ -1,7 +1,7 @@
 #include "tables/model/column_summary.h"
 
-#include "base/text.h"
 #include "support/scratch.h"
+#include "support/sdt_tree.h"
 #include "support/silent_reports.h"
 
 #include <gtest/gtest.h>
@@ -24,14 +24,11 @@ struct ColumnProduct {
     explicit ColumnProduct(const OneColumn &column) {
         const int64_t rows = column.rows ? column.rows : static_cast<int64_t>(column.data.size()) / column.bytes;
         folder.write("t.tab", column.data);
-        label = folder.write(
-            "t.lbl",
-            util_format("RECORD_TYPE = FIXED_LENGTH\nRECORD_BYTES = %lld\n^TABLE = \"t.tab\"\n"
-                        "OBJECT = TABLE\nINTERCHANGE_FORMAT = %s\nROWS = %lld\nROW_BYTES = %lld\n"
-                        "OBJECT = COLUMN\nNAME = X\nDATA_TYPE = %s\nSTART_BYTE = 1\nBYTES = %lld\n",
-                        static_cast<long long>(column.bytes), column.format, static_cast<long long>(rows),
-                        static_cast<long long>(column.bytes), column.type, static_cast<long long>(column.bytes)) +
-                column.more + "END_OBJECT\nEND_OBJECT\nEND\n");
+        const std::string label =
+            folder.write("t.lbl", "^TABLE = \"t.tab\"\n" +
+                                      table(rows, column.bytes, ::column(column.type, 1, column.bytes, column.more),
+                                            util_format("INTERCHANGE_FORMAT = %s\n", column.format)) +
+                                      "END\n");
         root.reset(OaParseLabelFile(label.c_str(), nullptr, 0, 1));
         product = tb_read_product(root.get());
         request = {&product.file, &product.tables.at(0), &product.tables.at(0).columns.at(0)};
@@ -39,7 +36,6 @@ struct ColumnProduct {
     ColumnSummary summary() const { return ts_summarize_column_1(request); }
 
     ScratchFolder folder;
-    std::string label;
     OdlTree root;
     TableProduct product;
     SummaryRequest request;

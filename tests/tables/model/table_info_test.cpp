@@ -106,6 +106,7 @@ TEST_F(TableInfoTest, ColumnsContainersAndBits) {
     EXPECT_EQ(last.items_before, 11);
     ASSERT_EQ(last.bit_columns.size(), 1U);
     EXPECT_EQ(last.bit_columns[0].data_type, "BOOLEAN");
+    EXPECT_EQ(last.bit_columns[0].start_byte, 3);
     EXPECT_EQ(last.bit_columns[0].item_offset, 2);  // ITEM_OFFSET is not what bit columns go by
 
     const ColumnView view(table);
