@@ -27,7 +27,7 @@ class Expand : public testing::Test {
     }
     // Begins with A, ends with LAST, and has nothing but zeros in between.
     std::string write_sparse(const char *name, uintmax_t size) const {
-        const std::string path = folder_.write(name, "A = 1\n");
+        std::string path = folder_.write(name, "A = 1\n");
         std::filesystem::resize_file(path, size);
         std::ofstream(path, std::ios::app | std::ios::binary) << "\nLAST = 1\nEND\n";
         return path;
