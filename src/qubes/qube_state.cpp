@@ -20,10 +20,11 @@ std::vector<std::string> names_of_bands(const OaQubeKeywords &qube) {
     std::vector<std::string> names;
     if (bands > most_named || qube.band_bins.centers.empty())
         return names;
-    const std::string &unit = qube.band_bins.unit;
+    const std::string unit = qube.band_bins.unit.empty() ? "" : " " + qube.band_bins.unit;
     for (int64_t band = 1; band <= bands; ++band) {
-        const std::string center = band_center_text(qube, band);
-        names.push_back(center + (center.empty() || unit.empty() ? "" : " " + unit));
+        names.push_back(band_center_text(qube, band));
+        if (!names.back().empty())
+            names.back() += unit;
     }
     return names;
 }
