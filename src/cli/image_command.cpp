@@ -52,11 +52,8 @@ int run_image(std::span<char *const> arguments) {
     std::string mistake = take_request(arguments, &request);
     if (!mistake.empty())
         return fail(mistake);
-    const std::string label = find_label_file(request.file);
-    if (label.empty())
-        return exit_failed;
-    show_notices();
-    const OdlTree root = read_label(label, nullptr);
+    std::string label;
+    const OdlTree root = open_product(request.file, &label);
     if (!root)
         return exit_failed;
     // Unless told otherwise, what the viewer shows.

@@ -64,6 +64,14 @@ OdlTree read_label(const std::string &label, const char *message_file) {
     return root;
 }
 
+OdlTree open_product(const std::string &file, std::string *label) {
+    *label = find_label_file(file);
+    if (label->empty())
+        return nullptr;
+    show_notices();
+    return read_label(*label, nullptr);
+}
+
 const ObjDesc *find_object_of(ObjDesc *root, std::initializer_list<const char *> classes) {
     const ObjDesc *found = nullptr;
     for (const char *pattern : classes)

@@ -14,6 +14,10 @@ std::string find_label_file(const std::string &file);
 // none are wanted. Null after saying why there is none.
 OdlTree read_label(const std::string &label, const char *message_file);
 
+// Both for a command on a product's data: the tree, and in `label` the path; notices go to standard error from now on.
+// Null after saying why there is none.
+OdlTree open_product(const std::string &file, std::string *label);
+
 // The first object of a class that matches the first of the patterns for which there is one; null when there is none.
 const ObjDesc *find_object_of(ObjDesc *root, std::initializer_list<const char *> classes);
 // The first object whose class or NAME matches the pattern, in which * stands for any text; null when there is none.
